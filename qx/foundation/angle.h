@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cmath>
+
+/// Subtracts whole periods so that the angle falls into [-@p period / 2, @p period / 2).
+///
+/// The angle and the period share one unit: pass 360 for degrees, 2 pi for radians. The number of periods is
+/// floor((period / 2 + angle) / period), where a negative quotient within @p tolerance of the whole number above it
+/// counts as that number. Infinities and not a number give not a number.
+template <typename T>
+[[nodiscard]] inline T qxWrapAngle(T angle, T period, T tolerance) noexcept {
+  const T quotient = (period / 2 + angle) / period;
+  T periods = std::trunc(quotient);
+  if (quotient < 0 && !(std::abs(quotient - periods) < tolerance)) periods -= 1;
+  return angle - period * periods;
+}
