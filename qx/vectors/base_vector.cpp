@@ -4,19 +4,10 @@
 #include <algorithm>
 #include <utility>
 
-namespace {
-
 template <typename T>
-qxBlock<T> BlockOf(std::int32_t dimension) {
-  const std::size_t count = qxElementCount(dimension, 1);
-  return count > 0 ? qxMakeBlock<T>(count) : qxBlock<T>();
+CQXBaseVector<T>::CQXBaseVector(std::int32_t dimension, Unset) : m_dimension(dimension) {
+  if (dimension > 0) m_data = qxMakeBlock<T>(qxElementCount(dimension, 1));
 }
-
-}  // namespace
-
-template <typename T>
-CQXBaseVector<T>::CQXBaseVector(std::int32_t dimension, Unset)
-    : m_dimension(dimension), m_data(BlockOf<T>(dimension)) {}
 
 template <typename T>
 CQXBaseVector<T>::CQXBaseVector(std::int32_t dimension) : CQXBaseVector(dimension, Unset()) {
@@ -29,8 +20,15 @@ CQXBaseVector<T>::CQXBaseVector(std::int32_t dimension, T value) : CQXBaseVector
 }
 
 template <typename T>
-CQXBaseVector<T>::CQXBaseVector(const CQXBaseVector& other)
-    : m_dimension(other.m_dimension), m_data(BlockOf<T>(other.Count() > 0 ? other.m_dimension : 0)) {
+CQXBaseVector<T> CQXBaseVector<T>::Shaped() const {
+  CQXBaseVector result;
+  result.m_dimension = m_dimension;
+  if (Count() > 0) result.m_data = qxMakeBlock<T>(Count());
+  return result;
+}
+
+template <typename T>
+CQXBaseVector<T>::CQXBaseVector(const CQXBaseVector& other) : CQXBaseVector(other.Shaped()) {
   qxKernels::Copy(Count(), other.Data(), Data());
 }
 
@@ -142,35 +140,35 @@ CQXBaseVector<T>& CQXBaseVector<T>::operator/=(const T& divisor) noexcept {
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::operator+(const CQXBaseVector& v) const {
-  CQXBaseVector result(m_dimension, Unset());
+  CQXBaseVector result = Shaped();
   qxKernels::Sum(result.Count(), Data(), v.Data(), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::operator-(const CQXBaseVector& v) const {
-  CQXBaseVector result(m_dimension, Unset());
+  CQXBaseVector result = Shaped();
   qxKernels::Difference(result.Count(), Data(), v.Data(), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::operator*(const T& factor) const {
-  CQXBaseVector result(m_dimension, Unset());
+  CQXBaseVector result = Shaped();
   qxKernels::Product(result.Count(), Data(), T(factor), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::operator/(const T& divisor) const {
-  CQXBaseVector result(m_dimension, Unset());
+  CQXBaseVector result = Shaped();
   qxKernels::Quotient(result.Count(), Data(), T(divisor), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::Negate() const {
-  CQXBaseVector result(m_dimension, Unset());
+  CQXBaseVector result = Shaped();
   qxKernels::Negation(result.Count(), Data(), result.Data());
   return result;
 }

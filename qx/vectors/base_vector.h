@@ -119,6 +119,8 @@ class QX_API CQXBaseVector {
   /// Tag of the constructor that leaves numbers unset.
   struct Unset {};
   CQXBaseVector(std::int32_t dimension, Unset);
+  /// A vector of the same dimension with its elements unset; without a block when this one has none.
+  [[nodiscard]] CQXBaseVector Shaped() const;
 
   /// Number of elements that the block holds: none when memory was refused.
   [[nodiscard]] std::size_t Count() const noexcept { return m_data != nullptr ? qxElementCount(m_dimension, 1) : 0; }
