@@ -2,6 +2,7 @@
 #include <qx/kernels/matrix_kernels.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <type_traits>
 
@@ -10,39 +11,39 @@ namespace qxKernels {
 namespace {
 
 /// The product of real matrices is formed in tiles that stay in registers, over panels of b that are packed so that a
-/// tile reads them along memory.
+/// tile reads them along memory. One row of a tile is one vector of 32 bytes; its lanes are columns, so every element
+/// has its own sum.
 template <typename T>
-constexpr std::size_t tileColumns = 32 / sizeof(T);
+struct Lanes {
+  static constexpr std::size_t count = 32 / sizeof(T);
+  typedef T Vector __attribute__((vector_size(32)));
+};
 constexpr std::size_t tileRows = 4;
 constexpr std::size_t panelDepth = 256;
 
 /// One tile: adds the products of the panel to its sums. @p columns of the tile exist, the rest is padding.
 template <std::size_t Rows, typename T>
-void AddTile(std::size_t depth, std::size_t columns, const T* a, std::size_t strideA, const T* panel, T* target,
-             std::size_t strideTarget) {
-  constexpr std::size_t width = tileColumns<T>;
-  T sums[Rows][width] = {};
-  for (std::size_t i = 0; i < Rows; ++i) std::copy_n(target + i * strideTarget, columns, sums[i]);
+void AddTile(std::size_t depth, std::size_t columns, const T* a, std::size_t strideA,
+             const typename Lanes<T>::Vector* panel, T* target, std::size_t strideTarget) {
+  typename Lanes<T>::Vector sums[Rows] = {};
+  for (std::size_t i = 0; i < Rows; ++i) std::memcpy(&sums[i], target + i * strideTarget, columns * sizeof(T));
   for (std::size_t k = 0; k < depth; ++k) {
-    for (std::size_t i = 0; i < Rows; ++i) {
-      const T factor = a[i * strideA + k];
-      for (std::size_t j = 0; j < width; ++j) sums[i][j] += factor * panel[k * width + j];
-    }
+    for (std::size_t i = 0; i < Rows; ++i) sums[i] += a[i * strideA + k] * panel[k];
   }
-  for (std::size_t i = 0; i < Rows; ++i) std::copy_n(sums[i], columns, target + i * strideTarget);
+  for (std::size_t i = 0; i < Rows; ++i) std::memcpy(target + i * strideTarget, &sums[i], columns * sizeof(T));
 }
 
 template <typename T>
 void MultiplyReal(std::size_t rows, std::size_t depth, std::size_t columns, const T* a, const T* b, T* target) {
-  constexpr std::size_t width = tileColumns<T>;
-  T panel[panelDepth * width] = {};
+  constexpr std::size_t width = Lanes<T>::count;
+  typename Lanes<T>::Vector panel[panelDepth] = {};
   std::fill_n(target, rows * columns, T(0));
   for (std::size_t firstK = 0; firstK < depth; firstK += panelDepth) {
     const std::size_t countK = std::min(panelDepth, depth - firstK);
     for (std::size_t firstColumn = 0; firstColumn < columns; firstColumn += width) {
       const std::size_t countColumns = std::min(width, columns - firstColumn);
       for (std::size_t k = 0; k < countK; ++k) {
-        std::copy_n(b + (firstK + k) * columns + firstColumn, countColumns, panel + k * width);
+        std::memcpy(&panel[k], b + (firstK + k) * columns + firstColumn, countColumns * sizeof(T));
       }
       const T* rowA = a + firstK;
       T* rowTarget = target + firstColumn;
