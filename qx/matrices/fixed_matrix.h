@@ -29,7 +29,7 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
 
  public:
   /// Number of rows and columns, as a constant.
-  static constexpr std::size_t size = N;
+  static constexpr std::size_t dimension = N;
 
   [[nodiscard]] static constexpr std::int32_t RowsNb() noexcept { return static_cast<std::int32_t>(N); }
   [[nodiscard]] static constexpr std::int32_t ColsNb() noexcept { return static_cast<std::int32_t>(N); }
@@ -329,7 +329,7 @@ template <typename M>
 concept qxFixedMatrix = requires {
   typename M::Element;
 }
-&&std::derived_from<M, CQXFixedMatrix<M, typename M::Vector, typename M::Element, M::size>>;
+&&std::derived_from<M, CQXFixedMatrix<M, typename M::Vector, typename M::Element, M::dimension>>;
 
 /// 1 when abs(a - b) <= tolerance for every pair of elements.
 template <qxFixedMatrix M>
