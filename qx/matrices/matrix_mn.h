@@ -219,6 +219,14 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// pivot < last, last is not 0 and vector[pivot] up < -tolerance.
   static void Householder2(std::int32_t pivot, std::int32_t first, std::int32_t last, T up, const T* vector,
                            CQXMatrixMN& matrix, T tolerance) noexcept;
+  /// Reflection of a vector that was brought near 1 by a power of two, so that no product leaves the range.
+  struct Reflection {
+    T up;
+    T b;      ///< 0 for the unit matrix
+    T value;  ///< what the pivot element becomes, at the scale of the given vector
+  };
+  /// Makes the reflection that leaves only the first of @p count elements; the others, scaled, are its tail.
+  [[nodiscard]] static Reflection MakeReflection(std::int32_t count, T* vector) noexcept;
   /// Rotation that turns (a, b) into (r, 0): c = a / r, s = b / r. An r below 1.5 tolerance gives c = 1, s = 0.
   static void Givens1(T a, T b, T& c, T& s, T& r, T tolerance) noexcept;
   /// (x, y) := (c x + s y, c y - s x).
