@@ -269,12 +269,13 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   void TakeTransposedResult(std::int32_t rows, std::int32_t columns, const T* source) noexcept;
   /// Takes what fits of the result.
   static void TakeResult(std::int32_t count, const T* source, CQXBaseVector<T>& target) noexcept;
+  /// The rank becomes unknown and the singular numbers go.
+  void ForgetResults() const noexcept;
   /// True when every element is finite.
   [[nodiscard]] bool IsFinite() const noexcept;
 
  private:
   void CopySingularNumbers(const CQXMatrixMN& other);
-  void ForgetResults() const noexcept;
   [[nodiscard]] std::int32_t IsInBand(std::ptrdiff_t low, std::ptrdiff_t high, T tolerance) const noexcept;
   /// Inverse through the singular values, into a block. @return 1 or 0.
   std::int32_t InvertBySingularValues(T tolerance, T* target) const;
