@@ -288,19 +288,19 @@ TYPED_TEST(Random, TimeSeedsMoveOnlyTheStreamInForce) {
 TYPED_TEST(Random, ReportsReadAsPromised) {
   CQXRandom<TypeParam> random;
   random.SetAlgorithm(1);
-  random.SetUniform(0, 4);
-  const TypeParam data[] = {1, 5, 3};
+  random.SetUniform(0, 6);
+  const TypeParam data[] = {1, 7, 4};
   testing::internal::CaptureStdout();
   random.TestFloatRandomArray(3, data, 2);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Element 5 with index 1 is out the given segment for uniform distribution\n"
+            "Element 7 with index 1 is out the given segment for uniform distribution\n"
             "Type of algorithm: Xorshift 64 bits.  Type of distribution: Uniform.\n"
             "Number of generated random values = 3\n"
-            "First 2 values: 1 5 \n"
-            "Theoretical values: mean = 2, standard deviation = 1.1547\n"
-            "Statistical values: mean = 3, standard deviation = 2\n"
+            "First 2 values: 1 7 \n"
+            "Theoretical values: mean = 3, standard deviation = 1.73205\n"
+            "Statistical values: mean = 4, standard deviation = 3\n"
             "Difference in means = 1, relative difference dif/n = 0.333333\n"
-            "Difference in SD = 0.845299, relative difference dif/n = 0.281766\n");
+            "Difference in SD = 1.26795, relative difference dif/n = 0.42265\n");
   random.SetAlgorithm(2);
   random.SetExponential(4);
   const std::int64_t whole[] = {-2, -2};
