@@ -212,10 +212,10 @@ TYPED_TEST(Random, WholeNumbersSpanTheirWholeType) {
   using Int64 = std::numeric_limits<std::int64_t>;
   for (std::int32_t algorithm = 0; algorithm < 3; ++algorithm) {
     CQXRandom<TypeParam> random = this->Make(algorithm, 0);
-    const std::int32_t n = 4000;
+    constexpr std::int32_t n = 4000;
     std::vector<std::int32_t> numbers(n);
     std::vector<std::int64_t> longNumbers(n);
-    const auto expectSpread = [n](const auto& spread, double low, double high) {
+    const auto expectSpread = [](const auto& spread, double low, double high) {
       double sum = 0;
       for (const auto number : spread) sum += static_cast<double>(number);
       EXPECT_NEAR(sum / n, (low + high) / 2, (high - low) / 50);

@@ -1,4 +1,5 @@
 #include <qx/arrays/sorting.h>
+#include <qx/vectors/vector2.h>
 
 #include <algorithm>
 #include <cmath>
@@ -165,7 +166,7 @@ TYPED_TEST(Sorting, PrivateCopiesBelongToTheObject) {
   EXPECT_EQ(target, (std::vector<T>{6, 4, 0}));
 
   CQXSorting<T> moved(std::move(copy));
-  moved = moved;
+  moved = *&moved;
   moved.Sort();
   EXPECT_EQ(moved.GetArray()[0], 2);
   CQXSorting<T> shared(3, array.data(), 7, 1, 0);
@@ -282,6 +283,13 @@ TYPED_TEST(Sorting, PairsGoByTheFirstKeyAndInRunsByTheSecond) {
     std::vector<T> pairs{-5, 3, 2, -7, -2, 1, 4, 0};
     qxSort2DArray(4, pairs.data(), pairs.data(), 0, 0, 0, 1);
     EXPECT_EQ(pairs, (std::vector<T>{-5, 3, 4, 0, 2, -7, -2, 1}));
+  }
+  if constexpr (TestFixture::isFloat) {
+    CQXVector2<T> vectors[] = {{9, 9}, {2, 5}, {1, 5}, {4, 3}, {0, 0}};
+    qxSort2DVectors(1, 3, vectors, vectors, 0, 1, 1);
+    const T expected[][2] = {{9, 9}, {4, 3}, {1, 5}, {2, 5}, {0, 0}};
+    for (int i = 0; i < 5; ++i) EXPECT_TRUE(vectors[i].X() == expected[i][0] && vectors[i].Y() == expected[i][1]) << i;
+    qxSort2DVectors<T>(3, 2, nullptr, nullptr, 0, 0, 1);
   }
 }
 
