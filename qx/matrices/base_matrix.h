@@ -1,0 +1,186 @@
+#pragma once
+
+#include <qx/vectors/base_vector.h>
+
+#include <iosfwd>
+
+/// Run-time-sized matrix: storage and element-wise arithmetic, for float, double, CQXComplex<float> and
+/// CQXComplex<double>.
+///
+/// A matrix owns one contiguous row-major block: element (r, c) lies at r x ColsNb() + c. Its sizes never change.
+/// Assignment copies as many elements as the left side has, as a flat array, without comparing shapes: the right side
+/// must have as many. In every operation of two matrices the sizes come from the left one. Indices count from 0 and are
+/// not tested, except where an operation says so.
+///
+/// Copies of complex elements go through the assignment of CQXComplex, which keeps a close old value; results of
+/// arithmetic are exact. Distinct matrices may be used from different threads.
+template <typename T>
+class QX_API CQXBaseMatrix {
+ public:
+  /// Zero matrix. When memory is refused by a null, the sizes are set and the matrix holds no elements: every operation
+  /// but element access then does nothing.
+  CQXBaseMatrix(std::int32_t rows, std::int32_t columns);
+  /// Square zero matrix.
+  explicit CQXBaseMatrix(std::int32_t size) : CQXBaseMatrix(size, size) {}
+  /// Copies rows x columns elements of @p source, row-major.
+  template <std::same_as<T> Element>
+  CQXBaseMatrix(std::int32_t rows, std::int32_t columns, const Element* source) : CQXBaseMatrix(rows, columns) {
+    Fill(source);
+  }
+  /// Copies size x size elements of @p source, row-major.
+  template <std::same_as<T> Element>
+  CQXBaseMatrix(std::int32_t size, const Element* source) : CQXBaseMatrix(size, size, source) {}
+  /// Deep copy.
+  CQXBaseMatrix(const CQXBaseMatrix& other);
+  /// Takes the block over and leaves @p other with 0 rows and columns.
+  CQXBaseMatrix(CQXBaseMatrix&& other) noexcept;
+
+  virtual ~CQXBaseMatrix();
+
+  /// Copies the elements; the sizes stay. There is no move assignment.
+  virtual CQXBaseMatrix& operator=(const CQXBaseMatrix& other);
+  virtual CQXBaseMatrix& operator*=(T factor) noexcept;
+
+  [[nodiscard]] std::int32_t RowsNb() const noexcept { return m_rows; }
+  [[nodiscard]] std::int32_t ColsNb() const noexcept { return m_columns; }
+  [[nodiscard]] std::int32_t IsSquare() const noexcept { return m_rows == m_columns; }
+
+  [[nodiscard]] T& operator()(std::int32_t r, std::int32_t c) noexcept { return Data()[Position(r, c)]; }
+  [[nodiscard]] const T& operator()(std::int32_t r, std::int32_t c) const noexcept { return Data()[Position(r, c)]; }
+  /// Element @p i of the flat row-major block.
+  [[nodiscard]] T& operator[](std::int32_t i) noexcept { return Data()[i]; }
+  [[nodiscard]] const T& operator[](std::int32_t i) const noexcept { return Data()[i]; }
+  /// The block, row-major; null when it has no elements and where memory was refused.
+  [[nodiscard]] T* Data() noexcept { return m_data.get(); }
+  [[nodiscard]] const T* Data() const noexcept { return m_data.get(); }
+
+  void SetElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) = value; }
+  void MulElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) *= value; }
+  void AddToElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) += value; }
+
+  /// Resets all elements to 0.
+  void SetToZero() noexcept;
+  /// All elements := @p value.
+  void SetConstant(T value) noexcept;
+  /// All elements := 0, then the diagonal := @p value.
+  void SetDiagonal(T value) noexcept;
+
+  /// The elements (i, i), as many as the smaller of rows and columns.
+  [[nodiscard]] CQXBaseVector<T> Diagonal() const;
+  /// Sum of the diagonal; 0 if there is none.
+  [[nodiscard]] T Trace() const noexcept;
+
+  /// Takes all elements from @p source, row-major.
+  void Fill(const T* source) noexcept;
+  /// Copies all elements to @p target, row-major.
+  void Dump(T* target) const noexcept;
+
+  /// Copies row @p r to @p target, ColsNb() elements.
+  void Row(std::int32_t r, T* target) const noexcept;
+  /// Copies column @p c to @p target, RowsNb() elements.
+  void Column(std::int32_t c, T* target) const noexcept;
+  void SetRow(std::int32_t r, const T* source) noexcept;
+  void SetColumn(std::int32_t c, const T* source) noexcept;
+  [[nodiscard]] CQXBaseVector<T> RowVector(std::int32_t r) const;
+  [[nodiscard]] CQXBaseVector<T> ColVector(std::int32_t c) const;
+  void SetRowVector(std::int32_t r, const CQXBaseVector<T>& v) noexcept { SetRow(r, v.Data()); }
+  void SetColVector(std::int32_t c, const CQXBaseVector<T>& v) noexcept { SetColumn(c, v.Data()); }
+
+  // Parts of rows and columns. Nothing is tested; a count of 0 or less does nothing.
+
+  /// this(row, column + i) := source(sourceRow, sourceColumn + i) for i from 0 below @p count.
+  void CopyPartRow(std::int32_t row, std::int32_t column, std::int32_t count, std::int32_t sourceRow,
+                   std::int32_t sourceColumn, const CQXBaseMatrix& source) noexcept;
+  /// this(row + i, column) := source(sourceRow + i, sourceColumn) for i from 0 below @p count.
+  void CopyPartColumn(std::int32_t column, std::int32_t row, std::int32_t count, std::int32_t sourceColumn,
+                      std::int32_t sourceRow, const CQXBaseMatrix& source) noexcept;
+  /// this(row, column + i) := vector[vectorStart + i] for i from 0 below @p count.
+  void SetPartRowVector(std::int32_t row, std::int32_t column, std::int32_t count, std::int32_t vectorStart,
+                        const CQXBaseVector<T>& vector) noexcept;
+  /// this(row + i, column) := vector[vectorStart + i] for i from 0 below @p count.
+  void SetPartColVector(std::int32_t column, std::int32_t row, std::int32_t count, std::int32_t vectorStart,
+                        const CQXBaseVector<T>& vector) noexcept;
+
+  // Rectangles, with inclusive ranges.
+
+  /// Takes the elements of the rectangle from the flat array: column by column for @p byRows 0, row by row otherwise.
+  ///
+  /// The range is tested, and on a bad one nothing happens. The test is part of the contract: the last column is
+  /// compared with the number of rows. So a rectangle of a wide matrix that goes beyond the row count is refused; in a
+  /// tall matrix it may run past the end of a row into the next ones. What would lie outside the block is skipped,
+  /// while the flat array still advances.
+  void FillPart(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow, std::int32_t lastColumn,
+                const T* source, std::int32_t byRows) noexcept;
+  /// Copies the elements of the rectangle to the flat array; range and order as in FillPart().
+  void DumpPart(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow, std::int32_t lastColumn,
+                T* target, std::int32_t byRows) const noexcept;
+  /// Prints the rectangle to the standard output: a line "( 1 2 )" for each row, and an empty line. The precision and
+  /// width are those of the stream. On a range outside the matrix nothing is printed.
+  void PrintPartOfMatrix(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow,
+                         std::int32_t lastColumn) const;
+
+  void Add(const CQXBaseMatrix& m) noexcept;
+  void Sub(const CQXBaseMatrix& m) noexcept;
+  void Mul(T factor) noexcept;
+  /// Plain division; complex elements overflow to QX_OVERFLOW_VALUE for a divisor of almost zero.
+  void Div(T divisor) noexcept;
+  CQXBaseMatrix& operator+=(const CQXBaseMatrix& m) noexcept;
+  CQXBaseMatrix& operator-=(const CQXBaseMatrix& m) noexcept;
+  CQXBaseMatrix& operator/=(T divisor) noexcept;
+
+  [[nodiscard]] CQXBaseMatrix operator+(const CQXBaseMatrix& m) const;
+  [[nodiscard]] CQXBaseMatrix operator-(const CQXBaseMatrix& m) const;
+  [[nodiscard]] CQXBaseMatrix operator*(T factor) const;
+  [[nodiscard]] CQXBaseMatrix operator/(T divisor) const;
+  [[nodiscard]] CQXBaseMatrix Negate() const;
+  [[nodiscard]] CQXBaseMatrix Transpose() const;
+  /// Matrix product, RowsNb() x m.ColsNb(). Each element is the sum over k, ascending, from zero, in the element type.
+  /// @p m must have ColsNb() rows.
+  [[nodiscard]] CQXBaseMatrix operator*(const CQXBaseMatrix& m) const;
+  /// Product with a column vector of ColsNb() elements; each element is the sum over k, ascending, from zero.
+  [[nodiscard]] CQXBaseVector<T> operator*(const CQXBaseVector<T>& v) const;
+
+  /// 1 when the sizes are the same and no pair of elements differs, by the rule of the same operator of CQXBaseVector.
+  [[nodiscard]] std::int32_t operator==(const CQXBaseMatrix& m) const noexcept;
+  /// 1 - (this == m).
+  [[nodiscard]] std::int32_t operator!=(const CQXBaseMatrix& m) const noexcept;
+
+ protected:
+  /// Tag of the constructor that leaves the elements unset.
+  struct Unset {};
+  CQXBaseMatrix(std::int32_t rows, std::int32_t columns, Unset);
+  /// A matrix of the same sizes with its elements unset; without a block when this one has none.
+  [[nodiscard]] CQXBaseMatrix Shaped() const;
+
+  /// Number of elements that the block holds: none when memory was refused.
+  [[nodiscard]] std::size_t Count() const noexcept { return m_data != nullptr ? qxElementCount(m_rows, m_columns) : 0; }
+  [[nodiscard]] std::size_t Position(std::int32_t r, std::int32_t c) const noexcept {
+    return static_cast<std::size_t>(r) * static_cast<std::size_t>(m_columns) + static_cast<std::size_t>(c);
+  }
+  /// Number of elements on the diagonal of the block.
+  [[nodiscard]] std::int32_t DiagonalCount() const noexcept {
+    return Count() == 0 ? 0 : (m_rows < m_columns ? m_rows : m_columns);
+  }
+
+ private:
+  template <typename Visitor>
+  void VisitPart(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow, std::int32_t lastColumn,
+                 std::int32_t byRows, Visitor visit) const noexcept;
+
+  std::int32_t m_rows;
+  std::int32_t m_columns;
+  qxBlock<T> m_data;
+};
+
+/// Writes the whole matrix in the form of PrintPartOfMatrix().
+template <typename T>
+QX_API std::ostream& operator<<(std::ostream& stream, const CQXBaseMatrix<T>& m);
+
+extern template class QX_API CQXBaseMatrix<float>;
+extern template class QX_API CQXBaseMatrix<double>;
+extern template class QX_API CQXBaseMatrix<CQXComplex<float>>;
+extern template class QX_API CQXBaseMatrix<CQXComplex<double>>;
+extern template QX_API std::ostream& operator<<(std::ostream&, const CQXBaseMatrix<float>&);
+extern template QX_API std::ostream& operator<<(std::ostream&, const CQXBaseMatrix<double>&);
+extern template QX_API std::ostream& operator<<(std::ostream&, const CQXBaseMatrix<CQXComplex<float>>&);
+extern template QX_API std::ostream& operator<<(std::ostream&, const CQXBaseMatrix<CQXComplex<double>>&);
