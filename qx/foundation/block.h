@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <new>
 #include <type_traits>
 
 /// Obtains a block of memory from the global `operator new[]`; every block of the library comes from here.
@@ -45,3 +46,40 @@ template <typename T>
 [[nodiscard]] constexpr std::size_t qxElementCount(std::int32_t rows, std::int32_t columns) noexcept {
   return rows > 0 && columns > 0 ? static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns) : 0;
 }
+
+/// qxMakeBlock() for callers that cannot go on without the block: null becomes std::bad_alloc.
+template <typename T>
+[[nodiscard]] qxBlock<T> qxMakeBlockOrThrow(std::size_t count) {
+  qxBlock<T> block = qxMakeBlock<T>(count);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+
+/// Allocator of standard containers over qxObtainBlock(); null becomes std::bad_alloc.
+template <typename T>
+struct qxBlockAllocator {
+  using value_type = T;
+
+  qxBlockAllocator() noexcept = default;
+  template <typename U>
+  qxBlockAllocator(const qxBlockAllocator<U>&) noexcept {}
+
+  [[nodiscard]] T* allocate(std::size_t count) {
+    constexpr std::size_t largest = std::numeric_limits<std::size_t>::max();
+    void* block = qxObtainBlock(count > largest / sizeof(T) ? largest : count * sizeof(T));
+    if (block == nullptr) throw std::bad_alloc();
+    return static_cast<T*>(block);
+  }
+  void deallocate(T* block, std::size_t) noexcept { qxReleaseBlock(block); }
+
+  template <typename U>
+  bool operator==(const qxBlockAllocator<U>&) const noexcept {
+    return true;
+  }
+};
+
+/// Base of classes whose objects stand on the heap: `new` and `delete` of the derived class use the library's blocks.
+struct qxBlockAllocated {
+  static void* operator new(std::size_t bytes) { return qxBlockAllocator<std::byte>().allocate(bytes); }
+  static void operator delete(void* object) noexcept { qxReleaseBlock(object); }
+};

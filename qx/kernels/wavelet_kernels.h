@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// Hot loops of the wavelet transform and of noise reduction, over rows of samples. Sources and targets do not overlap
+/// unless they are the same array and one pass in place is meant.
+namespace qxKernels {
+
+/// Deals the samples out by turns: the first to @p first, the second to @p second and so on.
+template <typename T>
+void Deinterleave(const T* source, T* first, T* second, std::size_t count) noexcept;
+
+/// The opposite of Deinterleave(): @p count samples in all.
+template <typename T>
+void Interleave(const T* first, const T* second, T* target, std::size_t count) noexcept;
+
+/// Adds to each target sample, or subtracts from it, the sum of the source samples times their coefficients.
+///
+/// Each sum runs from left to right and meets the target in one addition.
+/// @param taps number of sources and coefficients: 1, 2, 4 or 6; any other number changes nothing
+template <typename T>
+void Lift(T* target, const T* const* sources, const T* coefficients, std::int32_t taps, bool subtract,
+          std::size_t count) noexcept;
+
+template <typename T>
+void Scale(T* data, std::size_t count, T factor) noexcept;
+
+/// target := a weightA + b weightB; the target may be a or b.
+template <typename T>
+void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t count) noexcept;
+
+template <typename T>
+void Accumulate(T* target, const T* source, std::size_t count) noexcept;
+
+template <typename T>
+[[nodiscard]] T LargestMagnitude(const T* data, std::size_t count) noexcept;
+
+template <typename T>
+void Magnitudes(const T* source, T* target, std::size_t count) noexcept;
+
+/// Clears what has a magnitude below the threshold, or at it when @p clearsAtThreshold is set. With @p shrink the rest
+/// moves towards zero by the threshold. Not a number stays.
+template <typename T>
+void Threshold(T* data, std::size_t count, T threshold, bool clearsAtThreshold, bool shrink) noexcept;
+
+}  // namespace qxKernels

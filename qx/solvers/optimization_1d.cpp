@@ -1,0 +1,348 @@
+#include <qx/foundation/tolerance.h>
+#include <qx/solvers/optimization.h>
+
+#include <cmath>
+#include <utility>
+
+// Comparisons stand in the sense in which the algorithms are told: not a number takes the other branch.
+
+namespace {
+
+template <typename T>
+constexpr T goldenGrowth = T(1.61803399);
+template <typename T>
+constexpr T goldenRatio = T(0.61803399);
+template <typename T>
+constexpr T goldenComplement = T(0.38196601);
+template <typename T>
+constexpr T magnificationLimit = T(100);
+constexpr int iterationLimit = 100;
+
+/// Zero guard, and the absolute part of the tolerances.
+template <typename T>
+constexpr T smallValue = QX_TOLERANCE<T>;
+
+template <typename T>
+bool AreClose(T a, T b) {
+  return std::abs(a - b) <= smallValue<T>;
+}
+
+/// @p magnitude with the sign of @p sign, where zero counts as positive.
+template <typename T>
+T WithSign(T magnitude, T sign) {
+  return sign >= 0 ? magnitude : -magnitude;
+}
+
+template <typename T, typename F>
+void FindTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, F f) {
+  fa = f(a);
+  fb = f(b);
+  if (fa < fb) {
+    std::swap(a, b);
+    std::swap(fa, fb);
+  }
+  c = b + goldenGrowth<T> * (b - a);
+  fc = f(c);
+  while (fb > fc) {
+    const T r = (fb - fc) * (b - a);
+    const T q = (fb - fa) * (b - c);
+    T denominator = std::abs(q - r);
+    if (denominator < smallValue<T>) denominator = smallValue<T>;
+    denominator *= 2;
+    if (q < r) denominator = -denominator;
+    T u = b - (q * (b - c) - r * (b - a)) / denominator;
+    const T uLimit = b + magnificationLimit<T> * (c - b);
+    T fu = f(u);  // also where u is discarded below
+    if ((b - u) * (u - c) > 0) {
+      if (fu < fc) {
+        a = b;
+        b = u;
+        fa = fb;
+        fb = fu;
+        return;
+      }
+      if (fu > fb) {
+        c = u;
+        fc = fu;
+        return;
+      }
+      u = c + goldenGrowth<T> * (c - b);
+      fu = f(u);
+    } else if ((c - u) * (u - uLimit) > 0) {
+      if (fu < fc) {
+        const T next = u + goldenGrowth<T> * (u - c);
+        b = c;
+        c = u;
+        u = next;
+        fb = fc;
+        fc = fu;
+        fu = f(u);
+      }
+    } else if ((u - uLimit) * (uLimit - c) < 0) {
+      u = c + goldenGrowth<T> * (c - b);
+      fu = f(u);
+    } else {
+      u = uLimit;
+      fu = f(u);
+    }
+    a = b;
+    b = c;
+    c = u;
+    fa = fb;
+    fb = fc;
+    fc = fu;
+  }
+}
+
+template <typename T, typename F>
+T MinimizeByGoldenSections(T a, T b, T c, T tol, T& xMin, F f) {
+  T x0 = a;
+  T x1 = b;
+  T x2 = b;
+  T x3 = c;
+  if (std::abs(c - b) <= std::abs(b - a)) {
+    x1 = b - goldenComplement<T> * (b - a);
+  } else {
+    x2 = b + goldenComplement<T> * (c - b);
+  }
+  T f1 = f(x1);
+  T f2 = f(x2);
+  while (tol * (std::abs(x1) + std::abs(x2)) < std::abs(x3 - x0)) {
+    if (f1 <= f2) {
+      x3 = x2;
+      x2 = x1;
+      x1 = goldenRatio<T> * x1 + goldenComplement<T> * x0;
+      f2 = f1;
+      f1 = f(x1);
+    } else {
+      x0 = x1;
+      x1 = x2;
+      x2 = goldenRatio<T> * x2 + goldenComplement<T> * x3;
+      f1 = f2;
+      f2 = f(x2);
+    }
+  }
+  if (f1 < f2) {
+    xMin = x1;
+    return f1;
+  }
+  xMin = x2;
+  return f2;
+}
+
+/// The interval of the two descents, and what they test alike.
+template <typename T>
+struct Interval {
+  Interval(T a, T c) : lo(c < a ? c : a), hi(c < a ? a : c) {}
+
+  /// Takes the tolerances of an iteration; true when @p x is known well enough.
+  bool IsDone(T x, T tol) {
+    middle = (lo + hi) / 2;
+    tol1 = tol * std::abs(x) + smallValue<T>;
+    tol2 = 2 * tol1;
+    return std::abs(x - middle) <= tol2 - (hi - lo) / 2;
+  }
+
+  /// The step @p d from @p x, or the smallest one towards the middle where it would come too close to an end.
+  T KeptFromEnds(T x, T d) const { return x + d - lo < tol2 || hi - (x + d) < tol2 ? WithSign(tol1, middle - x) : d; }
+
+  bool Contains(T x) const { return lo < x && x < hi; }
+
+  T lo;
+  T hi;
+  T middle{};
+  T tol1{};
+  T tol2{};
+};
+
+template <typename T>
+struct Point {
+  T x;
+  T f;
+};
+
+template <typename T, typename F>
+T MinimizeByParabolas(T a, T b, T c, T tol, T& xMin, F f) {
+  Interval<T> interval(a, c);
+  auto& [lo, hi, middle, tol1, tol2] = interval;
+  // The best point so far, the second best, and the second best before that.
+  Point<T> best{b, f(b)};
+  Point<T> second = best;
+  Point<T> third = best;
+  T d = 0;
+  T e = 0;
+  for (int iteration = 0; iteration < iterationLimit; ++iteration) {
+    const T x = best.x;
+    if (interval.IsDone(x, tol)) break;
+    bool isParabolic = false;
+    if (!(std::abs(e) <= tol1)) {
+      const T r = (best.f - third.f) * (x - second.x);
+      T q = (best.f - second.f) * (x - third.x);
+      T p = (x - third.x) * q - (x - second.x) * r;
+      q = 2 * (q - r);
+      if (q > 0) p = -p;
+      q = std::abs(q);
+      isParabolic = !(std::abs(q * T(0.5) * e) <= std::abs(p) || p <= (lo - x) * q || (hi - x) * q <= p);
+      if (isParabolic) {
+        e = d;
+        d = interval.KeptFromEnds(x, p / q);
+      }
+    }
+    if (!isParabolic) {
+      e = x < middle ? hi - x : lo - x;
+      d = goldenComplement<T> * e;
+    }
+    const T u = std::abs(d) >= tol1 ? x + d : x + WithSign(tol1, d);
+    const Point<T> trial{u, f(u)};
+    if (trial.f <= best.f) {
+      (u >= x ? lo : hi) = x;
+      third = second;
+      second = best;
+      best = trial;
+    } else {
+      (u < x ? lo : hi) = u;
+      if (trial.f <= second.f || AreClose(second.x, x)) {
+        third = second;
+        second = trial;
+      } else if (trial.f <= third.f || AreClose(third.x, x) || AreClose(second.x, third.x)) {
+        third = trial;
+      }
+    }
+  }
+  xMin = best.x;
+  return best.f;
+}
+
+template <typename T>
+struct PointWithDerivative {
+  T x;
+  T f;
+  T df;
+};
+
+template <typename T, typename F, typename DF>
+T MinimizeByDerivatives(T a, T b, T c, T tol, T& xMin, F f, DF df) {
+  Interval<T> interval(a, c);
+  auto& [lo, hi, middle, tol1, tol2] = interval;
+  const T fb = f(b);
+  PointWithDerivative<T> best{b, fb, df(b)};
+  PointWithDerivative<T> second = best;
+  PointWithDerivative<T> third = best;
+  T d = 0;
+  T e = 0;
+  for (int iteration = 0; iteration < iterationLimit; ++iteration) {
+    const T x = best.x;
+    const T oldE = e;
+    const T oldD = d;
+    if (interval.IsDone(x, tol)) break;
+    bool isSecant = false;
+    if (!(std::abs(e) <= tol1)) {
+      T d1 = 2 * (hi - lo);
+      T d2 = d1;
+      if (std::abs(best.df - second.df) > smallValue<T>) d1 = (second.x - x) * best.df / (best.df - second.df);
+      if (std::abs(best.df - third.df) > smallValue<T>) d2 = (third.x - x) * best.df / (best.df - third.df);
+      const bool isUsable1 = interval.Contains(x + d1) && best.df * d1 <= 0;
+      const bool isUsable2 = interval.Contains(x + d2) && best.df * d2 <= 0;
+      if (isUsable1 || isUsable2) {
+        d = isUsable1 && (!isUsable2 || std::abs(d1) < std::abs(d2)) ? d1 : d2;
+        e = oldD;
+        isSecant = !(std::abs(d) < std::abs(oldE / 2));  // short steps are the ones that are rejected
+        if (isSecant) d = interval.KeptFromEnds(x, d);
+      }
+    }
+    if (!isSecant) {
+      e = best.df >= 0 ? lo - x : hi - x;
+      d = e / 2;
+    }
+    const bool isSmallest = !(std::abs(d) >= tol1);
+    const T u = isSmallest ? x + WithSign(tol1, d) : x + d;
+    const T fu = f(u);
+    if (isSmallest && fu > best.f) break;
+    const PointWithDerivative<T> trial{u, fu, df(u)};
+    if (trial.f <= best.f) {
+      (u < x ? hi : lo) = x;
+      third = second;
+      second = best;
+      best = trial;
+    } else {
+      (u < x ? lo : hi) = u;
+      if (trial.f <= second.f || AreClose(third.x, second.x)) {
+        third = second;
+        second = trial;
+      } else if (trial.f < third.f || AreClose(third.x, x)) {
+        third = trial;
+      }
+    }
+  }
+  xMin = best.x;
+  return best.f;
+}
+
+/// The function of the forms with a user argument as a function of x alone.
+template <typename T>
+auto WithUser(T (*f)(T, void*), void* user) {
+  return [f, user](T x) { return f(x, user); };
+}
+
+}  // namespace
+
+template <typename T>
+void CQXOptimization::FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, ScalarFunction<T> f) {
+  FindTriple(a, b, c, fa, fb, fc, f);
+}
+
+template <typename T>
+void CQXOptimization::FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, void* user, ScalarFunctionWithUser<T> f) {
+  FindTriple(a, b, c, fa, fb, fc, WithUser<T>(f, user));
+}
+
+template <typename T>
+T CQXOptimization::GoldenSection(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
+                                 std::type_identity_t<T> tol, T& xMin, ScalarFunction<T> f) {
+  return MinimizeByGoldenSections<T>(a, b, c, tol, xMin, f);
+}
+
+template <typename T>
+T CQXOptimization::GoldenSection(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
+                                 std::type_identity_t<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f) {
+  return MinimizeByGoldenSections<T>(a, b, c, tol, xMin, WithUser<T>(f, user));
+}
+
+template <typename T>
+T CQXOptimization::ParabolicDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
+                                    std::type_identity_t<T> tol, T& xMin, ScalarFunction<T> f) {
+  return MinimizeByParabolas<T>(a, b, c, tol, xMin, f);
+}
+
+template <typename T>
+T CQXOptimization::ParabolicDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
+                                    std::type_identity_t<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f) {
+  return MinimizeByParabolas<T>(a, b, c, tol, xMin, WithUser<T>(f, user));
+}
+
+template <typename T>
+T CQXOptimization::DerivativeEstimationDescent(std::type_identity_t<T> a, std::type_identity_t<T> b,
+                                               std::type_identity_t<T> c, std::type_identity_t<T> tol, T& xMin,
+                                               ScalarFunction<T> f, ScalarFunction<T> df) {
+  return MinimizeByDerivatives<T>(a, b, c, tol, xMin, f, df);
+}
+
+template <typename T>
+T CQXOptimization::DerivativeEstimationDescent(std::type_identity_t<T> a, std::type_identity_t<T> b,
+                                               std::type_identity_t<T> c, std::type_identity_t<T> tol, T& xMin,
+                                               void* user, ScalarFunctionWithUser<T> f, ScalarFunctionWithUser<T> df) {
+  return MinimizeByDerivatives<T>(a, b, c, tol, xMin, WithUser<T>(f, user), WithUser<T>(df, user));
+}
+
+#define INSTANTIATE(T)                                                                           \
+  template void CQXOptimization::FindInitTriple(T&, T&, T&, T&, T&, T&, T (*)(T));               \
+  template void CQXOptimization::FindInitTriple(T&, T&, T&, T&, T&, T&, void*, T (*)(T, void*)); \
+  template T CQXOptimization::GoldenSection(T, T, T, T, T&, T (*)(T));                           \
+  template T CQXOptimization::GoldenSection(T, T, T, T, T&, void*, T (*)(T, void*));             \
+  template T CQXOptimization::ParabolicDescent(T, T, T, T, T&, T (*)(T));                        \
+  template T CQXOptimization::ParabolicDescent(T, T, T, T, T&, void*, T (*)(T, void*));          \
+  template T CQXOptimization::DerivativeEstimationDescent(T, T, T, T, T&, T (*)(T), T (*)(T));   \
+  template T CQXOptimization::DerivativeEstimationDescent(T, T, T, T, T&, void*, T (*)(T, void*), T (*)(T, void*))
+INSTANTIATE(float);
+INSTANTIATE(double);
+#undef INSTANTIATE

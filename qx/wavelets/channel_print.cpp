@@ -1,0 +1,72 @@
+#include <qx/matrices/matrix_mn.h>
+#include <qx/wavelets/channel.h>
+#include <qx/wavelets/internal/band_geometry.h>
+
+#include <iostream>
+#include <string_view>
+
+namespace {
+
+template <typename T>
+bool IsEmpty(const CQXChannel<T>* band) {
+  return band == nullptr || band->GetData() == nullptr || band->GetColsNb() <= 0 || band->GetRowsNb() <= 0;
+}
+
+template <typename T>
+void PrintBlock(std::string_view header, const CQXChannel<T>& band) {
+  std::cout << header << '\n' << CQXMatrixMN<T>(band.GetRowsNb(), band.GetColsNb(), band.GetData());
+}
+
+/// Writes "<name><level>" and the band, or "<emptyName><level> is empty.".
+template <typename T>
+void PrintBand(std::string_view name, std::string_view emptyName, std::int32_t level, const CQXChannel<T>* band) {
+  if (IsEmpty(band)) {
+    std::cout << emptyName << level << " is empty.\n";
+  } else {
+    std::cout << name << level;
+    PrintBlock("", *band);
+  }
+}
+
+template <typename T>
+void PrintHighBand2D(std::string_view name, std::int32_t level, const CQXChannel<T>* band) {
+  if (IsEmpty(band)) {
+    std::cout << name << " channel for level " << level << " is empty.\n";
+  } else {
+    std::cout << name;
+    PrintBlock(": ", *band);
+  }
+}
+
+}  // namespace
+
+template <typename T>
+void CQXChannel<T>::Print() const {
+  if (m_decomposed == 0) {
+    IsEmpty(this) ? void(std::cout << "Raw channel is empty.\n") : PrintBlock("Raw channel: ", *this);
+    return;
+  }
+  std::cout << "Decomposedd channel with a depth of decomposition " << GetDepth() << '\n';
+  const CQXChannel* channel = this;
+  for (std::int32_t level = 1; channel != nullptr && channel->m_decomposed != 0; ++level) {
+    const CQXChannel* low = channel->SubChannel(0);
+    const bool isLast = low == nullptr || low->m_decomposed == 0;
+    if (channel->m_type == QX_CHANNEL_2D) {
+      std::cout << "High frequency channels for level " << level << '\n';
+      PrintHighBand2D("LH", level, channel->SubChannel(QX_SUBCHANNEL_LH));
+      PrintHighBand2D("HL", level, channel->SubChannel(QX_SUBCHANNEL_HL));
+      PrintHighBand2D("HH", level, channel->SubChannel(QX_SUBCHANNEL_HH));
+      if (isLast) {
+        PrintBand("Low  frequency channel LL for level ", "Low frequency channel LL for level ", level, low);
+      }
+    } else {
+      constexpr std::string_view high = "High frequency channel for level ";
+      PrintBand(high, high, level, channel->SubChannel(QX_SUBCHANNEL_HIGH));
+      if (isLast) PrintBand("Low  frequency channel for level ", "Low frequency channel for level ", level, low);
+    }
+    channel = low;
+  }
+}
+
+template class CQXChannel<float>;
+template class CQXChannel<double>;

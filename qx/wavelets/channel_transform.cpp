@@ -1,0 +1,384 @@
+#include <qx/wavelets/channel.h>
+#include <qx/wavelets/internal/level_transform.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+using qxInternal::BandFactors;
+using qxInternal::BandRect;
+using qxInternal::BandsCount;
+using qxInternal::Extent;
+using qxInternal::LevelTransform;
+using qxInternal::LiftingSchedule;
+using qxInternal::Rect;
+
+namespace {
+
+constexpr double factorGuard = 0.000001;
+
+template <typename T>
+bool HasEffect(T factor) {
+  return std::abs(factor - 1) > static_cast<T>(factorGuard);
+}
+
+template <typename T>
+T LowNorm(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization) {
+  return filter.GetLowNorm(normalization == QX_NORMALIZATION_1 ? 1 : 0);
+}
+
+template <typename T>
+T HighNorm(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization) {
+  return filter.GetHighNorm(normalization == QX_NORMALIZATION_1 ? 1 : 0);
+}
+
+/// What the lifting steps make of the low band of a constant signal of ones.
+template <typename T>
+T LowGain(const CQXWaveletFilter<T>& filter) {
+  T even[4] = {1, 1, 1, 1};
+  T odd[4] = {1, 1, 1, 1};
+  LiftingSchedule<T>(filter, 4, 4, false, false).LiftRow(even, odd, false);
+  return even[2];
+}
+
+/// A rectangle widened so far that the ends of the cut do not reach back into it, inside the extent of its level. It
+/// begins on the parity of the level, so that its samples fall into the same bands at the same places.
+Rect Widened(const Rect& rect, const Rect& extent) {
+  constexpr std::int64_t reach = 8;
+  Rect wide = Rect{rect.left - reach, rect.top - reach, rect.right + reach, rect.bottom + reach}.ClippedTo(extent);
+  wide.left -= (wide.left - extent.left) & 1;
+  wide.top -= (wide.top - extent.top) & 1;
+  return wide;
+}
+
+}  // namespace
+
+template <typename T>
+bool CQXChannel<T>::IsTransformedBy(const CQXWaveletFilter<T>* filter, qxChannelType type) const noexcept {
+  return m_type == type && m_filter != nullptr && m_filter->GetWavelet() == filter->GetWavelet();
+}
+
+/// Whether the sub-channels from @p firstBand on stand there with samples, in the places of one level of this channel.
+template <typename T>
+bool CQXChannel<T>::HasRawBands(std::int32_t firstBand) const noexcept {
+  if (m_decomposed == 0 || m_filter == nullptr || BandsCount(m_type) == 0 || GetSubChannelsNb() != BandsCount(m_type)) {
+    return false;
+  }
+  for (std::int32_t band = firstBand; band < GetSubChannelsNb(); ++band) {
+    const CQXChannel* channel = SubChannel(band);
+    if (channel == nullptr || channel->m_data == nullptr) return false;
+    if (Extent(*channel) != BandRect(m_type, band, Extent(*this))) return false;
+  }
+  return true;
+}
+
+/// Whether every band of every level is there; a raw channel lacks none.
+template <typename T>
+bool CQXChannel<T>::IsComplete() const noexcept {
+  const CQXChannel* channel = this;
+  for (; channel->m_decomposed != 0; channel = channel->SubChannel(0)) {
+    const CQXChannel* low = channel->SubChannel(0);
+    if (low == nullptr || !channel->HasRawBands(low->m_decomposed != 0 ? 1 : 0)) return false;
+    if (Extent(*low) != BandRect(channel->m_type, 0, Extent(*channel))) return false;
+  }
+  return channel == this || channel->m_data != nullptr;
+}
+
+/// Moves a block of samples into the bands of this level, through the lifting steps when there is a filter.
+template <typename T>
+void CQXChannel<T>::PassSamples(const CQXWaveletFilter<T>* filter, const T* source) const {
+  T* bands[4] = {};
+  for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) bands[band] = SubChannel(band)->m_data.get();
+  LevelTransform<T>(Extent(*this), m_type, filter, bands).Forward(source);
+}
+
+/// Moves the samples of the bands of this level into a block, back through the lifting steps when there is a filter.
+template <typename T>
+void CQXChannel<T>::CollectSamples(const CQXWaveletFilter<T>* filter, T* target) const {
+  T* bands[4] = {};
+  for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) bands[band] = SubChannel(band)->m_data.get();
+  LevelTransform<T>(Extent(*this), m_type, filter, bands).Inverse(target);
+}
+
+template <typename T>
+void CQXChannel<T>::Split(const CQXChannel& source) {
+  if (HasRawBands(0) && source.m_data != nullptr && source.m_columns == m_columns && source.m_rows == m_rows) {
+    PassSamples(nullptr, source.m_data.get());
+  }
+}
+
+template <typename T>
+void CQXChannel<T>::Unite(CQXChannel* target) const {
+  if (HasRawBands(0) && target->m_data != nullptr && target->m_columns == m_columns && target->m_rows == m_rows) {
+    CollectSamples(nullptr, target->m_data.get());
+  }
+}
+
+template <typename T>
+void CQXChannel<T>::LiftDirect(CQXChannel* low, CQXChannel* high, std::int32_t direction) const {
+  if (m_filter != nullptr) CQXLifting<T>(low, high, direction).Run(*m_filter, false);
+}
+
+template <typename T>
+void CQXChannel<T>::LiftInverse(CQXChannel* low, CQXChannel* high, std::int32_t direction) const {
+  if (m_filter != nullptr) CQXLifting<T>(low, high, direction).Run(*m_filter, true);
+}
+
+/// One level from a raw channel, which is consumed; null when the step is refused.
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::TransformOneLevel(const CQXWaveletFilter<T>* filter, qxChannelType type) {
+  if (filter == nullptr || !qxInternal::AllowsLevel(type, m_columns, m_rows)) return nullptr;
+  if (BandsCount(type) != 0 && m_data == nullptr) return nullptr;
+
+  auto level = std::make_unique<CQXChannel>(m_columns, m_rows, m_offsetX, m_offsetY);
+  level->m_filter = filter;
+  level->m_normalization = m_normalization;
+  level->CreateBands(type);
+  if (level->m_decomposed != 0) {
+    level->PassSamples(filter, m_data.get());
+    Destroy();
+  }
+  return level;
+}
+
+template <typename T>
+CQXChannel<T>* CQXChannel<T>::FWTStep(const CQXWaveletFilter<T>* filter, qxChannelType type) {
+  if (m_decomposed == 0) return TransformOneLevel(filter, type).release();
+  if (filter == nullptr || !IsTransformedBy(filter, type)) return nullptr;
+  CQXChannel* parent = this;
+  while (parent->SubChannel(0) != nullptr && parent->SubChannel(0)->m_decomposed != 0) parent = parent->SubChannel(0);
+  CQXChannel* low = parent->SubChannel(0);
+  std::unique_ptr<CQXChannel> level = low != nullptr ? low->TransformOneLevel(filter, type) : nullptr;
+  if (level == nullptr) return nullptr;
+  parent->SetSubChannel(std::move(level), 0);
+  return this;
+}
+
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWTStep() {
+  if (!HasRawBands(0)) return nullptr;
+  auto raw = std::make_unique<CQXChannel>(m_columns, m_rows, m_offsetX, m_offsetY);
+  raw->m_filter = m_filter;
+  raw->m_normalization = m_normalization;
+  raw->TakeUninitialisedSamples();
+  CollectSamples(m_filter, raw->m_data.get());
+  return raw;
+}
+
+/// The levels that a raw channel allows, up to @p depth; the channel is consumed. Null when not one level is possible.
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWTRawChannel(const CQXWaveletFilter<T>* filter, qxChannelType type,
+                                                            std::int32_t depth) {
+  if (depth < 1 || BandsCount(type) == 0) return nullptr;
+  std::unique_ptr<CQXChannel> tree = TransformOneLevel(filter, type);
+  if (tree == nullptr) return nullptr;
+  Clear();
+  std::int32_t levels = 1;
+  for (CQXChannel* last = tree.get(); levels < depth; ++levels) {
+    std::unique_ptr<CQXChannel> level = last->SubChannel(0)->TransformOneLevel(filter, type);
+    if (level == nullptr) break;
+    CQXChannel* next = level.get();
+    last->SetSubChannel(std::move(level), 0);
+    last = next;
+  }
+  tree->Normalize(levels, tree->m_normalization);
+  return tree;
+}
+
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWT(const CQXWaveletFilter<T>* filter, qxChannelType type,
+                                                  std::int32_t depth) {
+  if (filter == nullptr) return nullptr;
+  if (m_decomposed == 0) {
+    std::unique_ptr<CQXChannel> tree = FWTRawChannel(filter, type, depth);
+    return tree != nullptr ? std::move(tree) : CloneRawChannel();
+  }
+  std::unique_ptr<CQXChannel> tree = CloneDecomposedChannel();
+  tree->FWTInPlace(filter, type, depth);
+  return tree;
+}
+
+template <typename T>
+void CQXChannel<T>::FWTInPlace(const CQXWaveletFilter<T>* filter, qxChannelType type, std::int32_t depth) {
+  if (filter == nullptr || (m_decomposed != 0 && !IsTransformedBy(filter, type))) return;
+  CQXChannel* lowest = LowestLow();
+  std::unique_ptr<CQXChannel> tree = lowest->FWTRawChannel(filter, type, depth);
+  if (tree == nullptr) return;
+  lowest->Swap(*tree);
+  m_filter = filter;
+  Inherit();
+}
+
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::DestroyingIFWT() {
+  if (!IsComplete()) return nullptr;
+  Denormalize();
+  std::vector<CQXChannel*, qxBlockAllocator<CQXChannel*>> levels;
+  for (CQXChannel* level = this; level->m_decomposed != 0; level = level->SubChannel(0)) levels.push_back(level);
+  while (levels.size() > 1) {
+    std::unique_ptr<CQXChannel> low = levels.back()->IFWTStep();
+    levels.pop_back();
+    levels.back()->SetSubChannel(std::move(low), 0);
+  }
+  std::unique_ptr<CQXChannel> raw = m_decomposed != 0 ? IFWTStep() : std::make_unique<CQXChannel>(std::move(*this));
+  Clear();
+  return raw;
+}
+
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT() const {
+  return CloneDecomposedChannel()->DestroyingIFWT();
+}
+
+template <typename T>
+void CQXChannel<T>::IFWTInPlace() {
+  if (m_decomposed == 0) return;
+  std::unique_ptr<CQXChannel> raw = DestroyingIFWT();
+  if (raw != nullptr) Swap(*raw);
+}
+
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t y, std::int32_t width,
+                                                   std::int32_t height) const {
+  if (m_decomposed == 0) return Cut(x, y, width, height);
+  const Rect wanted = qxInternal::RectAt(*this, x, y, width, height);
+  if (!IsComplete() || wanted.IsEmpty() || !Extent(*this).Contains(wanted)) return nullptr;
+
+  // Downwards: which rectangle each level has to give, and the factors of its bands.
+  struct Level {
+    const CQXChannel* channel;
+    Rect wanted, wide;
+    BandFactors<T> factors;
+  };
+  const bool normalized = m_normalization != QX_NORMALIZATION_NONE;
+  BandFactors<T> factors(m_type, normalized ? 1 / LowNorm(*m_filter, m_normalization) : T(1),
+                         normalized ? 1 / HighNorm(*m_filter, m_normalization) : T(1));
+  T lowestFactor = 1;
+  std::vector<Level, qxBlockAllocator<Level>> levels;
+  const CQXChannel* lowest = this;
+  Rect rect = wanted;
+  for (; lowest->m_decomposed != 0; lowest = lowest->SubChannel(0)) {
+    const Rect wide = Widened(rect, Extent(*lowest));
+    levels.push_back({lowest, rect, wide, factors});
+    rect = BandRect(m_type, 0, wide);
+    lowestFactor = factors.OfLowest();
+    factors.GoDown();
+  }
+
+  // Upwards: the low band from below, the high bands cut out of the tree.
+  const auto cut = [](const CQXChannel& source, const Rect& r, T factor) {
+    auto piece = std::make_unique<CQXChannel>(static_cast<std::int32_t>(r.right - r.left),
+                                              static_cast<std::int32_t>(r.bottom - r.top),
+                                              static_cast<std::int32_t>(r.left), static_cast<std::int32_t>(r.top));
+    piece->TakeUninitialisedSamples();
+    piece->PasteRawChannel(source);
+    if (HasEffect(factor)) piece->EnhanceRawData(factor);
+    return piece;
+  };
+  std::unique_ptr<CQXChannel> piece = cut(*lowest, rect, lowestFactor);
+  for (; !levels.empty(); levels.pop_back()) {
+    const Level& level = levels.back();
+    CQXChannel shell(static_cast<std::int32_t>(level.wide.right - level.wide.left),
+                     static_cast<std::int32_t>(level.wide.bottom - level.wide.top),
+                     static_cast<std::int32_t>(level.wide.left), static_cast<std::int32_t>(level.wide.top));
+    shell.m_filter = level.channel->m_filter;
+    shell.m_type = level.channel->m_type;
+    shell.m_decomposed = 1;
+    shell.SetSubChannelsNb(BandsCount(shell.m_type));
+    shell.SetSubChannel(std::move(piece), 0);
+    for (std::int32_t band = 1; band < shell.GetSubChannelsNb(); ++band) {
+      const Rect r = BandRect(shell.m_type, band, level.wide);
+      shell.SetSubChannel(cut(*level.channel->SubChannel(band), r, level.factors.Of(band)), band);
+    }
+    piece = cut(*shell.IFWTStep(), level.wanted, T(1));
+  }
+  piece->m_filter = m_filter;
+  piece->m_normalization = m_normalization;
+  return piece;
+}
+
+/// Multiplies the bands of the first levels; the low band below them only when it is raw.
+template <typename T>
+void CQXChannel<T>::MultiplyLevels(std::int32_t depth, T low, T high) {
+  BandFactors<T> factors(m_type, low, high);
+  CQXChannel* channel = this;
+  for (std::int32_t level = 1; level <= depth && channel->m_decomposed != 0; ++level) {
+    CQXChannel* next = channel->SubChannel(0);
+    for (std::int32_t band = 1; band < channel->GetSubChannelsNb(); ++band) {
+      if (channel->SubChannel(band) != nullptr && HasEffect(factors.Of(band))) {
+        channel->SubChannel(band)->EnhanceRawData(factors.Of(band));
+      }
+    }
+    if (next == nullptr) return;
+    if ((level == depth || next->m_decomposed == 0) && HasEffect(factors.OfLowest())) {
+      next->EnhanceRawData(factors.OfLowest());
+    }
+    factors.GoDown();
+    channel = next;
+  }
+}
+
+template <typename T>
+void CQXChannel<T>::Normalize() {
+  Normalize(GetDepth(), m_normalization);
+}
+
+template <typename T>
+void CQXChannel<T>::Normalize(std::int32_t depth, qxWaveletNormalization normalization) {
+  if (m_filter != nullptr) {
+    Normalize(depth, normalization, LowNorm(*m_filter, normalization), HighNorm(*m_filter, normalization));
+  }
+}
+
+template <typename T>
+void CQXChannel<T>::Normalize(std::int32_t depth, qxWaveletNormalization normalization, T low, T high) {
+  if (normalization != QX_NORMALIZATION_NONE) MultiplyLevels(depth, low, high);
+}
+
+template <typename T>
+void CQXChannel<T>::Denormalize() {
+  Denormalize(GetDepth(), m_normalization);
+}
+
+template <typename T>
+void CQXChannel<T>::Denormalize(std::int32_t depth, qxWaveletNormalization normalization) {
+  if (m_filter != nullptr) {
+    Denormalize(depth, normalization, LowNorm(*m_filter, normalization), HighNorm(*m_filter, normalization));
+  }
+}
+
+template <typename T>
+void CQXChannel<T>::Denormalize(std::int32_t depth, qxWaveletNormalization normalization, T low, T high) {
+  if (normalization != QX_NORMALIZATION_NONE) MultiplyLevels(depth, 1 / low, 1 / high);
+}
+
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledLowChannel() const {
+  const CQXChannel* lowest = this;
+  while (lowest->SubChannel(0) != nullptr) lowest = lowest->SubChannel(0);
+  if (lowest->m_data == nullptr) return nullptr;
+  std::unique_ptr<CQXChannel> scaled = lowest->CloneRawChannel();
+  if (m_decomposed == 0 || m_filter == nullptr) return scaled;
+  const bool normalized = m_normalization != QX_NORMALIZATION_NONE;
+  const T gain = LowGain(*m_filter) * (normalized ? LowNorm(*m_filter, m_normalization) : T(1));
+  const T factor = 1 / (m_type == QX_CHANNEL_2D ? gain * gain : gain);
+  T product = 1;
+  for (std::int32_t depth = GetDepth(); depth > 0; --depth) product *= factor;
+  if (HasEffect(product)) scaled->EnhanceRawData(product);
+  return scaled;
+}
+
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledHighChannel(std::int32_t level, std::int32_t band) const {
+  const CQXChannel* channel = band >= 1 && level >= 1 ? SubChannel(level, band) : nullptr;
+  if (channel == nullptr || channel->m_data == nullptr) return nullptr;
+  std::unique_ptr<CQXChannel> scaled = channel->CloneRawChannel();
+  if (m_filter == nullptr || m_normalization == QX_NORMALIZATION_NONE) return scaled;
+  BandFactors<T> factors(m_type, 1 / LowNorm(*m_filter, m_normalization), 1 / HighNorm(*m_filter, m_normalization));
+  for (; level > 1; --level) factors.GoDown();
+  if (HasEffect(factors.Of(band))) scaled->EnhanceRawData(factors.Of(band));
+  return scaled;
+}
+
+template class CQXChannel<float>;
+template class CQXChannel<double>;

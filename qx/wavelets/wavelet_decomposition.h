@@ -1,0 +1,175 @@
+#pragma once
+
+#include <qx/foundation/api.h>
+#include <qx/foundation/block.h>
+#include <qx/wavelets/channel.h>
+#include <qx/wavelets/wavelet_filter.h>
+#include <qx/wavelets/wavelet_types.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/// The wavelet decomposition of an image: a filter and one channel for each image plane.
+///
+/// The road of an image with noise in it: SetImage(), SetTypeOfNormalization(QX_NORMALIZATION_2), FWT(), ReduceNoise(),
+/// GetImageInPixelForm(). Pixels are interleaved: sample i of plane c stands at i x planes + c; rows run top to bottom.
+///
+/// A decomposition owns its channels and its filter, which all levels of all channels point to; copies are deep.
+/// Members that give a new decomposition give null when they cannot make one. A decomposition is used by one thread at
+/// a time.
+template <typename T>
+class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
+ public:
+  /// Without filter and image.
+  CQXWaveletDecomposition() noexcept = default;
+  /// With the filter of a wavelet, without image.
+  explicit CQXWaveletDecomposition(qxWaveletType wavelet);
+  CQXWaveletDecomposition(const CQXWaveletDecomposition& other);
+  CQXWaveletDecomposition(CQXWaveletDecomposition&& other) noexcept = default;
+  CQXWaveletDecomposition& operator=(const CQXWaveletDecomposition& other);
+  ~CQXWaveletDecomposition() = default;
+
+  /// A deep copy with a filter of its own.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> CloneDecomposition() const;
+  /// Becomes a deep copy of the other one.
+  void Copy(const CQXWaveletDecomposition& other);
+  /// Destroys channels and filter.
+  void Destroy() noexcept;
+
+  [[nodiscard]] std::int32_t GetChannelsNb() const noexcept { return static_cast<std::int32_t>(m_channels.size()); }
+  [[nodiscard]] const CQXWaveletFilter<T>* GetFilter() const noexcept { return m_filter.get(); }
+  /// The wavelet of the filter; -1 without one.
+  [[nodiscard]] qxWaveletType GetWaveletType() const noexcept;
+  [[nodiscard]] qxWaveletNormalization GetTypeOfNormalization() const noexcept { return m_normalization; }
+  [[nodiscard]] std::int32_t IsDecomposed() const noexcept { return m_isDecomposed; }
+  /// Columns and rows of channel 0; 0 without one.
+  [[nodiscard]] std::int32_t GetImageWidth() const noexcept;
+  [[nodiscard]] std::int32_t GetImageHeight() const noexcept;
+  /// The channel of a plane; null when there is none.
+  [[nodiscard]] CQXChannel<T>* operator[](std::int32_t index) noexcept;
+  [[nodiscard]] const CQXChannel<T>* operator[](std::int32_t index) const noexcept;
+  /// Writes the depth that all channels have. @return 1; 0, and @p depth is untouched, when they differ or there is
+  /// none.
+  [[nodiscard]] std::int32_t HasCommonDepth(std::int32_t& depth) const noexcept;
+
+  /// Replaces the channels by the planes of an image at offset (0, 0).
+  void SetImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const T* data);
+  void Set8BitsImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const std::uint8_t* data);
+
+  /// Writes the pixels. A decomposed image is taken back first and stays raw: width x height x planes samples are
+  /// written.
+  void GetImageInPixelForm(T* data);
+  /// Writes the pixels rounded to the nearest whole number, halves away from zero, of which the low byte is kept.
+  ///
+  /// Values wrap modulo 256 and do not saturate: 256 gives 0, 300 gives 44, -1 gives 255. Clamp samples to 0..255
+  /// before, where a picture is wanted. Not a number, and what 64 bits cannot hold, gives 0; so does every sample of a
+  /// plane without samples, a decomposed one among them.
+  void GetImageIn8BitsFormat(std::uint8_t* data) const;
+
+  /// Each plane in the form of CQXChannel::PackDecomposedChannel(): a raw decomposition, or interleaved into @p data.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> GetImageInPackedForm() const;
+  void GetImageInPackedForm(T* data) const;
+  /// The decomposition whose packed form the raw planes of this one are, with this filter; null when a plane cannot be
+  /// unpacked.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> UnpackDecomposedImage(
+      qxChannelType type, std::int32_t depth, qxWaveletNormalization normalization) const;
+
+  /// Replaces the filter. A decomposed image is taken back first when the wavelet is another one.
+  void SetFilter(qxWaveletType wavelet);
+  /// Sets the normalization of this object and its channels. A decomposed image is taken back first when it has another
+  /// one: set it before FWT().
+  void SetTypeOfNormalization(qxWaveletNormalization normalization);
+  /// SetFilter(), SetTypeOfNormalization() and SetDecompositionTypesToChannels().
+  void SetDecompositionTypes(qxWaveletType wavelet, qxChannelType type, qxWaveletNormalization normalization);
+  /// Sets the type of all channels. A tree of another type is taken back first.
+  void SetDecompositionTypesToChannels(qxChannelType type);
+
+  /// Replaces the channels by @p count planes of zeros at offset (0, 0).
+  void CreateChannels(std::int32_t columns, std::int32_t rows, std::int32_t count);
+  /// Destroys the channels and makes @p count empty slots.
+  void SetChannelsNb(std::int32_t count);
+  /// Takes ownership of a channel and hands it filter and normalization; a tree of another wavelet or normalization is
+  /// taken back first. A bad index destroys @p channel.
+  void SetChannel(std::unique_ptr<CQXChannel<T>> channel, std::int32_t index);
+
+  /// A new decomposition by CQXChannel::FWT() of every plane. The planes of a raw image are consumed: this object is
+  /// left with empty channels. A decomposed image stays as it was and the result is deeper.
+  /// @return null without filter or channels
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> FWT(std::int32_t depth, qxChannelType type);
+  /// The same with a depth and a type for each channel.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> FWT(const std::int32_t* depths, const qxChannelType* types);
+  /// FWT() with the depth of qxCalculateMaximumDepth(): of both sizes for QX_CHANNEL_2D, of the columns for
+  /// QX_CHANNEL_ROWS, of the rows for QX_CHANNEL_COLUMNS.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> FWTMaxDepth(qxChannelType type);
+  /// The same; writes the depth that was asked for.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> FWTMaxDepth(qxChannelType type, std::int32_t& depth);
+  /// The same on this object.
+  void FWTInPlace(std::int32_t depth, qxChannelType type);
+  void FWTInPlace(const std::int32_t* depths, const qxChannelType* types);
+  void FWTMaxDepthInPlace(qxChannelType type);
+
+  /// The inverse transform as a new raw decomposition; this one stays as it is. @return null when a band is missing.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> IFWT() const;
+  void IFWTInPlace();
+
+  // The per-channel arrays below hold one entry for each channel.
+
+  /// CQXChannel::EstimateThreshold() of every channel.
+  void EstimateThresholds(T* thresholds, T* ratios) const;
+  /// CQXChannel::CleanBelowThreshold() of every channel, as a new decomposition; the arrays are read and written.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> ReduceNoise(T* thresholds, T* ratios, std::int32_t soft,
+                                                                     qxWaveletDenoising method) const;
+  /// CQXChannel::CleanDirectly() of every channel, as a new decomposition.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> ReduceNoiseDirectly(const T* thresholds, const T* ratios,
+                                                                             std::int32_t soft) const;
+  /// CQXChannel::CleanWithCircularShifts() of every plane of a raw image, as a new raw decomposition.
+  /// @return null for a decomposed image, or without filter; the arrays may have been written
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> ReduceNoiseByCircularShifts(
+      T* thresholds, T* ratios, std::int32_t shifts, std::int32_t depth, std::int32_t soft, qxWaveletDenoising method,
+      const qxProgress& progress = {}) const;
+
+  /// CQXChannel::Enhance(), EnhanceHRLevel() and EnhanceSubLevel() of every channel.
+  void EnhanceSharpFeatures(T factor);
+  void EnhanceSharpFeatures(T factor, std::int32_t level);
+  void EnhanceSharpFeatures(T factor, std::int32_t level, std::int32_t band);
+  /// CQXChannel::EditByLevels() of every channel with the same factors.
+  void EditByLevels(const T* factors);
+  /// CQXChannel::MixByLevels() and Combine() of every pair of channels, as a new decomposition; null when the counts
+  /// differ or a channel is missing.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> MixByLevels(const CQXWaveletDecomposition& other,
+                                                                     const T* weights) const;
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> Combine(const CQXWaveletDecomposition& other, T a, T b) const;
+
+  /// 1 when the counts are equal and qxAreChannelsAlmostEqual() holds for each pair, else 0.
+  [[nodiscard]] std::int32_t DecompositionsAreAlmostEqual(const CQXWaveletDecomposition& other, T tolerance) const;
+
+  /// CQXChannel::GetScaledHighChannel() and GetScaledLowChannel() of every channel, as a new raw decomposition; null
+  /// when a channel has no such band.
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> GetScaledHighImage(std::int32_t level,
+                                                                            std::int32_t band) const;
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> GetScaledLowImage() const;
+
+ private:
+  using Channels = std::vector<std::unique_ptr<CQXChannel<T>>, qxBlockAllocator<std::unique_ptr<CQXChannel<T>>>>;
+
+  void Adopt(CQXChannel<T>& channel) const;
+  void UpdateFlag() noexcept;
+  [[nodiscard]] bool HasAllChannels() const noexcept;
+  template <typename Sample>
+  void SetPixels(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const Sample* data);
+  template <typename Sample, typename Convert>
+  void GetPixels(Sample* data, Convert convert) const;
+  template <typename Make>
+  [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> MakeFromChannels(qxWaveletNormalization normalization,
+                                                                          Make make) const;
+  [[nodiscard]] std::int32_t MaximumDepth(qxChannelType type) const noexcept;
+
+  std::unique_ptr<CQXWaveletFilter<T>> m_filter;
+  Channels m_channels;
+  qxWaveletNormalization m_normalization = QX_NORMALIZATION_NONE;
+  std::int32_t m_isDecomposed = 0;
+};
+
+extern template class QX_API CQXWaveletDecomposition<float>;
+extern template class QX_API CQXWaveletDecomposition<double>;

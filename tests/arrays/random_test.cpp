@@ -1,0 +1,324 @@
+#include <qx/arrays/random.h>
+#include <qx/arrays/statistics.h>
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+#include <limits>
+#include <map>
+#include <vector>
+
+#include "tests/typed_test.h"
+
+namespace {
+
+template <typename T>
+class Random : public ::testing::Test {
+ protected:
+  static CQXRandom<T> Make(std::int32_t algorithm, std::int32_t distribution) {
+    CQXRandom<T> random;
+    random.SetXorshift32Seed(20240607);
+    std::vector<T> lags(32);
+    random.Initialize();
+    random.GetArrayNumbers(32, lags.data());
+    random.SetSWBSeeds(lags.data());
+    random.SetAlgorithm(algorithm);
+    if (distribution == 1) random.SetNormal(0, 1);
+    if (distribution == 2) random.SetExponential(2);
+    random.Initialize();
+    return random;
+  }
+};
+TYPED_TEST_SUITE(Random, FloatTypes);
+
+TYPED_TEST(Random, WordsAreThoseOfTheRecurrences) {
+  CQXRandom<TypeParam> random;
+  random.Initialize();
+  for (const std::uint32_t word : {0xDCA345EAu, 0x1B5116E6u, 0x951049AAu, 0xD88D00B0u}) {
+    EXPECT_EQ(random.GetNumber(), static_cast<TypeParam>(word) / TypeParam(4294967295.0));
+    EXPECT_EQ(random.GetXorshift32Seed(), word);
+  }
+  random.SetXorshift32Seed(1);
+  for (const std::uint32_t word : {0x8734FC59u, 0x491B6463u}) {
+    random.GetNumber();
+    EXPECT_EQ(random.GetXorshift32Seed(), word);
+  }
+  random.SetAlgorithm(1);
+  random.SetUniform(2, 6);
+  random.Initialize();
+  for (const std::uint64_t word : {0xB9F54C29FCA77227u, 0x2F3D85DA560D9BFEu}) {
+    EXPECT_EQ(random.GetNumber(), static_cast<TypeParam>(word) * 4 * TypeParam(5.421010862427522e-20) + 2);
+    EXPECT_EQ(random.GetXorshift64Seed(), word);
+  }
+  random.SetXorshift64Seed(1);
+  for (const std::uint64_t word : {0x07F4EBFFFABA6BB0u, 0x23407372E0B13A1Du}) {
+    random.GetNumber();
+    EXPECT_EQ(random.GetXorshift64Seed(), word);
+  }
+  std::uint64_t s[4];
+  random.SetXorshift64Seeds(1, 2, 3, 4);
+  random.GetXorshift64Seeds(s[0], s[1], s[2], s[3]);
+  EXPECT_EQ((std::vector<std::uint64_t>(s, s + 4)), (std::vector<std::uint64_t>{1, 2, 3, 4}));
+}
+
+TYPED_TEST(Random, SubtractWithBorrowFollowsItsTable) {
+  CQXRandom<TypeParam> random;
+  std::vector<TypeParam> lags(32);
+  for (std::size_t i = 0; i < 32; ++i) lags[i] = static_cast<TypeParam>(i * 7 % 32) / 32;
+  random.SetSWBSeeds(lags.data());
+  random.SetAlgorithm(2);
+  random.Initialize();
+  TypeParam borrow = 0;
+  const TypeParam unit = static_cast<TypeParam>(std::ldexp(1.0, -153));
+  EXPECT_EQ(unit == 0, (std::is_same_v<TypeParam, float>));
+  for (std::size_t draw = 0; draw < 100; ++draw) {
+    TypeParam& lag = lags[draw % 32];
+    lag = lags[(draw + 20) % 32] - lags[(draw + 5) % 32] - borrow;
+    borrow = lag <= 0 ? unit : TypeParam(0);
+    if (lag <= 0) lag += 1;
+    EXPECT_EQ(random.GetNumber(), lag);
+  }
+  const struct {
+    std::int32_t given, stored, afterOneDraw;
+  } cases[] = {{33, 1, 2}, {31, 31, 0}, {-1, -1, 0}, {-37, -5, -4}, {std::numeric_limits<std::int32_t>::min(), 0, 1}};
+  for (const auto& c : cases) {
+    std::int32_t index = 99;
+    random.SetSWBState(c.given, TypeParam(0.25));
+    random.GetSWBState(index, borrow);
+    EXPECT_EQ(index, c.stored);
+    EXPECT_EQ(borrow, TypeParam(0.25));
+    random.GetSWBSeeds(lags.data());
+    const std::size_t slot = static_cast<std::size_t>((c.stored + 32) % 32);
+    const TypeParam difference = lags[(slot + 20) % 32] - lags[(slot + 5) % 32] - TypeParam(0.25);
+    EXPECT_EQ(random.GetNumber(), difference <= 0 ? difference + 1 : difference);
+    random.GetSWBState(index, borrow);
+    EXPECT_EQ(index, c.afterOneDraw);
+  }
+}
+
+TYPED_TEST(Random, SettersUninitialiseAndCopiesContinue) {
+  CQXRandom<TypeParam> random;
+  TypeParam numbers[2] = {7, 7};
+  const auto expectUninitialised = [&] {
+    EXPECT_EQ(random.GetNumber(), 0);
+    EXPECT_EQ(random.GetBoolean(), 1);
+    random.GetArrayNumbers(2, numbers);
+    EXPECT_EQ(numbers[0], 7);
+    random.Initialize();
+    EXPECT_NE(random.GetNumber(), 0);
+  };
+  expectUninitialised();
+  random.SetAlgorithm(9);
+  EXPECT_EQ(random.GetAlgorithm(), 9);
+  expectUninitialised();
+  EXPECT_NE(random.GetXorshift32Seed(), 0x05491333u);  // an unknown code draws from Xorshift 32
+  random.SetUniform(1, 2);
+  expectUninitialised();
+  random.SetNormal(5, 2);
+  expectUninitialised();
+  random.SetExponential(3);
+  expectUninitialised();
+  EXPECT_EQ(random.GetDistribution(), 2);
+
+  for (std::int32_t pair = 0; pair < 9; ++pair) {
+    CQXRandom<TypeParam> one = this->Make(pair / 3, pair % 3), copy = one;
+    std::vector<TypeParam> array(500, -1);
+    copy.GetArrayNumbers(-1, nullptr);
+    copy.GetArrayNumbers(499, array.data());
+    EXPECT_EQ(array.back(), -1);
+    array.pop_back();
+    for (const TypeParam number : array) EXPECT_EQ(one.GetNumber(), number);
+  }
+}
+
+TYPED_TEST(Random, DistributionsFitInMomentsTailsAndShape) {
+  const std::int32_t n = 200000;
+  std::vector<TypeParam> numbers(static_cast<std::size_t>(n));
+  const double root = std::sqrt(double{n});
+  for (std::int32_t algorithm = 0; algorithm < 3; ++algorithm) {
+    CQXStatistics<TypeParam> statistics(n, numbers.data());
+    this->Make(algorithm, 0).GetArrayNumbers(n, numbers.data());
+    EXPECT_LE(statistics.TestUniformity(0, 1), QX_TEST_DOUBTFUL) << algorithm;
+    EXPECT_EQ(statistics.TestEquidistribution(0, 1, QX_SIGNIFICANCE_5), 1) << algorithm;
+    EXPECT_EQ(statistics.PermutationTest(4, QX_SIGNIFICANCE_5), 1) << algorithm;
+
+    this->Make(algorithm, 1).GetArrayNumbers(n, numbers.data());
+    EXPECT_NEAR(statistics.Mean(), 0, 4 / root);
+    EXPECT_NEAR(statistics.Variance(), 1, 4 * std::sqrt(2.0) / root);
+    double fourth = 0;
+    std::int32_t beyondTail[2] = {0, 0};
+    for (const TypeParam x : numbers) {
+      fourth += std::pow(static_cast<double>(x), 4);
+      if (std::abs(x) > TypeParam(3.442619855899)) ++beyondTail[x > 0];
+    }
+    EXPECT_NEAR(fourth / n, 3, 4 * std::sqrt(96.0) / root);
+    const double tail = n * 0.5 * std::erfc(3.442619855899 / std::sqrt(2.0));  // 57.6 numbers on either side
+    for (const std::int32_t count : beyondTail) EXPECT_NEAR(count, tail, 4 * std::sqrt(tail));
+    // Through the normal distribution function the numbers are uniform.
+    for (TypeParam& x : numbers) x = static_cast<TypeParam>(0.5 * std::erfc(-static_cast<double>(x) / std::sqrt(2.0)));
+    EXPECT_EQ(statistics.TestEquidistribution(0, 1, QX_SIGNIFICANCE_5), 1) << algorithm;
+
+    this->Make(algorithm, 2).GetArrayNumbers(n, numbers.data());
+    EXPECT_NEAR(statistics.Mean(), 0.5, 2 / root);
+    EXPECT_LE(*std::max_element(numbers.begin(), numbers.end()), -std::log(TypeParam(1e-9)) / 2);
+    for (TypeParam& x : numbers) x = std::exp(-2 * x);
+    EXPECT_EQ(statistics.TestEquidistribution(0, 1, QX_SIGNIFICANCE_5), 1) << algorithm;
+  }
+}
+
+TYPED_TEST(Random, WholeNumbersKeepTheirEnds) {
+  constexpr std::int32_t n = 60000;
+  std::vector<std::int32_t> numbers(n);
+  std::vector<std::int64_t> longNumbers(n);
+  for (std::int32_t algorithm = 0; algorithm < 3; ++algorithm) {
+    CQXRandom<TypeParam> random = this->Make(algorithm, 1);
+    std::map<std::int64_t, double> single, singleLong, array, arrayLong;
+    random.GetArrayIntegerNumbers32(2, -3, n, numbers.data());
+    random.GetArrayIntegerNumbers64(-3, 2, n, longNumbers.data());
+    for (std::size_t i = 0; i < n; ++i) {
+      ++single[random.GetIntegerNumber32(-3, 2)];
+      ++singleLong[random.GetIntegerNumber64(-3, 2)];
+      ++array[numbers[i]];
+      ++arrayLong[longNumbers[i]];
+    }
+    for (std::int64_t value = -3; value <= 2; ++value) {
+      const double half = value == -3 || value == 2 ? 0.5 : 1;  // of all forms but the first
+      EXPECT_NEAR(single[value], n / 6.0, 400) << value;
+      for (auto* counts : {&singleLong, &array, &arrayLong}) EXPECT_NEAR((*counts)[value], half * n / 5, 450) << value;
+    }
+    EXPECT_EQ(single.size() + singleLong.size() + array.size() + arrayLong.size(), 24u);
+    EXPECT_EQ(random.GetIntegerNumber32(5, 5), 5);
+    EXPECT_EQ(random.GetIntegerNumber32(6, 5), 6);
+    EXPECT_EQ(random.GetIntegerNumber64(6, 5), 6);
+    random.GetArrayIntegerNumbers32(3, 3, 2, numbers.data());
+    EXPECT_EQ(numbers[1], 3);
+    random.GetArrayIntegerNumbers64(1, 2, -1, nullptr);
+  }
+  // The extreme words step over the ends.
+  CQXRandom<TypeParam> random;
+  random.SetXorshift32Seeds(0, 0, 0, 0);
+  EXPECT_EQ(random.GetIntegerNumber32(0, 9), -1);
+  EXPECT_EQ(random.GetIntegerNumber32(1, 9), 1);
+  EXPECT_EQ(random.GetIntegerNumber32(std::numeric_limits<std::int32_t>::min(), 9),
+            std::numeric_limits<std::int32_t>::min());
+  const std::uint32_t w3 = 0xFFFFE000;  // w3 ^ (w3 >> 19) is all ones
+  random.SetXorshift32Seeds(0, 0, 0, w3);
+  EXPECT_EQ(random.GetIntegerNumber32(0, 9), 10);
+  EXPECT_EQ(random.GetXorshift32Seed(), 0xFFFFFFFFu);
+}
+
+TYPED_TEST(Random, WholeNumbersSpanTheirWholeType) {
+  using Int32 = std::numeric_limits<std::int32_t>;
+  using Int64 = std::numeric_limits<std::int64_t>;
+  for (std::int32_t algorithm = 0; algorithm < 3; ++algorithm) {
+    CQXRandom<TypeParam> random = this->Make(algorithm, 0);
+    const std::int32_t n = 4000;
+    std::vector<std::int32_t> numbers(n);
+    std::vector<std::int64_t> longNumbers(n);
+    const auto expectSpread = [n](const auto& spread, double low, double high) {
+      double sum = 0;
+      for (const auto number : spread) sum += static_cast<double>(number);
+      EXPECT_NEAR(sum / n, (low + high) / 2, (high - low) / 50);
+    };
+    random.GetArrayIntegerNumbers32(Int32::min(), Int32::max(), n, numbers.data());
+    expectSpread(numbers, Int32::min(), Int32::max());
+    random.GetArrayIntegerNumbers64(Int64::max(), Int64::min(), n, longNumbers.data());
+    expectSpread(longNumbers, -0x1p63, 0x1p63);
+    for (std::int32_t& number : numbers) number = random.GetIntegerNumber32(Int32::min(), Int32::max());
+    expectSpread(numbers, Int32::min(), Int32::max());
+    for (std::int64_t& number : longNumbers) number = random.GetIntegerNumber64(Int64::min(), Int64::max());
+    expectSpread(longNumbers, -0x1p63, 0x1p63);
+  }
+}
+
+TYPED_TEST(Random, ForeignTablesEndEveryDraw) {
+  const TypeParam foreign[] = {std::numeric_limits<TypeParam>::quiet_NaN(),
+                               std::numeric_limits<TypeParam>::infinity(),
+                               std::numeric_limits<TypeParam>::max(),
+                               TypeParam(1e30),
+                               -3,
+                               0};
+  for (const TypeParam value : foreign) {
+    for (std::int32_t distribution = 0; distribution < 3; ++distribution) {
+      CQXRandom<TypeParam> random = this->Make(2, distribution);
+      std::vector<TypeParam> table(32, value);
+      for (std::size_t i = 0; i < 32; i += 3) table[i] = -value / 2;
+      random.SetSWBSeeds(table.data());
+      std::vector<TypeParam> numbers(1000);
+      random.GetArrayNumbers(1000, numbers.data());
+      random.GetIntegerNumber32(-9, 9);
+      random.GetIntegerNumber64(-9, 9);
+    }
+  }
+}
+
+TYPED_TEST(Random, TimeSeedsMoveOnlyTheStreamInForce) {
+  CQXRandom<TypeParam> random;
+  random.SetAlgorithm(1);
+  random.SetRandomSeeds(12345);
+  EXPECT_EQ(random.GetXorshift32Seed(), 0x05491333u);
+  EXPECT_NE(random.GetXorshift64Seed(), 0x908FAC67FA2A9A82u);
+  random.SetAlgorithm(2);
+  const std::uint64_t word = random.GetXorshift64Seed();
+  random.SetRandomXorshiftSeeds();
+  EXPECT_EQ(random.GetXorshift64Seed(), word);
+  EXPECT_EQ(random.GetXorshift32Seed(), 0x05491333u);
+  random.SetRandomSeeds();  // the table from 32 steps of Xorshift 32
+  TypeParam lags[32];
+  random.GetSWBSeeds(lags);
+  EXPECT_EQ(lags[0], static_cast<TypeParam>(0xDCA345EAu) / TypeParam(4294967295.0));
+  EXPECT_EQ(lags[31], static_cast<TypeParam>(random.GetXorshift32Seed()) / TypeParam(4294967295.0));
+
+  // A last word that the clock cancels would leave zeros for ever.
+  random.SetAlgorithm(0);
+  std::time_t before = 0;
+  do {
+    before = std::time(nullptr);
+    random.SetXorshift32Seeds(0, 0, 0, static_cast<std::uint32_t>(before));
+    random.SetRandomXorshiftSeeds();
+  } while (std::time(nullptr) != before);
+  EXPECT_EQ(random.GetXorshift32Seed(), 0x05491333u);
+  random.SetXorshift32Seeds(0, 0, 0, static_cast<std::uint32_t>(std::time(nullptr)));
+  random.SetRandomSWBSeeds(1u << 20);
+  std::uint32_t w[4];
+  random.GetXorshift32Seeds(w[0], w[1], w[2], w[3]);
+  EXPECT_NE(w[0] | w[1] | w[2] | w[3], 0u);
+}
+
+TYPED_TEST(Random, ReportsReadAsPromised) {
+  CQXRandom<TypeParam> random;
+  random.SetAlgorithm(1);
+  random.SetUniform(0, 4);
+  const TypeParam data[] = {1, 5, 3};
+  testing::internal::CaptureStdout();
+  random.TestFloatRandomArray(3, data, 2);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Element 5 with index 1 is out the given segment for uniform distribution\n"
+            "Type of algorithm: Xorshift 64 bits.  Type of distribution: Uniform.\n"
+            "Number of generated random values = 3\n"
+            "First 2 values: 1 5 \n"
+            "Theoretical values: mean = 2, standard deviation = 1.1547\n"
+            "Statistical values: mean = 3, standard deviation = 2\n"
+            "Difference in means = 1, relative difference dif/n = 0.333333\n"
+            "Difference in SD = 0.845299, relative difference dif/n = 0.281766\n");
+  random.SetAlgorithm(2);
+  random.SetExponential(4);
+  const std::int64_t whole[] = {-2, -2};
+  testing::internal::CaptureStdout();
+  random.TestIntegerRandomArray(-2, 8, 2, whole, 99);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Segment: left end = -2, right end = 8\n"
+            "Type of algorithm: SWB.  Type of distribution: Exponential.\n"
+            "Number of generated random values = 2\n"
+            "First 99 values: -2 -2 \n"
+            "Theoretical values: mean = 0.25, standard deviation = 0.25\n"
+            "Statistical values: mean = -2, standard deviation = 0\n"
+            "Difference in means = 2.25, relative difference dif/n = 1.125\n"
+            "Difference in SD = 0.25, relative difference dif/n = 0.125\n");
+  testing::internal::CaptureStdout();
+  for (const std::int32_t n : {1, 0, -5})
+    random.TestIntegerRandomArray(3, 1, n, std::vector<std::int32_t>{2}.data(), 0);
+  EXPECT_NE(testing::internal::GetCapturedStdout().find("nan"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,388 @@
+#include <qx/arrays/random.h>
+#include <qx/arrays/sorting.h>
+#include <qx/arrays/statistics.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <set>
+#include <vector>
+
+#include "tests/typed_test.h"
+
+namespace {
+
+constexpr qxSignificanceLevel levels[] = {QX_SIGNIFICANCE_20, QX_SIGNIFICANCE_10, QX_SIGNIFICANCE_5,
+                                          static_cast<qxSignificanceLevel>(7)};
+
+template <typename T>
+class Statistics : public ::testing::Test {
+ protected:
+  static constexpr T eps = std::numeric_limits<T>::epsilon();
+  using Values = std::vector<T>;
+
+  static CQXStatistics<T> Of(Values& values) {
+    return CQXStatistics<T>(static_cast<std::int32_t>(values.size()), values.data());
+  }
+
+  static Values Uniform(std::int32_t n, std::uint64_t seed) {
+    CQXRandom<T> random;
+    random.SetAlgorithm(1);
+    random.SetXorshift64Seed(seed);
+    random.Initialize();
+    Values values(static_cast<std::size_t>(n));
+    random.GetArrayNumbers(n, values.data());
+    return values;
+  }
+
+  /// The quantiles (i + 0.5) / n of the uniform distribution on 0..1.
+  static Values UniformGrid(std::size_t n) {
+    Values values(n);
+    for (std::size_t i = 0; i < n; ++i) values[i] = static_cast<T>((static_cast<double>(i) + 0.5) / double(n));
+    return values;
+  }
+
+  /// The quantiles (i + 0.5) / n of the standard normal distribution, by bisection.
+  static Values NormalGrid(std::size_t n) {
+    Values values = UniformGrid(n);
+    for (T& value : values) {
+      double low = -10, high = 10;
+      for (int step = 0; step < 60; ++step) {
+        const double middle = (low + high) / 2;
+        (0.5 * std::erfc(-middle / std::sqrt(2.0)) < static_cast<double>(value) ? low : high) = middle;
+      }
+      value = static_cast<T>(low);
+    }
+    return values;
+  }
+
+  /// What a test says at the levels 20, 10, 5 percent and at one that does not exist.
+  template <typename Test>
+  static std::array<std::int32_t, 4> AtAllLevels(Test test) {
+    return {test(levels[0]), test(levels[1]), test(levels[2]), test(levels[3])};
+  }
+  using Verdicts = std::array<std::int32_t, 4>;
+};
+TYPED_TEST_SUITE(Statistics, FloatTypes);
+
+// NIST Statistical Reference Datasets, https://www.itl.nist.gov/div898/strd/
+TYPED_TEST(Statistics, MomentsAgreeWithCertifiedValues) {
+  std::vector<TypeParam> michelson;  // speed of light in 1000 km/s, less 299 for float
+  const int speeds[] = {850,  740, 900, 1070, 930, 850, 950, 980, 980, 880, 1000, 980, 930, 650, 760, 810, 1000,
+                        1000, 960, 960, 960,  940, 960, 940, 880, 800, 850, 880,  900, 840, 830, 790, 810, 880,
+                        880,  830, 800, 790,  760, 800, 880, 880, 880, 860, 720,  720, 620, 860, 970, 950, 880,
+                        910,  850, 870, 840,  840, 850, 840, 840, 840, 890, 810,  810, 820, 800, 770, 760, 740,
+                        750,  760, 910, 920,  890, 860, 880, 720, 840, 850, 850,  780, 890, 840, 780, 810, 760,
+                        810,  790, 810, 820,  850, 870, 870, 810, 740, 810, 940,  950, 800, 810, 870};
+  const double offset = std::is_same_v<TypeParam, double> ? 299 : 0;
+  for (const int speed : speeds) michelson.push_back(static_cast<TypeParam>(offset + speed / 1000.0));
+  EXPECT_NEAR(this->Of(michelson).Mean(), 299.852400000000 - 299 + offset, 4 * (1 + offset) * double(this->eps));
+  const double oneUlpOfSquares = std::pow(1 + offset, 2) * double(std::numeric_limits<double>::epsilon());
+  EXPECT_NEAR(this->Of(michelson).StandardDeviation(), 0.0790105478190518, 1e2 * oneUlpOfSquares + double(this->eps));
+
+  std::vector<TypeParam> numAcc1{10000001, 10000003, 10000002};
+  EXPECT_EQ(this->Of(numAcc1).Mean(), 10000002);
+  EXPECT_EQ(this->Of(numAcc1).StandardDeviation(), 1);
+  std::vector<TypeParam> numAcc2(1001, TypeParam(1.2));
+  for (std::size_t i = 1; i < numAcc2.size(); ++i) numAcc2[i] = TypeParam(i % 2 != 0 ? 1.1 : 1.3);
+  EXPECT_NEAR(this->Of(numAcc2).Mean(), 1.2, 4 * double(this->eps));
+  EXPECT_NEAR(this->Of(numAcc2).StandardDeviation(), 0.1, 1e-12 + 4 * double(this->eps));
+}
+
+TYPED_TEST(Statistics, RegressionAgreesWithCertifiedValues) {
+  const double norris[][2] = {
+      {0.1, 0.2},     {338.8, 337.4}, {118.1, 118.2}, {888.0, 884.6}, {9.2, 10.1},    {228.1, 226.5},
+      {668.5, 666.3}, {998.5, 996.3}, {449.1, 448.6}, {778.9, 777.0}, {559.2, 558.2}, {0.3, 0.4},
+      {0.1, 0.6},     {778.1, 775.5}, {668.8, 666.9}, {339.3, 338.0}, {448.9, 447.5}, {10.8, 11.6},
+      {557.7, 556.0}, {228.3, 228.1}, {998.0, 995.8}, {888.8, 887.6}, {119.6, 120.2}, {0.3, 0.3},
+      {0.6, 0.3},     {557.6, 556.8}, {339.3, 339.1}, {888.0, 887.2}, {998.5, 999.0}, {778.9, 779.0},
+      {10.2, 11.1},   {117.6, 118.3}, {228.9, 229.2}, {668.4, 669.1}, {449.2, 448.9}, {0.2, 0.5}};
+  std::vector<TypeParam> x, y;
+  for (const auto& point : norris) {
+    x.push_back(static_cast<TypeParam>(point[1]));
+    y.push_back(static_cast<TypeParam>(point[0]));
+  }
+  CQXStatistics<TypeParam> statistics = this->Of(x);
+  TypeParam a = 0, b = 0, variance = -1;
+  EXPECT_EQ(statistics.GetResidualVariance(variance), 0);
+  EXPECT_EQ(statistics.LinearRegression(99, y.data(), 1, a, b), 1);
+  const double bound = 100 * double(this->eps);  // data are rounded to T
+  EXPECT_NEAR(a, 1.00211681802045, bound);
+  EXPECT_NEAR(b, -0.262323073774029, 100 * bound);
+  EXPECT_EQ(statistics.GetResidualVariance(variance), 1);
+  EXPECT_NEAR(std::sqrt(variance), 0.884796396144373, bound);
+  EXPECT_NEAR(statistics.CorrelationCoefficient(36, y.data()), std::sqrt(0.999993745883712), bound);
+  EXPECT_EQ(statistics.LinearRegression(36, y.data(), 0, a, b), 1);
+  EXPECT_EQ(statistics.GetResidualVariance(variance), 0);
+
+  std::vector<TypeParam> constant(36, TypeParam(0.1));
+  EXPECT_EQ(statistics.CorrelationCoefficient(36, constant.data()), 0);
+  EXPECT_EQ(statistics.CorrelationCoefficient(0, constant.data()), 0);
+  EXPECT_EQ(this->Of(constant).LinearRegression(36, x.data(), 0, a, b), 1);
+  EXPECT_EQ(a, 0);
+  EXPECT_NEAR(b, statistics.Mean(), bound);
+  a = b = 42;
+  EXPECT_EQ(statistics.LinearRegression(2, y.data(), 1, a, b), 0);
+  EXPECT_EQ(a + b, 84);
+  EXPECT_TRUE(std::isnan(statistics.Mean()));
+}
+
+TYPED_TEST(Statistics, SmallDeviationsReadAsZero) {
+  std::vector<TypeParam> values{0, TypeParam(0.001)};
+  EXPECT_NEAR(this->Of(values).Variance(), 5e-7, 1e-12);
+  EXPECT_EQ(this->Of(values).StandardDeviation(), 0);
+  values[1] = TypeParam(0.002);
+  EXPECT_NEAR(this->Of(values).StandardDeviation(), 0.002 / std::sqrt(2.0), 1e-9);
+  values = {1, 2, 3, 6};
+  EXPECT_EQ(this->Of(values).Variance(2), TypeParam((50 - 4 * 4) / 3.0));
+  EXPECT_EQ(this->Of(values).StandardDeviation(2), TypeParam(std::sqrt((50 - 4 * 4) / 3.0)));
+  EXPECT_EQ(this->Of(values).Momentum2(), 50);
+  const TypeParam other[] = {4, 3, 2, 1};
+  EXPECT_EQ(this->Of(values).MixMomentum(3, other), 16);
+  EXPECT_EQ(this->Of(values).MixMomentum(9, other), 22);
+}
+
+TYPED_TEST(Statistics, MedianIsTheMiddleOfTheSortedArray) {
+  for (std::int32_t n = 1; n < 60; ++n) {
+    for (const bool withNotANumbers : {false, true}) {
+      std::vector<TypeParam> values = this->Uniform(n, static_cast<std::uint64_t>(n));
+      for (TypeParam& x : values) x = std::floor(16 * x);
+      if (withNotANumbers) values[values.size() / 3] = std::numeric_limits<TypeParam>::quiet_NaN();
+      const std::vector<TypeParam> before = values;
+      std::vector<TypeParam> sorted(values.size());
+      qxSort(n, values.data(), sorted.data(), 1, 0);
+      const std::size_t m = (sorted.size() - 1) / 2;
+      const TypeParam expected = n % 2 != 0 ? sorted[m] : (sorted[m] + sorted[m + 1]) / 2;
+      const TypeParam median = this->Of(values).Median();
+      EXPECT_TRUE(median == expected || (std::isnan(median) && std::isnan(expected))) << n;
+      if (!withNotANumbers) {
+        EXPECT_EQ(values, before);
+      }
+    }
+  }
+  const TypeParam largest = std::numeric_limits<TypeParam>::max();
+  std::vector<TypeParam> far{largest, -largest};
+  EXPECT_EQ(this->Of(far).Median(), 0);
+  for (const std::int32_t n : {0, -4}) EXPECT_TRUE(std::isnan(CQXStatistics<TypeParam>(n, nullptr).Median()));
+  EXPECT_TRUE(std::isnan(CQXStatistics<TypeParam>().Mean()));
+}
+
+TYPED_TEST(Statistics, IntervalsAgreeWithTables) {
+  const CQXStatistics<TypeParam> statistics(100, nullptr), fifty(50, nullptr);
+  TypeParam low = 0, high = 0;
+  const double z[] = {1.645, 1.96, 2.58, 2.81, 2.58};
+  for (std::int32_t i = 0; i < 5; ++i) {
+    statistics.MeanConfidenceInterval(static_cast<qxProbability>(i), 10, 2, low, high);
+    EXPECT_NEAR(low, 10 - z[i] / 5, 20 * this->eps);
+    EXPECT_NEAR(high, 10 + z[i] / 5, 20 * this->eps);
+  }
+  // Chi-square of 49 degrees of freedom at 0.05, 0.95 and at 0.01, 0.99, from the usual tables.
+  const double quantiles[][2] = {{33.930, 66.339}, {28.941, 74.919}};
+  for (std::int32_t i = 0; i < 2; ++i) {
+    fifty.VarianceConfidenceInterval(static_cast<qxProbability>(i + 1), 4, low, high);
+    EXPECT_NEAR(low, 49 * 4 / quantiles[i][1], 0.02 * double(low));
+    EXPECT_NEAR(high, 49 * 4 / quantiles[i][0], 0.02 * double(high));
+  }
+  const double k[][2] = {{0, 1}, {0.75, 2}, {1, 999.9999999999998}, {0.9999995, 999.9999999999998}};
+  for (const auto& c : k) {
+    CQXStatistics<TypeParam>::ChebyshevLimits(static_cast<TypeParam>(c[0]), 1, 2, low, high);
+    EXPECT_EQ(low, static_cast<TypeParam>(1 - 2 * c[1]));
+    EXPECT_EQ(high, static_cast<TypeParam>(1 + 2 * c[1]));
+  }
+}
+
+TYPED_TEST(Statistics, KolmogorovSmirnovKeepsItsLimits) {
+  using Verdicts = typename TestFixture::Verdicts;
+  const auto verdicts = [&](std::vector<TypeParam> values, TypeParam a, TypeParam b, std::int32_t kind) {
+    return this->AtAllLevels(
+        [&](qxSignificanceLevel level) { return this->Of(values).KolmogorovSmirnovTest(a, b, level, kind); });
+  };
+  // A constant in the middle has the distance 0.5 from both laws; the limit is c / sqrt(n).
+  const std::vector<std::pair<std::size_t, Verdicts>> cases{
+      {4, {1, 1, 1, 0}}, {5, {0, 1, 1, 0}}, {6, {0, 0, 1, 0}}, {8, {0, 0, 0, 0}}};
+  for (const auto& [n, expected] : cases) {
+    EXPECT_EQ(verdicts(std::vector<TypeParam>(n, 3), 1, 5, 0), expected) << n;
+    EXPECT_EQ(verdicts(std::vector<TypeParam>(n, 3), 3, 2, 1), expected) << n;
+  }
+  for (const std::size_t n : {10u, 1000u, 1024u, 2047u, 2500u, 5000u}) {
+    EXPECT_EQ(verdicts(this->UniformGrid(n), 0, 1, 0), (Verdicts{1, 1, 1, n < 1024 ? 0 : 0})) << n;
+    EXPECT_EQ(verdicts(this->NormalGrid(n), 0, 1, 1), (Verdicts{1, 1, 1, 0})) << n;
+  }
+  // A shift of 0.09 deviations is a distance of 0.0359; at 1000 elements the limits are 0.0338, 0.0386, 0.0430.
+  EXPECT_EQ(verdicts(this->NormalGrid(1000), TypeParam(0.09), 1, 1), (Verdicts{0, 1, 1, 0}));
+  // All elements take part, those beyond the last multiple of 1024 too.
+  std::vector<TypeParam> values = this->UniformGrid(1024);
+  values.resize(2024, 1);
+  EXPECT_EQ(verdicts(values, 0, 1, 0), (Verdicts{0, 0, 0, 0}));
+}
+
+TYPED_TEST(Statistics, EquidistributionCountsTwentyBins) {
+  using Verdicts = typename TestFixture::Verdicts;
+  const auto verdicts = [&](std::vector<TypeParam> values) {
+    return this->AtAllLevels(
+        [&](qxSignificanceLevel level) { return this->Of(values).TestEquidistribution(10, 30, level); });
+  };
+  const auto make = [](const std::vector<int>& counts) {  // by bins, the rest one element each, 20 in all
+    std::vector<TypeParam> values;
+    for (std::size_t bin = 0; bin < 20; ++bin) {
+      for (int i = 0; i < (bin < counts.size() ? counts[bin] : 1); ++i) values.push_back(10 + TypeParam(bin));
+    }
+    return values;
+  };
+  EXPECT_EQ(verdicts(make({})), (Verdicts{1, 1, 1, 1}));
+  EXPECT_EQ(verdicts(make({4, 4, 0, 0, 0, 0, 0, 0})), (Verdicts{1, 1, 1, 1}));        // chi-square 24
+  EXPECT_EQ(verdicts(make({4, 4, 2, 0, 0, 0, 0, 0, 0, 0})), (Verdicts{0, 1, 1, 1}));  // 26
+  EXPECT_EQ(verdicts(make({4, 4, 2, 2, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0})), (Verdicts{0, 0, 1, 1}));
+  EXPECT_EQ(verdicts(make({4, 4, 2, 2, 2, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})), (Verdicts{0, 0, 0, 0}));
+  const TypeParam infinity = std::numeric_limits<TypeParam>::infinity();
+  const std::pair<TypeParam, std::int32_t> ends[] = {{TypeParam(9.25), 1},
+                                                     {9, 0},
+                                                     {30, 1},
+                                                     {TypeParam(30.75), 1},
+                                                     {31, 0},
+                                                     {infinity, 0},
+                                                     {-infinity, 0},
+                                                     {std::numeric_limits<TypeParam>::quiet_NaN(), 0}};
+  for (const auto& [x, passes] : ends) {
+    std::vector<TypeParam> values = make({});
+    values.push_back(x);
+    EXPECT_EQ(verdicts(values)[2], passes) << x;
+  }
+}
+
+TYPED_TEST(Statistics, RunsUpAndDownAreCounted) {
+  using Verdicts = typename TestFixture::Verdicts;
+  const struct {
+    std::vector<TypeParam> values;
+    Verdicts expected;
+  } cases[] = {{{1, 2, 3, 4, 5}, {0, 0, 0, 0}},  // limits for 5 elements: 2.16, 1.72, 1.355 runs
+               {{3, 3, 3, 3, 3}, {0, 0, 0, 0}},
+               {{1, 2, 2, 3, 1}, {0, 1, 1, 1}},
+               {{5, 4, 4, 4, 6}, {0, 1, 1, 1}},
+               {{1, 2, 1, 2, 2}, {1, 1, 1, 1}},
+               {{7}, {0, 0, 0, 0}}};
+  for (auto c : cases) {
+    EXPECT_EQ(this->AtAllLevels([&](qxSignificanceLevel level) { return this->Of(c.values).RunsUpAndDownTest(level); }),
+              c.expected);
+  }
+  EXPECT_EQ(CQXStatistics<TypeParam>().RunsUpAndDownTest(QX_SIGNIFICANCE_5), 1);  // the limit is not a number
+}
+
+TYPED_TEST(Statistics, NormalMeanAndVarianceHaveTheirBounds) {
+  using Verdicts = typename TestFixture::Verdicts;
+  std::vector<TypeParam> values{1, 3, 5, 7, 9, 11, 13, 15, 17};  // mean 9, variance 30, sqrt(2 / 8) = 0.5
+  const CQXStatistics<TypeParam> statistics = this->Of(values);
+  const auto mean = [&](TypeParam given) {
+    return this->AtAllLevels([&](qxSignificanceLevel level) { return statistics.TestNormalMean(given, level); });
+  };
+  const auto variance = [&](TypeParam given) {
+    return this->AtAllLevels([&](qxSignificanceLevel level) { return statistics.TestNormalVariance(given, level); });
+  };
+  EXPECT_EQ(mean(9 + 7), (Verdicts{1, 1, 1, 1}));  // 7 / 5.477 = 1.278
+  EXPECT_EQ(mean(9 - 9), (Verdicts{0, 1, 1, 1}));
+  EXPECT_EQ(mean(9 + 10), (Verdicts{0, 0, 1, 1}));
+  EXPECT_EQ(mean(9 - 11), (Verdicts{0, 0, 0, 0}));
+  EXPECT_EQ(variance(80), (Verdicts{1, 1, 1, 1}));  // 30 / 80 = 0.375; lower bounds 0.36, 0.1775, 0.02
+  EXPECT_EQ(variance(160), (Verdicts{0, 1, 1, 1}));
+  EXPECT_EQ(variance(1000), (Verdicts{0, 0, 1, 1}));
+  EXPECT_EQ(variance(TypeParam(16)), (Verdicts{0, 0, 1, 1}));  // 1.875; upper bounds 1.64, 1.8225, 1.98
+  EXPECT_EQ(variance(15), (Verdicts{0, 0, 0, 0}));
+}
+
+TYPED_TEST(Statistics, OrderingsHaveRanksAndRanksAreTested) {
+  using Stat = CQXStatistics<TypeParam>;
+  using Verdicts = typename TestFixture::Verdicts;
+  std::vector<TypeParam> block{1, 2, 3, 4};
+  std::set<std::int32_t> ranks;
+  do {
+    ranks.insert(Stat::PermutationValue(4, block.data()));
+  } while (std::next_permutation(block.begin(), block.end()));
+  EXPECT_EQ(ranks.size(), 24u);
+  EXPECT_EQ(*ranks.begin(), 0);
+  EXPECT_EQ(*ranks.rbegin(), 23);
+  EXPECT_EQ(Stat::PermutationValue(3, block.data()), 5);
+  const std::vector<TypeParam> many(100, 1);
+  EXPECT_EQ(Stat::PermutationValue(100, many.data()), 0);
+  EXPECT_EQ(Stat::PermutationValue(-1, nullptr), 0);
+
+  const auto verdicts = [&](const std::vector<int>& counts) {  // six blocks of three
+    std::vector<TypeParam> values;
+    std::vector<TypeParam> ordering{1, 2, 3};
+    for (const int count : counts) {
+      for (int i = 0; i < count; ++i) values.insert(values.end(), ordering.begin(), ordering.end());
+      std::next_permutation(ordering.begin(), ordering.end());
+    }
+    return this->AtAllLevels([&](qxSignificanceLevel level) { return this->Of(values).PermutationTest(3, level); });
+  };
+  EXPECT_EQ(verdicts({1, 1, 1, 1, 1, 1}), (Verdicts{1, 1, 1, 1}));
+  EXPECT_EQ(verdicts({0, 4, 1, 0, 1, 0}), (Verdicts{0, 1, 1, 1}));  // chi-square 12
+  EXPECT_EQ(verdicts({0, 4, 2, 0, 0, 0}), (Verdicts{0, 0, 1, 1}));  // 14
+  EXPECT_EQ(verdicts({5, 0, 0, 1, 0, 0}), (Verdicts{0, 0, 0, 0}));  // 20
+
+  std::vector<TypeParam> good = this->Uniform(200000, 1), sorted = good;
+  std::sort(sorted.begin(), sorted.end());
+  for (std::int32_t k = 2; k <= 12; ++k) {
+    EXPECT_EQ(this->Of(good).PermutationTest(k, QX_SIGNIFICANCE_5), 1) << k;
+    EXPECT_EQ(this->Of(sorted).PermutationTest(k, QX_SIGNIFICANCE_5), 0) << k;
+  }
+  for (const std::int32_t k : {std::numeric_limits<std::int32_t>::min(), -1, 0, 13}) {
+    EXPECT_EQ(this->Of(good).PermutationTest(k, QX_SIGNIFICANCE_5), 0) << k;
+  }
+}
+
+TYPED_TEST(Statistics, CascadesGradeGoodAndBadSamples) {
+  std::vector<TypeParam> normal = this->NormalGrid(3000), uniform = this->UniformGrid(3000);
+  EXPECT_EQ(this->Of(normal).TestNormality(0, 1), QX_TEST_PASSED_STRICT);
+  EXPECT_EQ(this->Of(normal).TestNormality(1, 1), QX_TEST_FAILED);
+  EXPECT_EQ(this->Of(uniform).TestNormality(TypeParam(0.5), 1), QX_TEST_FAILED);
+  EXPECT_EQ(this->Of(uniform).TestUniformity(0, 1), QX_TEST_PASSED_STRICT);
+  EXPECT_EQ(this->Of(normal).TestUniformity(-4, 4), QX_TEST_FAILED);
+  // Distances of 0.0359 and 0.0407 between the limits 0.0334, 0.0381 and 0.0425 score 1 and 3.
+  EXPECT_EQ(this->Of(normal).TestNormality(TypeParam(0.09), 1), QX_TEST_PASSED);
+  EXPECT_EQ(this->Of(normal).TestNormality(TypeParam(0.102), 1), QX_TEST_PASSED);
+  std::vector<TypeParam> shifted = this->UniformGrid(1100);
+  for (TypeParam& x : shifted) x = TypeParam(0.036) + TypeParam(0.964) * x;
+  EXPECT_EQ(this->Of(shifted).TestUniformity(0, 1), QX_TEST_FAILED);  // the first bin is too poor
+  for (TypeParam& x : shifted) x -= TypeParam(0.001);
+  std::vector<TypeParam> random = this->Uniform(50000, 1);
+  EXPECT_LE(this->Of(random).TestRandomness(), QX_TEST_DOUBTFUL);
+  EXPECT_EQ(this->Of(uniform).TestRandomness(), QX_TEST_FAILED);
+}
+
+TYPED_TEST(Statistics, FiltersSmoothWithinTheirRange) {
+  const TypeParam third = TypeParam(1.0 / 3);
+  std::vector<TypeParam> values{0, 0, 0, 1, 0, 0, 1};
+  for (const std::int32_t width : {1, 0, -7}) {
+    this->Of(values).AverageFiltering(width);
+    this->Of(values).GaussFiltering(width);
+  }
+  EXPECT_EQ(values, (std::vector<TypeParam>{0, 0, 0, 1, 0, 0, 1}));
+  std::vector<TypeParam> even = values, part = values, all = values;
+  this->Of(values).AverageFiltering(3);
+  EXPECT_EQ(values, (std::vector<TypeParam>{0, 0, third, third, third, third, TypeParam(0.5)}));
+  this->Of(even).AverageFiltering(2);
+  EXPECT_EQ(even, values);
+  this->Of(part).AverageFiltering(3, 3, 5);
+  EXPECT_EQ(part, (std::vector<TypeParam>{0, 0, 0, TypeParam(0.5), third, 0, 1}));
+  this->Of(all).AverageFiltering(std::numeric_limits<std::int32_t>::max(), -5, 99);
+  EXPECT_EQ(all, (std::vector<TypeParam>(7, TypeParam(2.0 / 7))));
+  this->Of(all).GaussFiltering(5, 4, 2);
+  EXPECT_EQ(all[3], TypeParam(2.0 / 7));
+
+  std::vector<TypeParam> impulse(21, 0);
+  impulse[10] = 1;
+  impulse[0] = std::numeric_limits<TypeParam>::quiet_NaN();
+  this->Of(impulse).GaussFiltering(7);  // sigma 1
+  for (std::size_t d = 0; d <= 3; ++d) {
+    const double expected = std::exp(-0.5 * double(d * d));
+    EXPECT_NEAR(impulse[10 + d] / impulse[10], expected, 8 * this->eps);
+    EXPECT_EQ(impulse[10 + d], impulse[10 - d]);
+  }
+  EXPECT_NEAR(std::accumulate(impulse.begin() + 4, impulse.end(), 0.0), 1, 8 * double(this->eps));
+  EXPECT_TRUE(std::isnan(impulse[3]));
+  EXPECT_EQ(impulse[14], 0);
+}
+
+}  // namespace
