@@ -1,0 +1,39 @@
+#pragma once
+
+/// @file
+/// Includes every public header of the library.
+
+#include <qx/arrays/random.h>
+#include <qx/arrays/sorting.h>
+#include <qx/arrays/statistics.h>
+#include <qx/foundation/angle.h>
+#include <qx/foundation/api.h>
+#include <qx/foundation/block.h>
+#include <qx/foundation/complex.h>
+#include <qx/foundation/conversion.h>
+#include <qx/foundation/status.h>
+#include <qx/foundation/tolerance.h>
+#include <qx/foundation/unroll.h>
+#include <qx/matrices/base_matrix.h>
+#include <qx/matrices/fixed_matrix.h>
+#include <qx/matrices/matrix2.h>
+#include <qx/matrices/matrix3.h>
+#include <qx/matrices/matrix4.h>
+#include <qx/matrices/matrix_mn.h>
+#include <qx/matrices/matrix_norm.h>
+#include <qx/solvers/algebra.h>
+#include <qx/solvers/optimization.h>
+#include <qx/transforms/rotations_order.h>
+#include <qx/vectors/base_vector.h>
+#include <qx/vectors/fixed_array.h>
+#include <qx/vectors/fixed_vector.h>
+#include <qx/vectors/vector2.h>
+#include <qx/vectors/vector3.h>
+#include <qx/vectors/vector4.h>
+#include <qx/vectors/vector_functions.h>
+#include <qx/vectors/vector_n.h>
+#include <qx/wavelets/channel.h>
+#include <qx/wavelets/lifting.h>
+#include <qx/wavelets/wavelet_decomposition.h>
+#include <qx/wavelets/wavelet_filter.h>
+#include <qx/wavelets/wavelet_types.h>

@@ -1,0 +1,294 @@
+#include <qx/wavelets/channel.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "tests/wavelets/wavelet_test.h"
+
+namespace {
+
+constexpr qxWaveletDenoising MethodOf(std::int32_t code) { return static_cast<qxWaveletDenoising>(code); }
+
+template <typename T>
+class Denoising : public ::testing::Test {
+ protected:
+  static constexpr std::int32_t size = 64;
+  const CQXWaveletFilter<T> m_filter{QX_WAVELET_2_2};
+
+  /// Two crossing bars that go round the edges without a break, and noise of the given height on top.
+  static CQXChannel<T> MakePicture(T noise) {
+    CQXChannel<T> picture = MakeNoisyChannel<T>(size, size);
+    for (std::int32_t r = 0; r < size; ++r) {
+      for (std::int32_t c = 0; c < size; ++c) {
+        picture(r, c) = picture(r, c) * noise + static_cast<T>((c > 13 && c < 40 ? 40 : 0) + (r > 20 && r < 50 ? 30 : 0));
+      }
+    }
+    picture.SetTypeOfNormalization(QX_NORMALIZATION_2);
+    return picture;
+  }
+
+  std::unique_ptr<CQXChannel<T>> MakeTree(std::int32_t depth = 3) const {
+    return MakePicture(10).FWT(&m_filter, QX_CHANNEL_2D, depth);
+  }
+
+  static double Error(const CQXChannel<T>& a, const CQXChannel<T>& b) {
+    double sum = 0;
+    for (std::int32_t i = 0; i < size * size; ++i) {
+      const double difference = static_cast<double>(a.GetData()[i]) - static_cast<double>(b.GetData()[i]);
+      sum += difference * difference;
+    }
+    return sum / (size * size);
+  }
+
+  /// Checks every coefficient of the high bands against the rule for its threshold.
+  template <typename Rule>
+  static void ExpectRule(const CQXChannel<T>& before, const CQXChannel<T>& after, Rule rule) {
+    for (std::int32_t level = 1; level <= before.GetDepth(); ++level) {
+      for (std::int32_t b = 1; b < 4; ++b) {
+        const CQXChannel<T>&from = *before.SubChannel(level, b), &to = *after.SubChannel(level, b);
+        for (std::int32_t i = 0; i < from.GetColsNb() * from.GetRowsNb(); ++i) {
+          ASSERT_EQ(to.GetData()[i], rule(from.GetData()[i], level)) << "level " << level << " band " << b;
+        }
+      }
+    }
+    const std::int32_t depth = before.GetDepth();
+    EXPECT_EQ(before.SubChannel(depth, 0)->RawChannelIsAlmostEqual(*after.SubChannel(depth, 0), 0), 1);
+  }
+
+  static T Shrunk(T x, T threshold, bool clearsAtThreshold, bool soft) {
+    const T magnitude = std::abs(x);
+    if (magnitude < threshold || (clearsAtThreshold && magnitude == threshold)) return 0;
+    return !soft ? x : x < 0 ? x + threshold : x - threshold;
+  }
+};
+TYPED_TEST_SUITE(Denoising, FloatTypes);
+
+TYPED_TEST(Denoising, NoiseIsTheMedianOfTheFinestDiagonalBand) {
+  const auto tree = this->MakeTree();
+  const CQXChannel<TypeParam>& band = *(*tree)[QX_SUBCHANNEL_HH];
+  std::vector<TypeParam> magnitudes(band.GetData(), band.GetData() + 32 * 32);
+  for (TypeParam& x : magnitudes) x = std::abs(x);
+  std::sort(magnitudes.begin(), magnitudes.end());
+  const TypeParam median = TypeParam(0.5) * (magnitudes[511] + magnitudes[512]);
+  EXPECT_EQ(tree->EstimateNoise(), median / TypeParam(0.6745));
+  EXPECT_EQ((*tree)[1]->EstimateNoise(), 0);
+}
+
+TYPED_TEST(Denoising, GivenAndUniversalThresholdsFollowTheirLevels) {
+  const auto tree = this->MakeTree();
+  const double sigma = static_cast<double>(tree->EstimateNoise());
+  const double universal = sigma * std::sqrt(2 * std::log(64.0 * 64.0));
+  const struct {
+    std::int32_t method;
+    double first, ratio;
+  } cases[] = {{0, 5, 0.5}, {1, universal, 1}, {2, universal / 2, 1.4142135623730951}};
+  for (const auto& c : cases) {
+    for (const std::int32_t soft : {0, 1}) {
+      TypeParam threshold = 5, ratio = TypeParam(0.5);
+      const auto clean = tree->CleanBelowThreshold(threshold, ratio, soft, MethodOf(c.method));
+      EXPECT_NEAR(static_cast<double>(threshold), c.first, 1e-5 * c.first);
+      EXPECT_NEAR(static_cast<double>(ratio), c.ratio, 1e-6);
+      TypeParam perLevel[4] = {0, threshold, 0, 0};
+      const TypeParam step = c.method == 0 ? TypeParam(0.5) : static_cast<TypeParam>(c.ratio);
+      for (std::int32_t level = 2; level <= 3; ++level) perLevel[level] = perLevel[level - 1] * step;
+      this->ExpectRule(*tree, *clean, [&](TypeParam x, std::int32_t level) {
+        return this->Shrunk(x, perLevel[level], true, soft != 0);
+      });
+    }
+  }
+}
+
+TYPED_TEST(Denoising, DirectCleaningTakesTheRatioOnceAndKeepsTheThresholdItself) {
+  const auto tree = this->MakeTree();
+  const TypeParam exact = std::abs((*(*tree)[1])(3, 3));
+  for (const std::int32_t soft : {0, 1}) {
+    const auto clean = tree->CleanDirectly(exact, TypeParam(0.5), soft);
+    this->ExpectRule(*tree, *clean, [&](TypeParam x, std::int32_t level) {
+      return this->Shrunk(x, level == 1 ? exact : exact * TypeParam(0.5), false, soft != 0);
+    });
+  }
+  EXPECT_NE((*(*tree->CleanDirectly(exact, 1, 0))[1])(3, 3), 0);
+  const auto untouched = tree->CleanDirectly(TypeParam(1e-6), 1, 1);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*untouched, *tree, 0), 1);
+}
+
+TYPED_TEST(Denoising, VarianceRulesSetOneThresholdABand) {
+  const auto tree = this->MakeTree();
+  const double v = std::pow(static_cast<double>(tree->EstimateNoise()), 2);
+  for (std::int32_t method = 3; method <= 4; ++method) {
+    TypeParam threshold = 0, ratio = 0;
+    const auto clean = tree->CleanBelowThreshold(threshold, ratio, 1, MethodOf(method));
+    double sum = 0, last = 0;
+    for (std::int32_t level = 1; level <= 3; ++level) {
+      for (std::int32_t b = 1; b < 4; ++b) {
+        const CQXChannel<TypeParam>&from = *tree->SubChannel(level, b), &to = *clean->SubChannel(level, b);
+        const std::int32_t count = from.GetColsNb() * from.GetRowsNb();
+        double squares = 0, largest = 0;
+        for (std::int32_t i = 0; i < count; ++i) {
+          const double x = static_cast<double>(from.GetData()[i]);
+          squares += x * x;
+          largest = std::max(largest, std::abs(x));
+        }
+        const double variance = squares / (count - 1) - (method == 3 ? 0 : v);
+        const double t = variance > 1e-6 ? std::sqrt(std::log(count / 3.0)) * v / std::sqrt(variance) : largest;
+        if (level == 1) sum += t / 3;
+        if (level == 2) last = t;
+        for (std::int32_t i = 0; i < count; ++i) {
+          const double x = static_cast<double>(from.GetData()[i]);
+          const double expected = std::abs(x) <= t ? 0 : x - std::copysign(t, x);
+          ASSERT_NEAR(static_cast<double>(to.GetData()[i]), expected, 1e-3) << method << " " << level << " " << b;
+        }
+      }
+    }
+    EXPECT_NEAR(static_cast<double>(threshold), sum, 1e-4 * sum);
+    EXPECT_NEAR(static_cast<double>(ratio), last / sum, 1e-3);
+  }
+}
+
+TYPED_TEST(Denoising, UnknownMethodsRawChannelsAndNoThresholdChangeNothing) {
+  const auto tree = this->MakeTree();
+  for (const std::int32_t method : {6, -1}) {
+    TypeParam threshold = 3, ratio = 4;
+    EXPECT_EQ(qxAreChannelsAlmostEqual(*tree->CleanBelowThreshold(threshold, ratio, 0, MethodOf(method)), *tree, 0), 1);
+    EXPECT_EQ(threshold, 3);
+    EXPECT_EQ(ratio, 4);
+  }
+  TypeParam zero = 0, ratio = TypeParam(0.25);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*tree->CleanBelowThreshold(zero, ratio, 1, MethodOf(0)), *tree, 0), 1);
+  EXPECT_EQ(ratio, TypeParam(0.25));
+  const CQXChannel<TypeParam> raw = this->MakePicture(1);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*raw.CleanBelowThreshold(zero, ratio, 1, MethodOf(1)), raw, 0), 1);
+  raw.EstimateThreshold(zero, ratio);
+  EXPECT_EQ(ratio, 0);
+  EXPECT_EQ(tree->CleanWithCircularShifts(zero, ratio, 2, &this->m_filter, 2, 1, MethodOf(3)), nullptr);
+}
+
+TYPED_TEST(Denoising, MaskLooksUpLeftRightAndLowerRight) {
+  constexpr std::int32_t columns = 4, rows = 3;
+  const CQXChannel<TypeParam> channel;
+  for (std::int32_t index = 0; index < columns * rows; ++index) {
+    for (std::int32_t other = 0; other < columns * rows; ++other) {
+      TypeParam data[columns * rows] = {};
+      data[other] = -1;
+      const std::int32_t c = index % columns, d = other - index;
+      const bool seen = d == -columns || (d == -1 && c > 0) || (d == 1 && c + 1 < columns) || d == columns + 1;
+      const TypeParam expected = other == index ? TypeParam(0) : TypeParam(seen);  // the centre counts with its sign
+      EXPECT_EQ(channel.GetAbsMaxInMask(data, index, columns, rows), expected) << index << " " << other;
+    }
+  }
+}
+
+TYPED_TEST(Denoising, MaskedRuleWorksInPlace) {
+  // Above zero, soft: what is not shrunk goes when its neighbours, the cleaned ones above and left, are small.
+  CQXChannel<TypeParam> picture = this->MakePicture(10);
+  const auto tree = picture.FWT(&this->m_filter, QX_CHANNEL_2D, 1);
+  for (const std::int32_t soft : {0, 1}) {
+    TypeParam threshold = 0, ratio = 0;
+    const auto clean = tree->CleanBelowThreshold(threshold, ratio, soft, QX_DENOISING_BAND_SIGNAL_MASKED);
+    TypeParam plain = 0;
+    const auto unmasked = tree->CleanBelowThreshold(plain, ratio, soft, QX_DENOISING_BAND_SIGNAL);
+    EXPECT_EQ(plain, threshold);
+    std::int32_t keptByNeighbours = 0;
+    for (std::int32_t b = 1; b < 4; ++b) {
+      for (std::int32_t i = 0; i < 32 * 32; ++i) {
+        const TypeParam masked = (*clean)[b]->GetData()[i], single = (*unmasked)[b]->GetData()[i];
+        if (single == 0 && masked != 0) ++keptByNeighbours;
+        // What the single rule keeps, the mask keeps too: a large coefficient is its own neighbourhood, but for a sign.
+        if (single > 0) {
+          ASSERT_EQ(masked, single);
+        }
+      }
+    }
+    EXPECT_GT(keptByNeighbours, 0);
+  }
+}
+
+TYPED_TEST(Denoising, CircularShiftsAverageTheShiftedPasses) {
+  const CQXChannel<TypeParam> clean = this->MakePicture(0), noisy = this->MakePicture(10);
+  TypeParam threshold = 0, ratio = 0;
+  std::int32_t calls = 0, last = 0;
+  const auto once = noisy.CleanWithCircularShifts(threshold, ratio, 0, &this->m_filter, 3, 1, MethodOf(3));
+  TypeParam a = 0, b = 0;
+  CQXChannel<TypeParam> copy(noisy);
+  const auto plain = copy.FWT(&this->m_filter, QX_CHANNEL_2D, 3)->CleanBelowThreshold(a, b, 1, MethodOf(3))->IFWT();
+  EXPECT_EQ(plain->RawChannelIsAlmostEqual(*once, 0), 1);
+  EXPECT_EQ(threshold, a);
+  threshold = ratio = 0;
+  const auto spun = noisy.CleanWithCircularShifts(threshold, ratio, 8, &this->m_filter, 3, 1, MethodOf(3),
+                                                  [&](std::int32_t done, std::int32_t total) {
+                                                    EXPECT_EQ(done, ++calls);
+                                                    last = total;
+                                                  });
+  EXPECT_EQ(calls, 9);
+  EXPECT_EQ(last, 9);
+  TypeParam threshold2 = 0, ratio2 = 0;
+  const auto again = noisy.CleanWithCircularShifts(threshold2, ratio2, 8, &this->m_filter, 3, 1, MethodOf(3));
+  EXPECT_EQ(again->RawChannelIsAlmostEqual(*spun, 0), 1);
+  EXPECT_EQ(threshold2, threshold);
+  EXPECT_LT(this->Error(*once, clean), 0.5 * this->Error(noisy, clean));
+  EXPECT_LT(this->Error(*spun, clean), 0.95 * this->Error(*once, clean));
+  // Sizes below the shifts' reach, and a threshold that lets all through: the rotation is undone.
+  for (std::int32_t columns = 1; columns <= 9; ++columns) {
+    CQXChannel<TypeParam> small = MakeNoisyChannel<TypeParam>(columns, 10 - columns);
+    small.SetTypeOfNormalization(QX_NORMALIZATION_2);
+    TypeParam none = 0, one = 1;
+    const auto same = small.CleanWithCircularShifts(none, one, 5, &this->m_filter, 2, 0, MethodOf(0));
+    EXPECT_EQ(same->RawChannelIsAlmostEqual(small, 50 * std::numeric_limits<TypeParam>::epsilon()), 1);
+  }
+}
+
+TYPED_TEST(Denoising, EnhancementFadesOutTowardsCoarseLevels) {
+  const struct {
+    TypeParam factor;
+    TypeParam levels[3];
+  } cases[] = {{TypeParam(1.5), {TypeParam(1.5), 1, 1}},
+               {4, {4, 2, 1}},
+               {16, {16, 8, 4}},
+               {TypeParam(0.25), {TypeParam(0.25), TypeParam(0.5), 1}},
+               {TypeParam(1.0000001), {1, 1, 1}},
+               {1, {1, 1, 1}}};
+  const auto tree = this->MakeTree();
+  for (const auto& c : cases) {
+    CQXChannel<TypeParam> enhanced(*tree), edited(*tree), levelwise(*tree);
+    enhanced.Enhance(c.factor);
+    const TypeParam factors[] = {c.levels[0], c.levels[1], c.levels[2], 1};
+    edited.EditByLevels(factors);
+    for (std::int32_t level = 1; level <= 3; ++level) {
+      levelwise.EnhanceHRLevel(1, level);
+      for (std::int32_t band = 1; band < 4; ++band) levelwise.EnhanceSubLevel(c.levels[level - 1], level, band);
+    }
+    EXPECT_EQ(qxAreChannelsAlmostEqual(enhanced, edited, 0), 1) << c.factor;
+    EXPECT_EQ(qxAreChannelsAlmostEqual(levelwise, edited, 0), 1) << c.factor;
+    this->ExpectRule(*tree, enhanced, [&](TypeParam x, std::int32_t level) { return x * c.levels[level - 1]; });
+  }
+  CQXChannel<TypeParam> same(*tree);
+  same.EnhanceHRLevel(2, 4);
+  same.EnhanceHRLevel(2, 0);
+  same.EnhanceSubLevel(2, 1, 4);
+  same.EnhanceSubLevel(2, 1, -1);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(same, *tree, 0), 1);
+}
+
+TYPED_TEST(Denoising, BlendsMayWriteIntoAnOperand) {
+  const auto a = this->MakeTree();
+  CQXChannel<TypeParam> picture = this->MakePicture(3);
+  const auto b = picture.FWT(&this->m_filter, QX_CHANNEL_2D, 3);
+  const TypeParam weights[] = {0, 1, TypeParam(0.5), TypeParam(0.25)};
+  const auto mix = a->MixByLevels(b.get(), weights, nullptr);
+  EXPECT_EQ((*mix)[1]->RawChannelIsAlmostEqual(*(*a)[1], 0), 1);
+  EXPECT_EQ(mix->SubChannel(2, 2)->RawChannelIsAlmostEqual(*b->SubChannel(2, 2), 0), 1);
+  EXPECT_EQ((*mix->SubChannel(3, 0))(1, 1),
+            (*a->SubChannel(3, 0))(1, 1) * TypeParam(0.75) + (*b->SubChannel(3, 0))(1, 1) * TypeParam(0.25));
+  const auto sum = a->Combine(b.get(), 2, -1, nullptr);
+  CQXChannel<TypeParam> left(*a), right(*b);
+  EXPECT_EQ(left.Combine(b.get(), 2, -1, &left), nullptr);
+  EXPECT_EQ(a->Combine(&right, 2, -1, &right), nullptr);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(left, *sum, 0), 1);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(right, *sum, 0), 1);
+  CQXChannel<TypeParam> raw = this->MakePicture(1);
+  EXPECT_EQ((*raw.Combine(&raw, 2, 1, nullptr))(5, 6), raw(5, 6) * 2 + raw(5, 6));
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*a->Combine(&raw, 2, 1, nullptr), *a, 0), 1);
+}
+
+}  // namespace
