@@ -1,5 +1,7 @@
 #include <qx/qx.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 // Inline, exported and templated parts of the library, each once: is everything there, and does it link?
