@@ -1,4 +1,5 @@
 #include <qx/arrays/sorting.h>
+#include <qx/vectors/vector2.h>
 
 #include <algorithm>
 #include <cmath>
@@ -406,6 +407,13 @@ void qxSort2DArray(std::int32_t n, const T* source, T* target, std::type_identit
   }
 }
 
+template <typename T>
+void qxSort2DVectors(std::int32_t first, std::int32_t last, const CQXVector2<T>* source, CQXVector2<T>* target,
+                     std::type_identity_t<T> tolerance, std::int32_t firstKey, std::int32_t ascending) {
+  if (last < first) return;
+  qxSort2DArray(last - first + 1, source[first].Data(), target[first].Data(), tolerance, firstKey, ascending, 0);
+}
+
 #define QX_INSTANTIATE_SORTING(T)                                                                           \
   template class CQXSorting<T>;                                                                             \
   template void qxSort(std::int32_t, const T*, T*, std::int32_t, std::int32_t);                             \
@@ -424,3 +432,8 @@ QX_INSTANTIATE_SORTING(std::int64_t)
 QX_INSTANTIATE_SORTING(std::uint64_t)
 QX_INSTANTIATE_SORTING(float)
 QX_INSTANTIATE_SORTING(double)
+
+template void qxSort2DVectors(std::int32_t, std::int32_t, const CQXVector2<float>*, CQXVector2<float>*, float,
+                              std::int32_t, std::int32_t);
+template void qxSort2DVectors(std::int32_t, std::int32_t, const CQXVector2<double>*, CQXVector2<double>*, double,
+                              std::int32_t, std::int32_t);

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <type_traits>
 
+template <typename T>
+class QX_API CQXVector2;
+
 /// @file
 /// Sorting of plain arrays of numbers: signed and unsigned integers of 8, 16, 32 and 64 bits, float and double.
 ///
@@ -173,6 +176,15 @@ template <typename T>
 template <typename T>
 QX_API void qxSort2DArray(std::int32_t n, const T* source, T* target, std::type_identity_t<T> tolerance,
                           std::int32_t firstKey, std::int32_t ascending, std::int32_t absolute);
+
+/// Sorts the vectors from @p first to @p last, both included, by a first and a second key as qxSort2DArray() does, by
+/// value. They come to the same places of @p target, which may be @p source; the rest of it is not touched.
+/// @param tolerance bound of the difference of first keys in a run; 0 for equal keys
+/// @param firstKey 0: x is the first key; otherwise y
+/// @param ascending 0: descending order; otherwise ascending
+template <typename T>
+QX_API void qxSort2DVectors(std::int32_t first, std::int32_t last, const CQXVector2<T>* source, CQXVector2<T>* target,
+                            std::type_identity_t<T> tolerance, std::int32_t firstKey, std::int32_t ascending);
 
 extern template class QX_API CQXSorting<std::int8_t>;
 extern template class QX_API CQXSorting<std::uint8_t>;

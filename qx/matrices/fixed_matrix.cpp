@@ -101,10 +101,6 @@ T CQXFixedMatrix<Derived, Vector, T, N>::Norm(qxMatrixNorm norm) const {
       return MakeVector([&](std::size_t i) { return ColVector(static_cast<std::int32_t>(i)).Norm1(); }).NormInf();
     case QX_MATRIX_NORM_ROW_SUM:
       return MakeVector([&](std::size_t i) { return RowVector(static_cast<std::int32_t>(i)).Norm1(); }).NormInf();
-    case QX_MATRIX_NORM_SPECTRAL: {
-      Vector singular;
-      return CalculateSingularNumbers(singular) == 0 ? singular.NormInf() : std::numeric_limits<T>::quiet_NaN();
-    }
     default:
       return qxGuardedSqrt(InnerProduct(Self()), QX_TOLERANCE_SQUARED<T>);
   }

@@ -127,7 +127,7 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
     });
   }
   /// this := this m; @p m may be this matrix.
-  constexpr Derived& operator*=(const Derived& m) noexcept { return Self() = *this * m; }
+  constexpr Derived& operator*=(const Derived& m) noexcept { return Self() = Self() * m; }
   /// The column vector this v.
   [[nodiscard]] constexpr Vector operator*(const Vector& v) const noexcept {
     return MakeVector(

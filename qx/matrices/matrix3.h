@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/matrices/fixed_lanes.h>
 #include <qx/matrices/fixed_matrix.h>
 #include <qx/matrices/matrix2.h>
 #include <qx/transforms/rotations_order.h>
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 /// 3x3 matrix: a plain value of nine elements by rows, no heap and no virtual operation, with closed-form inverse and
 /// eigenvalues, eigenvectors by elimination, and rotations.
@@ -40,6 +42,15 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   [[nodiscard]] constexpr T* Data() noexcept { return m_c; }
   /// The elements by rows.
   [[nodiscard]] constexpr const T* Data() const noexcept { return m_c; }
+
+  using Base::operator*;
+  /// Matrix product; each element is the sum over k, ascending, of this(r, k) m(k, c).
+  [[nodiscard]] constexpr CQXMatrix3 operator*(const CQXMatrix3& m) const noexcept {
+    if (std::is_constant_evaluated()) return Base::operator*(m);
+    CQXMatrix3 product;
+    qxFixedLanes::Multiply<3>(m_c, m.m_c, product.m_c);
+    return product;
+  }
 
   /// Determinant, expanded along the first row.
   [[nodiscard]] constexpr T Det() const noexcept {
@@ -128,7 +139,8 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
 
   /// Eigenvector of a complex eigenvalue: the largest of the three complex cross products of the rows of
   /// this - lambda I, not normalised.
-  /// @param v is given three elements when it has another dimension; they are written exactly
+  /// @param v is given three elements when it has another dimension (0 is returned when memory is refused); they are
+  /// written exactly
   /// @param tolerance as in TestComplexRowsForDependence()
   /// @return 1; 0 when the rows are pairwise dependent within the tolerance, and @p v is untouched.
   std::int32_t FindEigenvectorComplex(const CQXComplex<T>& lambda, CQXBaseVector<CQXComplex<T>>& v,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/matrices/fixed_lanes.h>
 #include <qx/matrices/fixed_matrix.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/vectors/vector3.h>
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 /// 4x4 matrix of homogeneous coordinates: a plain value of sixteen elements by rows, no heap and no virtual operation.
 ///
@@ -48,29 +50,33 @@ class QX_API CQXMatrix4 : public CQXFixedMatrix<CQXMatrix4<T>, CQXVector4<T>, T,
   /// The first three elements of the diagonal.
   [[nodiscard]] constexpr CQXVector3<T> Diagonal3() const noexcept { return {m_c[0], m_c[5], m_c[10]}; }
 
+  using Base::operator*;
+  /// Matrix product; each element is the sum over k, ascending, of this(r, k) m(k, c).
+  [[nodiscard]] constexpr CQXMatrix4 operator*(const CQXMatrix4& m) const noexcept {
+    if (std::is_constant_evaluated()) return Base::operator*(m);
+    CQXMatrix4 product;
+    qxFixedLanes::Multiply<4>(m_c, m.m_c, product.m_c);
+    return product;
+  }
+  /// The column vector this v.
+  [[nodiscard]] constexpr CQXVector4<T> operator*(const CQXVector4<T>& v) const noexcept {
+    if (std::is_constant_evaluated()) return Base::operator*(v);
+    CQXVector4<T> product;
+    qxFixedLanes::Apply4(m_c, v.Data(), product.Data());
+    return product;
+  }
+
   /// Determinant, expanded by the minors of the first two rows and their complements.
-  [[nodiscard]] constexpr T Det() const noexcept { return Determinant(Minors(0), Minors(8)); }
+  [[nodiscard]] constexpr T Det() const noexcept {
+    return qxFixedLanes::Determinant(qxFixedLanes::Minors(m_c), qxFixedLanes::Minors(m_c + 8));
+  }
 
   using Base::Inverse;
   /// Inverse in closed form: cofactors times 1 / det; @p target may be this matrix.
   /// @param tolerance what the absolute determinant is compared with
   /// @return 0; 3 when the determinant is below the tolerance, and @p target is untouched.
   std::int32_t Inverse(CQXMatrix4& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
-    const RowPairMinors u = Minors(0);
-    const RowPairMinors l = Minors(8);
-    const T det = Determinant(u, l);
-    if (std::abs(det) < tolerance) return 3;
-    const T d = 1 / det;
-    const T* a = m_c;
-    target = {(a[5] * l.m23 - a[6] * l.m13 + a[7] * l.m12) * d,    (a[2] * l.m13 - a[1] * l.m23 - a[3] * l.m12) * d,
-              (a[13] * u.m23 - a[14] * u.m13 + a[15] * u.m12) * d, (a[10] * u.m13 - a[9] * u.m23 - a[11] * u.m12) * d,
-              (a[6] * l.m03 - a[4] * l.m23 - a[7] * l.m02) * d,    (a[0] * l.m23 - a[2] * l.m03 + a[3] * l.m02) * d,
-              (a[14] * u.m03 - a[12] * u.m23 - a[15] * u.m02) * d, (a[8] * u.m23 - a[10] * u.m03 + a[11] * u.m02) * d,
-              (a[4] * l.m13 - a[5] * l.m03 + a[7] * l.m01) * d,    (a[1] * l.m03 - a[0] * l.m13 - a[3] * l.m01) * d,
-              (a[12] * u.m13 - a[13] * u.m03 + a[15] * u.m01) * d, (a[9] * u.m03 - a[8] * u.m13 - a[11] * u.m01) * d,
-              (a[5] * l.m02 - a[4] * l.m12 - a[6] * l.m01) * d,    (a[0] * l.m12 - a[1] * l.m02 + a[2] * l.m01) * d,
-              (a[13] * u.m02 - a[12] * u.m12 - a[14] * u.m01) * d, (a[8] * u.m12 - a[9] * u.m02 + a[10] * u.m01) * d};
-    return 0;
+    return qxFixedLanes::Invert4(m_c, tolerance, target.m_c) ? 0 : 3;
   }
   /// Inverse of a coordinate matrix, (A^-1 | -A^-1 d) over the exact row (0, 0, 0, 1); the last row is not read.
   /// @param tolerance what the absolute determinant of the upper left block A is compared with
@@ -152,19 +158,6 @@ class QX_API CQXMatrix4 : public CQXFixedMatrix<CQXMatrix4<T>, CQXVector4<T>, T,
   }
 
  private:
-  /// The 2x2 minors of two neighbouring rows; the digits of a name are its columns.
-  struct RowPairMinors {
-    T m01, m02, m03, m12, m13, m23;
-  };
-  /// Minors of the row that begins at position @p i and the next one.
-  [[nodiscard]] constexpr RowPairMinors Minors(std::size_t i) const noexcept {
-    const T* a = m_c + i;
-    return {a[0] * a[5] - a[1] * a[4], a[0] * a[6] - a[2] * a[4], a[0] * a[7] - a[3] * a[4],
-            a[1] * a[6] - a[2] * a[5], a[1] * a[7] - a[3] * a[5], a[2] * a[7] - a[3] * a[6]};
-  }
-  [[nodiscard]] static constexpr T Determinant(const RowPairMinors& u, const RowPairMinors& l) noexcept {
-    return u.m01 * l.m23 - u.m02 * l.m13 + u.m03 * l.m12 + u.m12 * l.m03 - u.m13 * l.m02 + u.m23 * l.m01;
-  }
   [[nodiscard]] bool HasUnitBorder(T tolerance) const noexcept {
     return Base::All([&](std::size_t i) { return (i % 4 < 3 && i / 4 < 3) || Base::IsLikeUnit(i, tolerance); });
   }

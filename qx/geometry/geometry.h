@@ -1,0 +1,135 @@
+#pragma once
+
+#include <qx/foundation/api.h>
+#include <qx/foundation/tolerance.h>
+#include <qx/geometry/relative_location.h>
+#include <qx/vectors/vector2.h>
+
+#include <cstdint>
+#include <type_traits>
+
+/// Planar geometry on arrays of CQXVector2, for float and double.
+///
+/// A polygon is an array of vertices with their count; the last vertex is joined to the first. "Convex polygon" means
+/// vertices in order, counter-clockwise or clockwise; a single point and a segment are polygons of one and two
+/// vertices. Vertices are inside their polygon. Polygons that are written are counter-clockwise. Decisions are made in
+/// 64-bit floats for both types.
+///
+/// Two points coincide when they differ by at most 1e-6 in x and in y: scale data whose details are of that size.
+/// Points with a coordinate that is not a number are never vertices of a hull. Nothing is kept between calls: calls may
+/// run in any number of threads.
+class QX_API CQXGeometry {
+ public:
+  /// Builds the convex hull of @p n points, counter-clockwise, from the left end of the lowest run: the leftmost vertex
+  /// less than 1e-6 above the lowest.
+  ///
+  /// Coincident points count once, by the lowest of them. A vertex v gives way to a farther one w when, from the vertex
+  /// before, the slopes dy / dx to v and w are within 1e-6 of each other (or both directions are vertical within 1e-6)
+  /// and v is within 1e-6 of the line to w: points on a line yield its two ends. The hull contains all points within
+  /// some 1e-6. O(n log n); most points inside are put aside in one pass.
+  /// @param points not changed
+  /// @param[out] m number of vertices; 0 when there are no points, or no memory: the hull is untouched then
+  /// @param[out] hull room for @p n vertices; may be @p points
+  template <typename T>
+  static void BuildConvexHull(std::int32_t n, const CQXVector2<T>* points, std::int32_t& m, CQXVector2<T>* hull);
+
+  /// Tests whether all turns of a polygon have one sign. Turns that rounding of the coordinates can cause count as
+  /// none.
+  ///
+  /// A polygon that goes round more than once with turns of one sign, a pentagram for instance, counts as convex.
+  /// @return 1 when convex, and for 3 vertices and less; 0 otherwise.
+  template <typename T>
+  [[nodiscard]] static std::int32_t TestConvexity(std::int32_t n, const CQXVector2<T>* vertices);
+
+  /// Extends a counter-clockwise hull by a point: the edges that see the point give way to the two tangents. O(n).
+  /// @param[in,out] n number of vertices, at most one more afterwards; the hull may start with none
+  /// @param[in,out] hull room for n + 1 vertices; its first vertex may change
+  /// @return 1; 0 when the point is inside, on the boundary or coincident with a vertex: nothing changes.
+  template <typename T>
+  static std::int32_t AddPointToConvexHall(const CQXVector2<T>& point, std::int32_t& n, CQXVector2<T>* hull);
+
+  /// Extends a counter-clockwise hull of at least 2 vertices by a point that lies outside of one known edge: puts it
+  /// between the ends of the edge and takes out the vertices on both sides that no longer turn to the left.
+  ///
+  /// The edge is taken as seen; use AddPointToConvexHall() when it is not known.
+  /// @param edge index of the vertex where the edge begins, from 0 to n - 1
+  /// @param[in,out] n number of vertices, at most one more afterwards
+  /// @param[in,out] hull room for n + 1 vertices; starts with @p point when the edge is the last one or vertex 0 goes
+  /// @return 1; 0 when the point is not outside of the edge: nothing changes.
+  template <typename T>
+  static std::int32_t UpdateConvexHallEdge(const CQXVector2<T>& point, std::int32_t edge, std::int32_t& n,
+                                           CQXVector2<T>* hull);
+
+  /// Tells whether a point is inside a convex polygon. O(log n) for n vertices, O(n) for a point that is outside but
+  /// within the tolerance of an edge's line.
+  /// @param tolerance a point outside at most this far from an edge counts as inside
+  /// @return QX_LOCATION_INSIDE or QX_LOCATION_OUTSIDE; outside for no vertices and for a point that is not a number.
+  template <typename T>
+  [[nodiscard]] static qxRelativeLocation IsPointInConvexPolygon(
+      const CQXVector2<T>& point, std::int32_t n, const CQXVector2<T>* vertices,
+      std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>);
+
+  /// Hull of two polygons, as BuildConvexHull() writes it.
+  /// @param[out] k number of vertices
+  /// @param[out] result room for n + m vertices; may be one of the polygons
+  template <typename T>
+  static void UniteConvexPolygons(std::int32_t n, const CQXVector2<T>* a, std::int32_t m, const CQXVector2<T>* b,
+                                  std::int32_t& k, CQXVector2<T>* result);
+
+  /// Intersection of two convex polygons, counter-clockwise; a segment or a point where they touch. O(n m).
+  ///
+  /// One of the polygons must have an area; the other may be a segment or a point.
+  /// @param[out] k number of vertices, at most n + m; 0 when nothing is common: the result is untouched then
+  /// @param[out] result room for n + m vertices; may be one of the polygons
+  /// @return 1 when something is common, else 0, also when neither polygon has an area.
+  template <typename T>
+  static std::int32_t IntersectConvexPolygons(std::int32_t n, const CQXVector2<T>* a, std::int32_t m,
+                                              const CQXVector2<T>* b, std::int32_t& k, CQXVector2<T>* result);
+
+  /// Intersection of a convex polygon with the closed rectangle of two opposite corners, counter-clockwise. A
+  /// coordinate that is cut is exactly the one of the border.
+  /// @param[out] k number of vertices, at most n + 4; 0 when nothing is common: the result is untouched then
+  /// @param[out] result room for n + 4 vertices; may be @p vertices
+  /// @return 1 when something is common, else 0.
+  template <typename T>
+  static std::int32_t ConvexPolygonRectangleIntersection(std::int32_t n, const CQXVector2<T>* vertices,
+                                                         const CQXVector2<T>& corner, const CQXVector2<T>& opposite,
+                                                         std::int32_t& k, CQXVector2<T>* result);
+
+  /// Cuts a convex polygon by the horizontal line at @p y.
+  /// @param[out] x1,x2 ends of the common segment, x1 <= x2; equal where the line touches a vertex
+  /// @return 1; 0 when the line misses the polygon: the outputs are untouched.
+  template <typename T>
+  static std::int32_t HorizIntersectionConvexPolygon(std::int32_t n, const CQXVector2<T>* vertices,
+                                                     std::type_identity_t<T> y, T& x1, T& x2);
+
+  /// Cuts a convex polygon by the vertical line at @p x.
+  /// @param[out] y1,y2 ends of the common segment, y1 <= y2; equal where the line touches a vertex
+  /// @return 1; 0 when the line misses the polygon: the outputs are untouched.
+  template <typename T>
+  static std::int32_t VertIntersectionConvexPolygon(std::int32_t n, const CQXVector2<T>* vertices,
+                                                    std::type_identity_t<T> x, T& y1, T& y2);
+
+  /// Finds where a ray leaves a convex polygon of at least 3 vertices: the exit of the direction
+  /// (cos angle, sin angle) from @p center, which may lie outside.
+  /// @param[out] exit the point on the boundary
+  /// @return 1; 0 when the ray misses the polygon or the polygon has no area: the output is untouched.
+  template <typename T>
+  static std::int32_t PolarRayPolygonIntersection(const CQXVector2<T>& center, std::type_identity_t<T> angleInDegrees,
+                                                  std::int32_t n, const CQXVector2<T>* vertices, CQXVector2<T>& exit);
+
+  /// Mean of the vertices, formed with the weight 1 / n; (0, 0) for none. It is inside the polygon, and in general not
+  /// the centroid of its area.
+  template <typename T>
+  [[nodiscard]] static CQXVector2<T> CalculatePolygonCenter(std::int32_t n, const CQXVector2<T>* vertices);
+
+  /// Largest distance between two vertices of a convex polygon, by rotating calipers in O(n). The root is guarded:
+  /// below 3.16e-5 (float: 3.16e-4) it is 0.
+  template <typename T>
+  [[nodiscard]] static T CalculatePolygonDiameter(std::int32_t n, const CQXVector2<T>* vertices);
+
+  /// Least distance from CalculatePolygonCenter() to an edge of a convex polygon: the circle of this radius about the
+  /// center lies inside. 0 for less than 3 vertices; the root is guarded as that of the diameter.
+  template <typename T>
+  [[nodiscard]] static T CalculatePolygonInternalRadius(std::int32_t n, const CQXVector2<T>* vertices);
+};

@@ -1,0 +1,427 @@
+#include <qx/geometry/geometry.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <random>
+#include <vector>
+
+#include "tests/typed_test.h"
+
+namespace {
+
+template <typename T>
+using Points = std::vector<CQXVector2<T>>;
+
+template <typename T>
+std::int32_t Count(const Points<T>& points) {
+  return static_cast<std::int32_t>(points.size());
+}
+
+/// Signed distance of p from the line a b, positive on the left, in 80-bit floats.
+template <typename T>
+double Distance(const CQXVector2<T>& a, const CQXVector2<T>& b, const CQXVector2<T>& p) {
+  using Long = long double;
+  const Long ex = Long(b.X()) - Long(a.X()), ey = Long(b.Y()) - Long(a.Y());
+  const Long px = Long(p.X()) - Long(a.X()), py = Long(p.Y()) - Long(a.Y());
+  return static_cast<double>((ex * py - ey * px) / std::hypot(ex, ey));
+}
+
+/// Least signed distance from the edges of a counter-clockwise polygon: negative outside.
+template <typename T>
+double Depth(const Points<T>& polygon, const CQXVector2<T>& p) {
+  double depth = std::numeric_limits<double>::infinity();
+  for (std::size_t i = 0; i < polygon.size(); ++i) {
+    depth = std::min(depth, Distance(polygon[i], polygon[(i + 1) % polygon.size()], p));
+  }
+  return depth;
+}
+
+template <typename T>
+double Area(const Points<T>& polygon) {
+  double area = 0;
+  for (std::size_t i = 0; i < polygon.size(); ++i) {
+    const auto& a = polygon[i];
+    const auto& b = polygon[(i + 1) % polygon.size()];
+    area += (double(a.X()) * double(b.Y()) - double(a.Y()) * double(b.X())) / 2;
+  }
+  return area;
+}
+
+template <typename T>
+Points<T> Hull(const Points<T>& points) {
+  Points<T> hull(points.size());
+  std::int32_t m = -1;
+  CQXGeometry::BuildConvexHull(Count(points), points.data(), m, hull.data());
+  hull.resize(static_cast<std::size_t>(m));
+  return hull;
+}
+
+template <typename T>
+bool AreSame(const CQXVector2<T>& a, const CQXVector2<T>& b) {
+  return a.X() == b.X() && a.Y() == b.Y();
+}
+
+/// The promises of a hull, by an independent O(n m) test.
+template <typename T>
+void ExpectHull(const Points<T>& points, const Points<T>& hull) {
+  double size = 0;
+  double lowest = std::numeric_limits<double>::infinity();
+  for (const auto& p : points) {
+    size = std::max(size, std::max(std::abs(double(p.X())), std::abs(double(p.Y()))));
+    lowest = std::min(lowest, double(p.Y()));
+  }
+  const double tolerance = 1.5e-6 + 1e-14 * size;
+  ASSERT_GE(hull.size(), 1u);
+  for (const auto& v : hull) {
+    EXPECT_TRUE(std::any_of(points.begin(), points.end(), [&](const auto& p) { return AreSame(p, v); }));
+    EXPECT_FALSE(v.Y() < lowest + 1e-6 && v.X() < hull[0].X()) << "the start is the left end of the lowest run";
+  }
+  EXPECT_LT(hull[0].Y(), lowest + 1e-6);
+  for (const auto& p : points) {
+    if (hull.size() == 1) {
+      EXPECT_LE(std::max(std::abs(p.X() - hull[0].X()), std::abs(p.Y() - hull[0].Y())), tolerance);
+    } else {
+      EXPECT_GE(Depth(hull, p), -tolerance) << p.X() << ' ' << p.Y();
+    }
+  }
+  if (hull.size() < 3) return;
+  for (std::size_t i = 0; i < hull.size(); ++i) {  // every vertex is extreme, the order is counter-clockwise
+    const auto& a = hull[i];
+    const auto& b = hull[(i + 1) % hull.size()];
+    for (const auto& v : hull) {
+      EXPECT_TRUE(AreSame(v, a) || AreSame(v, b) || Distance(a, b, v) > -1e-14 * size);
+    }
+  }
+}
+
+template <typename T>
+class ConvexPolygon : public ::testing::Test {
+ protected:
+  static constexpr T eps = std::numeric_limits<T>::epsilon();
+  std::mt19937 generator{20240607};
+
+  /// Uniform in [0, 1).
+  double Draw() { return static_cast<double>(generator()) / 4294967296.0; }
+
+  static CQXVector2<T> At(double x, double y) { return {static_cast<T>(x), static_cast<T>(y)}; }
+
+  static Points<T> Circle(int n, double radius, double x = 0, double y = 0) {
+    Points<T> points;
+    for (int i = 0; i < n; ++i) {
+      const double angle = 2 * std::numbers::pi * (i + 0.25) / n;
+      points.push_back(At(x + radius * std::cos(angle), y + radius * std::sin(angle)));
+    }
+    return points;
+  }
+
+  static Points<T> Rectangle(double x1, double y1, double x2, double y2) {
+    return {At(x1, y1), At(x2, y1), At(x2, y2), At(x1, y2)};
+  }
+
+  Points<T> RandomPolygon() {
+    Points<T> points;
+    const double x = Draw(), y = Draw();
+    for (int i = 0; i < 12; ++i) points.push_back(At(x + Draw(), y + Draw()));
+    return Hull(points);
+  }
+};
+TYPED_TEST_SUITE(ConvexPolygon, FloatTypes);
+
+TYPED_TEST(ConvexPolygon, HullsKeepTheirPromises) {
+  using T = TypeParam;
+  for (const double scale : {1e-8, 1e-5, 1.0, 1e8}) {
+    for (int n : {1, 2, 3, 4, 10, 100, 700}) {
+      Points<T> families[6];
+      for (int i = 0; i < n; ++i) {
+        const double angle = 2 * std::numbers::pi * i / n, x = this->Draw(), y = this->Draw();
+        families[0].push_back(this->At(scale * x, scale * y));
+        families[1].push_back(this->At(scale * std::cos(angle), scale * std::sin(angle)));
+        families[2].push_back(this->At(scale * (i % 7), scale * (i / 7)));                      // grid
+        families[3].push_back(this->At(scale * std::floor(4 * x), scale * std::floor(4 * y)));  // duplicates
+        families[4].push_back(this->At(scale * x, scale + 1e-7 * y));                           // a run with noise
+        families[5].push_back(this->At(scale * (i % 2) + 9e-7 * x, scale * (i / 2 % 2) + 9e-7 * y));  // four clusters
+      }
+      for (const auto& points : families) {
+        const Points<T> hull = Hull(points);
+        ExpectHull(points, hull);
+        if (::testing::Test::HasFailure()) FAIL() << "scale " << scale << ", n " << n;
+        EXPECT_EQ(CQXGeometry::TestConvexity(Count(hull), hull.data()), 1);
+      }
+    }
+  }
+}
+
+TYPED_TEST(ConvexPolygon, HullsOfRunsGridsAndCoincidentPoints) {
+  using T = TypeParam;
+  const int directions[][2] = {{1, 0}, {0, 1}, {1, 1}, {-1, 1}, {3, 1}, {-2, 1}, {1, 5}, {-1, 7}};
+  for (const auto& [dx, dy] : directions) {
+    for (const double scale : {1.0 / 64, 1.0, 65536.0}) {
+      Points<T> points;
+      for (int i = 0; i < 100; ++i)
+        points.push_back(this->At(scale * dx * ((i * 37) % 100), scale * dy * ((i * 37) % 100)));
+      const Points<T> hull = Hull(points);
+      ASSERT_EQ(hull.size(), 2u) << dx << ' ' << dy;
+      EXPECT_TRUE(AreSame(hull[0], this->At(0, 0)));
+      EXPECT_TRUE(AreSame(hull[1], this->At(99 * scale * dx, 99 * scale * dy)));
+    }
+  }
+  Points<T> grid;
+  for (int i = 0; i < 20 * 30; ++i) grid.push_back(this->At(i % 20, i / 20));
+  std::shuffle(grid.begin(), grid.end(), this->generator);
+  const Points<T> corners = this->Rectangle(0, 0, 19, 29);
+  const Points<T> hull = Hull(grid);
+  ASSERT_EQ(hull.size(), 4u);
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_TRUE(AreSame(hull[i], corners[i])) << i;
+
+  EXPECT_EQ(Hull<T>({this->At(2, 3)}).size(), 1u);
+  EXPECT_EQ(Hull<T>({this->At(2, 3), this->At(2, 3), this->At(2 + 5e-7, 3 - 5e-7)}).size(), 1u);
+  EXPECT_EQ(Hull<T>({this->At(0, 0), this->At(3e-6, 0), this->At(0, 3e-6)}).size(), 3u);  // small, but not coincident
+  std::int32_t m = 7;
+  CQXGeometry::BuildConvexHull<T>(0, nullptr, m, nullptr);
+  EXPECT_EQ(m, 0);
+  CQXGeometry::BuildConvexHull<T>(-3, nullptr, m, nullptr);
+  EXPECT_EQ(m, 0);
+
+  const T nan = std::numeric_limits<T>::quiet_NaN(), infinity = std::numeric_limits<T>::infinity();
+  EXPECT_EQ(Hull<T>({{nan, nan}, {nan, 0}}).size(), 0u);
+  EXPECT_EQ(Hull<T>({{0, 0}, {nan, -1}, {1, 0}, {2, nan}, {0, 1}}).size(), 3u);
+  const Points<T> wild = {{0, infinity}, {-infinity, 0}, {1, 1}, {infinity, nan}, {std::numeric_limits<T>::max(), 3},
+                          {0, 0}};
+  EXPECT_LE(Hull(wild).size(), wild.size());
+}
+
+TYPED_TEST(ConvexPolygon, ThousandsOfPointsInOneRowAreSortedOutQuickly) {
+  using T = TypeParam;
+  Points<T> points;
+  for (int i = 0; i < 200000; ++i) points.push_back(this->At(this->Draw(), 1 + 9e-7 * this->Draw()));
+  const Points<T> hull = Hull(points);
+  EXPECT_LE(hull.size(), 16u);
+  ExpectHull(points, hull);
+  const std::size_t size = Hull(this->Circle(100000, 1000)).size();
+  EXPECT_TRUE(size == 100000 || sizeof(T) == 4) << size;  // 32-bit coordinates are rounded off the circle
+}
+
+TYPED_TEST(ConvexPolygon, ConvexityLooksAtTheSignOfTurns) {
+  using T = TypeParam;
+  const auto test = [](Points<T> points) {
+    const std::int32_t result = CQXGeometry::TestConvexity(Count(points), points.data());
+    std::reverse(points.begin(), points.end());
+    EXPECT_EQ(CQXGeometry::TestConvexity(Count(points), points.data()), result);
+    return result;
+  };
+  EXPECT_EQ(test(this->Rectangle(0, 0, 2, 1)), 1);
+  EXPECT_EQ(test({{0, 0}, {1, 0}, {2, 0}, {2, 2}, {0, 2}}), 1);  // a vertex on an edge
+  EXPECT_EQ(test({{0, 0}, {2, 0}, {2, 2}, {1, T(0.5)}}), 0);
+  EXPECT_EQ(test({{0, 0}, {2, 2}, {2, 0}, {0, 2}}), 0);  // crosses itself
+  EXPECT_EQ(test({{5, 5}, {1, 1}, {2, 2}}), 1);
+  const Points<T> circle = this->Circle(1000, 1, 100, 100);  // rounding of the coordinates dents it
+  EXPECT_EQ(test(circle), 1);
+}
+
+TYPED_TEST(ConvexPolygon, LocationAgreesWithTheDepth) {
+  using T = TypeParam;
+  int inside = 0;
+  for (int round = 0; round < 200; ++round) {
+    Points<T> polygon = this->RandomPolygon();
+    Points<T> clockwise(polygon.rbegin(), polygon.rend());
+    for (int i = 0; i < 50; ++i) {
+      const CQXVector2<T> p = this->At(2 * this->Draw(), 2 * this->Draw());
+      const double depth = Depth(polygon, p);
+      if (std::abs(depth) < 1e-5) continue;
+      const qxRelativeLocation expected = depth > 0 ? QX_LOCATION_INSIDE : QX_LOCATION_OUTSIDE;
+      inside += depth > 0 ? 1 : 0;
+      EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon(p, Count(polygon), polygon.data()), expected);
+      EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon(p, Count(polygon), clockwise.data()), expected);
+    }
+    for (std::size_t i = 0; i < polygon.size(); ++i) {  // the boundary, and near it
+      const auto a = polygon[i], b = polygon[(i + 1) % polygon.size()];
+      const double t = this->Draw(), length = std::hypot(double(b.X() - a.X()), double(b.Y() - a.Y()));
+      for (const double off : {0.0, 0.01, 0.04}) {
+        const auto p = this->At(double(a.X()) + t * double(b.X() - a.X()) + off * double(b.Y() - a.Y()) / length,
+                                double(a.Y()) + t * double(b.Y() - a.Y()) - off * double(b.X() - a.X()) / length);
+        EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon(p, Count(polygon), polygon.data(), T(0.02)),
+                  off < 0.02 ? QX_LOCATION_INSIDE : QX_LOCATION_OUTSIDE);
+      }
+      EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon(a, Count(polygon), polygon.data(), 0), QX_LOCATION_INSIDE);
+    }
+  }
+  EXPECT_GT(inside, 1000);
+  const Points<T> run = {{0, 0}, {1, 0}, {2, 0}, {3, 0}};  // no area
+  for (std::int32_t n : {1, 2, 4}) {
+    EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({T(n - 1), 0}, n, run.data()), QX_LOCATION_INSIDE);
+    EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({T(n), 0}, n, run.data()), QX_LOCATION_OUTSIDE);
+  }
+  // The sense is found although the first vertices are on one line.
+  const Points<T> house = {{0, 0}, {1, 0}, {2, 0}, {3, 0}, {0, 3}};
+  EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({1, 1}, 5, house.data()), QX_LOCATION_INSIDE);
+  EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({1, -1}, 5, house.data()), QX_LOCATION_OUTSIDE);
+  EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({4, 0}, 5, house.data()), QX_LOCATION_OUTSIDE);
+  EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({1, 1}, 0, nullptr), QX_LOCATION_OUTSIDE);
+  const T nan = std::numeric_limits<T>::quiet_NaN();
+  EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({nan, 1}, 5, house.data()), QX_LOCATION_OUTSIDE);
+}
+
+TYPED_TEST(ConvexPolygon, PointsExtendAHull) {
+  using T = TypeParam;
+  for (int round = 0; round < 100; ++round) {
+    Points<T> points, hull(65);
+    std::int32_t n = 0;
+    for (int i = 0; i < 64; ++i) {
+      const bool onGrid = round % 2 == 0;  // many points on the edges
+      points.push_back(onGrid ? this->At(std::floor(6 * this->Draw()), std::floor(6 * this->Draw()))
+                              : this->At(this->Draw(), this->Draw()));
+      const std::int32_t before = n;
+      const Points<T> old(hull.begin(), hull.begin() + before);
+      if (CQXGeometry::AddPointToConvexHall(points.back(), n, hull.data()) == 0) {
+        EXPECT_EQ(n, before);
+        for (std::size_t k = 0; k < old.size(); ++k) EXPECT_TRUE(AreSame(old[k], hull[k]));
+      }
+      EXPECT_LE(n, before + 1);
+    }
+    hull.resize(static_cast<std::size_t>(n));
+    ExpectHull(points, hull);
+    const Points<T> built = Hull(points);
+    ASSERT_EQ(hull.size(), built.size());
+    for (std::size_t k = 0; k < built.size(); ++k) EXPECT_TRUE(AreSame(hull[k], built[k]));
+  }
+  Points<T> square = this->Rectangle(0, 0, 1, 1);
+  square.resize(5);
+  std::int32_t n = 4;
+  EXPECT_EQ(CQXGeometry::UpdateConvexHallEdge<T>({2, 2}, 3, n, square.data()), 0);  // not outside of this edge
+  EXPECT_EQ(CQXGeometry::UpdateConvexHallEdge<T>({2, 2}, 1, n, square.data()), 1);
+  EXPECT_EQ(n, 4);
+  EXPECT_TRUE(AreSame(square[2], this->At(2, 2)));
+}
+
+TYPED_TEST(ConvexPolygon, UnionAndIntersectionOfKnownPolygons) {
+  using T = TypeParam;
+  const auto intersect = [](const Points<T>& a, const Points<T>& b) {
+    Points<T> result(a.size() + b.size());
+    std::int32_t k = -1;
+    const std::int32_t isCommon =
+        CQXGeometry::IntersectConvexPolygons(Count(a), a.data(), Count(b), b.data(), k, result.data());
+    EXPECT_EQ(isCommon, k > 0);
+    result.resize(static_cast<std::size_t>(k));
+    return result;
+  };
+  const Points<T> square = this->Rectangle(0, 0, 2, 2);
+  const Points<T> diamond = {{1, -T(0.5)}, {T(2.5), 1}, {1, T(2.5)}, {-T(0.5), 1}};
+  EXPECT_EQ(intersect(square, diamond).size(), 8u);
+  EXPECT_NEAR(Area(intersect(square, diamond)), 3.5, 1e-6);
+  EXPECT_EQ(intersect(square, this->Rectangle(2, 0, 3, 2)).size(), 2u);  // a common edge
+  EXPECT_EQ(intersect(square, this->Rectangle(2, 2, 3, 3)).size(), 1u);  // a common corner
+  EXPECT_EQ(intersect(square, this->Rectangle(3, 0, 4, 1)).size(), 0u);
+  EXPECT_NEAR(Area(intersect(square, this->Rectangle(0.5, 0.5, 1, 1))), 0.25, 1e-6);
+  EXPECT_EQ(intersect(square, {{-1, 1}, {3, 1}}).size(), 2u);  // a segment
+  EXPECT_EQ(intersect({{1, 1}}, square).size(), 1u);
+  EXPECT_EQ(intersect({{1, 1}}, {{1, 1}}).size(), 0u);  // none has an area
+  EXPECT_EQ(intersect(square, {}).size(), 0u);
+
+  Points<T> both(8);
+  std::int32_t k = 0;
+  CQXGeometry::UniteConvexPolygons(4, square.data(), 4, diamond.data(), k, both.data());
+  EXPECT_EQ(k, 8);
+  CQXGeometry::UniteConvexPolygons(4, square.data(), -1, diamond.data(), k, both.data());
+  EXPECT_EQ(k, 4);
+}
+
+TYPED_TEST(ConvexPolygon, IntersectionsHoldWhatIsInBoth) {
+  using T = TypeParam;
+  const double near = 64 * static_cast<double>(this->eps);
+  for (int round = 0; round < 300; ++round) {
+    const Points<T> a = this->RandomPolygon(), b = this->RandomPolygon();
+    const Points<T> clockwise(b.rbegin(), b.rend());
+    const Points<T> window = this->Rectangle(0.5, 0.6, 1.2, 1.1);
+    const bool byRectangle = round % 2 == 1;
+    const Points<T>& other = byRectangle ? window : b;
+    Points<T> result(a.size() + other.size());
+    std::int32_t k = -1;
+    if (byRectangle) {
+      CQXGeometry::ConvexPolygonRectangleIntersection(Count(a), a.data(), window[2], window[0], k, result.data());
+    } else {
+      CQXGeometry::IntersectConvexPolygons(Count(a), a.data(), Count(b), clockwise.data(), k, result.data());
+    }
+    ASSERT_LE(k, static_cast<std::int32_t>(a.size() + other.size()));
+    result.resize(static_cast<std::size_t>(k));
+    for (const auto& v : result) {
+      EXPECT_GE(Depth(a, v), -near);
+      EXPECT_GE(Depth(other, v), byRectangle ? 0 : -near);
+    }
+    for (int i = 0; i < 30; ++i) {
+      const CQXVector2<T> p = this->At(2 * this->Draw(), 2 * this->Draw());
+      if (std::min(Depth(a, p), Depth(other, p)) > 1e-5) {
+        ASSERT_GE(k, 3);
+        EXPECT_GE(Depth(result, p), -near);
+      }
+    }
+  }
+}
+
+TYPED_TEST(ConvexPolygon, CutsByLinesAndRays) {
+  using T = TypeParam;
+  const Points<T> kite = {{0, -1}, {2, 0}, {0, 3}, {-1, 0}};
+  T low = -7, high = -7;
+  const T nan = std::numeric_limits<T>::quiet_NaN();
+  EXPECT_EQ(CQXGeometry::HorizIntersectionConvexPolygon(4, kite.data(), 0, low, high), 1);
+  EXPECT_EQ(low, -1);
+  EXPECT_EQ(high, 2);
+  EXPECT_EQ(CQXGeometry::HorizIntersectionConvexPolygon(4, kite.data(), 3, low, high), 1);  // touches
+  EXPECT_EQ(low, 0);
+  EXPECT_EQ(high, 0);
+  EXPECT_EQ(CQXGeometry::VertIntersectionConvexPolygon(4, kite.data(), 1, low, high), 1);
+  EXPECT_EQ(low, T(-0.5));
+  EXPECT_EQ(high, T(1.5));
+  EXPECT_EQ(CQXGeometry::VertIntersectionConvexPolygon(4, kite.data(), T(2.5), low, high), 0);
+  EXPECT_EQ(low, T(-0.5));
+  EXPECT_EQ(CQXGeometry::HorizIntersectionConvexPolygon(4, kite.data(), nan, low, high), 0);
+  const Points<T> box = this->Rectangle(0, 0, 4, 2);
+  EXPECT_EQ(CQXGeometry::HorizIntersectionConvexPolygon(4, box.data(), 2, low, high), 1);  // along an edge
+  EXPECT_EQ(high - low, 4);
+
+  CQXVector2<T> exit(-7, -7);
+  for (int angle = -360; angle <= 360; angle += 5) {
+    const Points<T> polygon = this->RandomPolygon();
+    const Points<T> clockwise(polygon.rbegin(), polygon.rend());
+    const CQXVector2<T> center = CQXGeometry::CalculatePolygonCenter(Count(polygon), polygon.data());
+    const CQXVector2<T>* vertices = angle % 2 == 0 ? polygon.data() : clockwise.data();
+    ASSERT_EQ(CQXGeometry::PolarRayPolygonIntersection(center, T(angle), Count(polygon), vertices, exit), 1);
+    EXPECT_NEAR(Depth(polygon, exit), 0, 16 * static_cast<double>(this->eps));
+    const double turn =
+        std::atan2(double(exit.Y() - center.Y()), double(exit.X() - center.X())) / std::numbers::pi * 180;
+    EXPECT_NEAR(std::remainder(turn - angle, 360), 0, 1e4 * static_cast<double>(this->eps));
+  }
+  EXPECT_EQ(CQXGeometry::PolarRayPolygonIntersection<T>({-1, 1}, 0, 4, box.data(), exit), 1);  // from outside: the exit
+  EXPECT_NEAR(exit.X(), 4, 1e-5);
+  EXPECT_EQ(CQXGeometry::PolarRayPolygonIntersection<T>({-1, 1}, 180, 4, box.data(), exit), 0);
+  EXPECT_EQ(CQXGeometry::PolarRayPolygonIntersection<T>({-1, 1}, 80, 4, box.data(), exit), 0);
+  EXPECT_EQ(CQXGeometry::PolarRayPolygonIntersection<T>({1, 1}, 80, 2, box.data(), exit), 0);
+}
+
+TYPED_TEST(ConvexPolygon, MeasuresAgreeWithSlowForms) {
+  using T = TypeParam;
+  for (int round = 0; round < 200; ++round) {
+    Points<T> polygon = round < 100 ? this->RandomPolygon() : Hull(this->Circle(3 + round % 40, 1));
+    if (round % 3 == 0) std::reverse(polygon.begin(), polygon.end());
+    double diameter = 0, radius = 1e9;
+    const CQXVector2<T> center = CQXGeometry::CalculatePolygonCenter(Count(polygon), polygon.data());
+    for (std::size_t i = 0; i < polygon.size(); ++i) {
+      for (const auto& v : polygon) {
+        diameter = std::max(diameter, std::hypot(double(v.X() - polygon[i].X()), double(v.Y() - polygon[i].Y())));
+      }
+      radius = std::min(radius, std::abs(Distance(polygon[i], polygon[(i + 1) % polygon.size()], center)));
+    }
+    EXPECT_NEAR(CQXGeometry::CalculatePolygonDiameter(Count(polygon), polygon.data()), diameter, 8 * this->eps);
+    EXPECT_NEAR(CQXGeometry::CalculatePolygonInternalRadius(Count(polygon), polygon.data()), radius, 8 * this->eps);
+  }
+  const Points<T> box = this->Rectangle(0, 0, 4, 3);
+  EXPECT_EQ(CQXGeometry::CalculatePolygonDiameter(4, box.data()), 5);
+  EXPECT_EQ(CQXGeometry::CalculatePolygonInternalRadius(4, box.data()), T(1.5));
+  EXPECT_EQ(CQXGeometry::CalculatePolygonDiameter(2, box.data()), 4);
+  EXPECT_EQ(CQXGeometry::CalculatePolygonInternalRadius(2, box.data()), 0);
+  EXPECT_EQ(CQXGeometry::CalculatePolygonDiameter(0, box.data()), 0);
+  EXPECT_EQ(CQXGeometry::CalculatePolygonCenter(0, box.data()).X(), 0);
+}
+
+}  // namespace
