@@ -1,5 +1,7 @@
 #include <qx/qx.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 // Inline, exported and templated parts of the library, each once: is everything there, and does it link?
@@ -25,7 +27,7 @@ int main() {
 
   std::printf("(2i)^2 = %g, length %g, median %g, reconstruction within %g\n", square.Real(), vector.Length(),
               statistics.Median(), largestError);
-  const bool right = std::abs(square.Real() + 4) < 1e-12 && vector.SquareLength() == 30 && statistics.Median() == 2.5f &&
-                     largestError < 1e-3f;
+  const bool right = std::abs(square.Real() + 4) < 1e-12 && vector.SquareLength() == 30 &&
+                     statistics.Median() == 2.5f && largestError < 1e-3f;
   return right ? 0 : 1;
 }
