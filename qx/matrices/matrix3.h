@@ -223,6 +223,9 @@ template <typename T>
   return {m[0], m[1], m[3], m[4]};
 }
 
+template <typename T>
+inline constexpr bool qxIsFixedMatrix<CQXMatrix3<T>> = true;
+
 extern template class QX_API CQXFixedMatrix<CQXMatrix3<float>, CQXVector3<float>, float, 3>;
 extern template class QX_API CQXFixedMatrix<CQXMatrix3<double>, CQXVector3<double>, double, 3>;
 extern template class QX_API CQXMatrix3<float>;
