@@ -331,4 +331,61 @@ TYPED_TEST(FixedMatrix, NormsByCode) {
   EXPECT_EQ((m * typename TypeParam::Element(1e-6)).Norm(QX_MATRIX_NORM_EUCLIDEAN), 0);
 }
 
+TYPED_TEST(FixedMatrix, SingularValuesComeFromTheEngine) {
+  using T = typename TypeParam::Element;
+  for (int repetition = 0; repetition < 10; ++repetition) {
+    const TypeParam m = this->Random();
+    TypeParam u, v, diagonal;
+    typename TypeParam::Vector singular, alone;
+    ASSERT_EQ(m.SV_Decomposition(u, v, singular, 0), 0);
+    for (std::int32_t i = 0; i < this->n; ++i) diagonal(i, i) = singular[i];
+    EXPECT_LT(this->LargestDifference(u * diagonal * v.Transpose(), m), 64 * this->eps);
+    EXPECT_EQ(u.IsOrthogonal(32 * this->eps) && v.IsOrthogonal(32 * this->eps), true);
+    for (std::int32_t i = 1; i < this->n; ++i) EXPECT_GE(singular[i - 1], singular[i]);
+    ASSERT_EQ(m.CalculateSingularNumbers(alone, 0), 0);
+    EXPECT_EQ(alone == singular, true);
+    EXPECT_EQ(m.Norm(QX_MATRIX_NORM_SPECTRAL), singular[0]);
+    TypeParam q, r;
+    ASSERT_EQ(m.QR_Decomposition(q, r), 1);
+    EXPECT_LT(this->LargestDifference(q * r, m), 64 * this->eps);
+    EXPECT_EQ(q.IsOrthogonal(32 * this->eps), 1);
+    for (std::int32_t i = 1; i < this->n; ++i) EXPECT_EQ(r(i, i - 1), 0);
+  }
+  TypeParam m = this->UnitMatrix();
+  m(0, 0) = 4;
+  EXPECT_EQ(m.CalculateRank(), this->n);
+  EXPECT_NEAR(m.ConditionNumber(QX_MATRIX_NORM_SPECTRAL), 4, 32 * this->eps);
+  EXPECT_EQ(m.ConditionNumber(QX_MATRIX_NORM_ROW_SUM), 4);
+  m(1, 1) = 0;
+  EXPECT_EQ(m.CalculateRank(), this->n - 1);
+  for (const qxMatrixNorm norm : {QX_MATRIX_NORM_SPECTRAL, QX_MATRIX_NORM_EUCLIDEAN}) {
+    EXPECT_EQ(m.ConditionNumber(norm), QX_OVERFLOW_VALUE<T>);
+  }
+  m(1, 1) = std::numeric_limits<T>::quiet_NaN();
+  auto singular = m.RowVector(0);
+  EXPECT_NE(m.CalculateSingularNumbers(singular), 0);
+  EXPECT_EQ(singular[0], 4);
+}
+
+TYPED_TEST(FixedMatrix, InverseWithANormReportsOneAndZero) {
+  using T = typename TypeParam::Element;
+  TypeParam m = this->UnitMatrix();
+  m(0, 0) = 4;
+  TypeParam target;
+  T condition = 0;
+  EXPECT_EQ(m.Inverse(target, QX_MATRIX_NORM_COLUMN_SUM, T(1e-6), condition), 1);
+  EXPECT_EQ(condition, 4);
+  EXPECT_EQ(target(0, 0), T(0.25));
+  auto x = m.RowVector(0);
+  EXPECT_EQ(m.SolveSystem(x, x, QX_MATRIX_NORM_EUCLIDEAN, T(1e-6), condition), 1);
+  EXPECT_EQ(x[0], 1);
+  m(1, 1) = 0;
+  condition = 0;
+  EXPECT_EQ(m.SolveSystem(x, x, QX_MATRIX_NORM_EUCLIDEAN, T(1e-6), condition), 0);
+  EXPECT_EQ(x[0], 1);
+  EXPECT_EQ(condition, QX_OVERFLOW_VALUE<T>);
+  EXPECT_EQ(m.Inverse(m, QX_MATRIX_NORM_EUCLIDEAN, T(1e-6), condition), 0);
+  EXPECT_EQ(m(0, 0), 4);
+}
+
 }  // namespace
