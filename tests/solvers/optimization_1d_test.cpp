@@ -206,7 +206,7 @@ TYPED_TEST(Minimisation1D, TiesLimitsAndSenses) {
   EXPECT_EQ(CQXOptimization::DerivativeEstimationDescent(0, 1, 5, this->tol, xMin, F::Parabola, F::WrongSlope), 1);
   EXPECT_EQ(xMin, 1);
   // Not a number never meets the tolerances of the descents, nor the golden section's while the interval is wide.
-  T (*const methods[])
+  T(*const methods[])
   (T, T, T, T, T&, void*, T (*)(T, void*)) = {CQXOptimization::GoldenSection, CQXOptimization::ParabolicDescent};
   for (const auto method : methods) {
     recorder = {F::NotANumber};
