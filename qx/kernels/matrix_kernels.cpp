@@ -2,6 +2,7 @@
 #include <qx/kernels/matrix_kernels.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <memory>
 #include <type_traits>
@@ -108,6 +109,21 @@ void Transpose(std::size_t rows, std::size_t columns, const T* a, T* target) noe
     }
   }
 }
+
+template <typename T>
+bool IsBand(std::size_t rows, std::size_t columns, const T* a, std::ptrdiff_t low, std::ptrdiff_t high,
+            T tolerance) noexcept {
+  for (std::size_t r = 0; r < rows; ++r) {
+    for (std::size_t c = 0; c < columns; ++c) {
+      const std::ptrdiff_t place = static_cast<std::ptrdiff_t>(c) - static_cast<std::ptrdiff_t>(r);
+      if ((place < low || place > high) && !(std::abs(a[r * columns + c]) <= tolerance)) return false;
+    }
+  }
+  return true;
+}
+
+template bool IsBand<float>(std::size_t, std::size_t, const float*, std::ptrdiff_t, std::ptrdiff_t, float) noexcept;
+template bool IsBand<double>(std::size_t, std::size_t, const double*, std::ptrdiff_t, std::ptrdiff_t, double) noexcept;
 
 #define QX_INSTANTIATE(T)                                                                                    \
   template void MultiplyMatrices<T>(std::size_t, std::size_t, std::size_t, const T*, const T*, T*) noexcept; \

@@ -24,4 +24,10 @@ void MultiplyMatrixByVector(std::size_t rows, std::size_t columns, const T* a, c
 template <typename T>
 void Transpose(std::size_t rows, std::size_t columns, const T* a, T* target) noexcept;
 
+/// True when every element whose column less its row lies outside [low, high] is at most the tolerance in absolute
+/// value. float and double.
+template <typename T>
+[[nodiscard]] bool IsBand(std::size_t rows, std::size_t columns, const T* a, std::ptrdiff_t low, std::ptrdiff_t high,
+                          T tolerance) noexcept;
+
 }  // namespace qxKernels

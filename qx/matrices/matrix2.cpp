@@ -1,9 +1,19 @@
 #include <qx/foundation/complex.h>
 #include <qx/matrices/matrix2.h>
+#include <qx/solvers/algebra.h>
+#include <qx/vectors/base_vector.h>
 #include <qx/vectors/vector4.h>
 
 #include <cmath>
 #include <cstdint>
+
+template <typename T>
+std::int32_t CQXMatrix2<T>::FindEigenvalues(T& a, T& b, T tolerance) const noexcept {
+  const std::int32_t result = CQXAlgebra::SolveReducedQuadratic(-Base::Trace(), Det(), a, b, tolerance);
+  if (std::abs(a) <= tolerance) a = 0;
+  if (std::abs(b) <= tolerance) b = 0;
+  return result;
+}
 
 template <typename T>
 std::int32_t CQXMatrix2<T>::FindEigenvectorsReal(T lambda, T* target, T tolerance) const noexcept {
@@ -21,6 +31,28 @@ std::int32_t CQXMatrix2<T>::FindEigenvectorsReal(T lambda, T* target, T toleranc
     CQXVector2<T>(-a(row, 1) / a(row, 0), 1).Dump(target);
   } else {
     CQXVector2<T>(1, -a(row, 0) / a(row, 1)).Dump(target);
+  }
+  return 1;
+}
+
+template <typename T>
+std::int32_t CQXMatrix2<T>::FindEigenvectorComplex(const CQXComplex<T>& lambda, CQXBaseVector<CQXComplex<T>>& v,
+                                                   T tolerance) const {
+  const T re = lambda.Real();
+  const T im = lambda.Imag();
+  const T a01 = std::abs(m_c[1]);
+  const T a10 = std::abs(m_c[2]);
+  const T largest = a01 >= a10 ? a01 : a10;
+  if (v.Dim() != 2) v.SetDimension(2);
+  if (v.Data() == nullptr) return 0;
+  v[0].Set(1, 0);
+  v[1].Set(0, 0);
+  if (largest < tolerance || largest == 0) return 0;
+  if (a01 >= a10) {
+    v[1].Set((re - m_c[0]) / m_c[1], im / m_c[1]);
+  } else {
+    v[0].Set((re - m_c[3]) / m_c[2], im / m_c[2]);
+    v[1].Set(1, 0);
   }
   return 1;
 }

@@ -74,7 +74,8 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
 
   /// Eigenvector of a complex eigenvalue: (1, (lambda - a00) / a01) or ((lambda - a11) / a10, 1), whichever divides by
   /// the larger element.
-  /// @param v is given two elements when it has another dimension; they are written exactly
+  /// @param v is given two elements when it has another dimension (0 is returned when memory is refused); they are
+  /// written exactly
   /// @param tolerance what abs(a01) and abs(a10) are compared with
   /// @return 1; 0 when both are below the tolerance, and @p v is (1, 0).
   std::int32_t FindEigenvectorComplex(const CQXComplex<T>& lambda, CQXBaseVector<CQXComplex<T>>& v,

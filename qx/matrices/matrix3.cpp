@@ -1,6 +1,7 @@
 #include <qx/foundation/angle.h>
 #include <qx/foundation/complex.h>
 #include <qx/matrices/matrix3.h>
+#include <qx/solvers/algebra.h>
 #include <qx/vectors/base_vector.h>
 #include <qx/vectors/vector_functions.h>
 
@@ -172,6 +173,16 @@ std::int32_t CQXMatrix3<T>::FindZeroRows(T* target, T tolerance) const noexcept 
 }
 
 template <typename T>
+std::int32_t CQXMatrix3<T>::FindEigenvalues(T& a, T& b, T& c, T tolerance) const noexcept {
+  const T minors = CalculateMinor(0, 1, 0, 1) + CalculateMinor(0, 2, 0, 2) + CalculateMinor(1, 2, 1, 2);
+  const std::int32_t result = CQXAlgebra::SolveReducedCubic(-Base::Trace(), minors, -Det(), a, b, c, tolerance);
+  for (T* root : {&a, &b, &c}) {
+    if (std::abs(*root) <= tolerance) *root = 0;
+  }
+  return result;
+}
+
+template <typename T>
 std::int32_t CQXMatrix3<T>::FindEigenvectorsReal(T lambda, T* target, T tolerance) const noexcept {
   CQXMatrix3 m = Base::GetCharacteristicsMatrix(lambda);
   m.AnnulateSmallElements(tolerance);
@@ -222,8 +233,20 @@ std::int32_t CQXMatrix3<T>::FindEigenvectorComplex(const CQXComplex<T>& lambda, 
   }
   if (found == 0) return 0;
   if (v.Dim() != 3) v.SetDimension(3);
+  if (v.Data() == nullptr) return 0;
   for (std::int32_t i = 0; i < 3; ++i) v[i].Set(best.c[i].re, best.c[i].im);
   return 1;
+}
+
+template <typename T>
+std::int32_t CQXMatrix3<T>::FindAnySolution(const CQXVector3<T>& b, CQXVector3<T>& x, T tolerance) const noexcept {
+  CQXVector3<T> solution;
+  std::int32_t condition;
+  const std::int32_t result =
+      CQXAlgebra::Solve3x3System(m_c[0], m_c[1], m_c[2], m_c[3], m_c[4], m_c[5], m_c[6], m_c[7], m_c[8], b.X(), b.Y(),
+                                 b.Z(), solution.X(), solution.Y(), solution.Z(), condition, tolerance);
+  x = solution;
+  return result;
 }
 
 // ---- Rotations

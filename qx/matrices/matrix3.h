@@ -139,7 +139,8 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
 
   /// Eigenvector of a complex eigenvalue: the largest of the three complex cross products of the rows of
   /// this - lambda I, not normalised.
-  /// @param v is given three elements when it has another dimension; they are written exactly
+  /// @param v is given three elements when it has another dimension (0 is returned when memory is refused); they are
+  /// written exactly
   /// @param tolerance as in TestComplexRowsForDependence()
   /// @return 1; 0 when the rows are pairwise dependent within the tolerance, and @p v is untouched.
   std::int32_t FindEigenvectorComplex(const CQXComplex<T>& lambda, CQXBaseVector<CQXComplex<T>>& v,

@@ -1,12 +1,14 @@
 #include <qx/qx.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 // Inline, exported and templated parts of the library, each once: is everything there, and does it link?
 int main() {
   const CQXComplex<double> square = CQXComplex<double>(0, 2).Power(2);
 
-  const float row[4] = {4, 1, 3, 2};
+  float row[4] = {4, 1, 3, 2};
   const CQXVectorN<float> vector(4, row);
   CQXStatistics<float> statistics(4, row);
 
@@ -25,7 +27,7 @@ int main() {
 
   std::printf("(2i)^2 = %g, length %g, median %g, reconstruction within %g\n", square.Real(), vector.Length(),
               statistics.Median(), largestError);
-  const bool right = std::abs(square.Real() + 4) < 1e-12 && vector.SquareLength() == 30 && statistics.Median() == 2.5f &&
-                     largestError < 1e-3f;
+  const bool right = std::abs(square.Real() + 4) < 1e-12 && vector.SquareLength() == 30 &&
+                     statistics.Median() == 2.5f && largestError < 1e-3f;
   return right ? 0 : 1;
 }

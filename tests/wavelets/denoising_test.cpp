@@ -21,7 +21,8 @@ class Denoising : public ::testing::Test {
     CQXChannel<T> picture = MakeNoisyChannel<T>(size, size);
     for (std::int32_t r = 0; r < size; ++r) {
       for (std::int32_t c = 0; c < size; ++c) {
-        picture(r, c) = picture(r, c) * noise + static_cast<T>((c > 13 && c < 40 ? 40 : 0) + (r > 20 && r < 50 ? 30 : 0));
+        picture(r, c) =
+            picture(r, c) * noise + static_cast<T>((c > 13 && c < 40 ? 40 : 0) + (r > 20 && r < 50 ? 30 : 0));
       }
     }
     picture.SetTypeOfNormalization(QX_NORMALIZATION_2);
