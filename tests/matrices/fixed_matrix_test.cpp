@@ -388,4 +388,27 @@ TYPED_TEST(FixedMatrix, InverseWithANormReportsOneAndZero) {
   EXPECT_EQ(m(0, 0), 4);
 }
 
+TYPED_TEST(FixedMatrix, SymmetricMatricesHaveAnEigenbasis) {
+  const TypeParam any = this->Random();
+  const TypeParam m = any + any.Transpose();
+  TypeParam vectors, diagonal;
+  typename TypeParam::Vector values;
+  ASSERT_EQ(m.SymmetricEigensolve(values, vectors, this->eps), QX_STATUS_OK);
+  EXPECT_EQ(vectors.IsOrthogonal(32 * this->eps), 1);
+  for (std::int32_t i = 0; i < this->n; ++i) {
+    const auto v = vectors.ColVector(i);
+    EXPECT_LT((m * v - v * values[i]).NormInf(), 64 * this->eps);
+    if (i > 0) EXPECT_LE(values[i - 1], values[i]);
+  }
+  ASSERT_EQ(m.SpectralDecomposition(vectors, diagonal, 0, this->eps), 1);
+  EXPECT_LT(this->LargestDifference(vectors * diagonal * vectors.Transpose(), m), 64 * this->eps);
+  ASSERT_EQ(m.SpectralDecomposition(vectors, diagonal, 1, this->eps), 1);
+  EXPECT_LT(this->LargestDifference(vectors.Transpose() * diagonal * vectors, m), 64 * this->eps);
+  TypeParam skew = this->UnitMatrix();
+  skew(0, 1) = 1;
+  EXPECT_EQ(skew.SymmetricEigensolve(values, vectors), QX_STATUS_NOT_SYMMETRIC);
+  EXPECT_EQ(skew.SpectralDecomposition(vectors, diagonal, 0), 0);
+  EXPECT_LT(this->LargestDifference(vectors.Transpose() * diagonal * vectors, m), 64 * this->eps);
+}
+
 }  // namespace

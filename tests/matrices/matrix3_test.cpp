@@ -352,4 +352,40 @@ TYPED_TEST(Matrix3, CoordinateMatricesOfThePlane) {
   EXPECT_EQ(qxMatrix2To3(CQXMatrix2<T>(1, 2, 3, 4)) == M(1, 2, 0, 3, 4, 0, 0, 0, 1), true);
 }
 
+TYPED_TEST(Matrix3, ScaleAndRotationRebuildTheMap) {
+  using T = TypeParam;
+  using M = CQXMatrix3<T>;
+  M rotation;
+  rotation.SetRotationByEulerAngles(20, 40, -60, QX_ROTATIONS_XYZ);
+  const M stretch(3, 1, 0, 1, 4, -1, 0, -1, 2), diagonal(3, 0, 0, 0, 1, 0, 0, 0, 2);
+  const T bound = 256 * this->eps;
+  for (const std::int32_t side : {0, 1}) {
+    for (const T sign : {T(1), T(-1)}) {
+      for (const bool isStretched : {true, false}) {
+        const M& s = isStretched ? stretch : diagonal;
+        const M m = (side != 0 ? rotation * s : s * rotation) * sign;
+        M out1, d, out3;
+        std::int32_t hasStretch = 9, reflection = 9;
+        ASSERT_EQ(m.ExtractScaleRotation(out1, d, out3, side, bound, hasStretch, reflection), 1);
+        const M& q = side != 0 ? out1 : out3;
+        const M& v = side != 0 ? out3 : out1;
+        EXPECT_EQ(hasStretch, isStretched ? 1 : 0);
+        EXPECT_EQ(reflection, sign < 0 ? 1 : 0);
+        EXPECT_EQ(d.IsDiagonal(bound), 1);
+        EXPECT_EQ(v.IsRotation(bound), 1);
+        this->ExpectSame(q, rotation * sign, bound);
+        this->ExpectSame(v * d * v.Transpose(), s, 4 * bound);
+        if (!isStretched) {
+          EXPECT_EQ(v.IsUnit(0), 1);
+          this->ExpectSame(d, diagonal, bound);  // in the order of the axes
+        }
+      }
+    }
+  }
+  M out1, out2, out3;
+  std::int32_t hasStretch = 9, reflection = 9;
+  EXPECT_EQ(M(1, 2, 3, 2, 4, 6, 0, 0, 1).ExtractScaleRotation(out1, out2, out3, 1, T(1e-6), hasStretch, reflection), 0);
+  EXPECT_EQ(hasStretch == 9 && reflection == 9, true);
+}
+
 }  // namespace

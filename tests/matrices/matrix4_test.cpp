@@ -140,4 +140,21 @@ TYPED_TEST(Matrix4, CoordinateMatricesInvertByTheirBlock) {
   EXPECT_EQ(own == inverse && found == local, true);
 }
 
+TYPED_TEST(Matrix4, PolarDecompositionPutsTheRotationWhereTheFlagSays) {
+  using M = CQXMatrix4<TypeParam>;
+  const M m = this->Any() + M(9, 0, 0, 0, 0, 8, 0, 0, 0, 0, 7, 0, 0, 0, 0, 6);
+  M q, s, own = m;
+  ASSERT_EQ(m.PolarDecomposition(q, s, 1), 1);
+  EXPECT_EQ(q.IsOrthogonal(64 * this->eps), 1);
+  EXPECT_EQ(s.IsSymmetric(0), 1);
+  this->ExpectSame(q * s, m, 1024 * this->eps);
+  ASSERT_EQ(m.PolarDecomposition(q, s, 0), 1);
+  this->ExpectSame(s * q, m, 1024 * this->eps);
+  EXPECT_EQ(own.ExtractOrthogonal(own), 1);
+  this->ExpectSame(own, q, 64 * this->eps);
+  own = M();
+  EXPECT_EQ(own.PolarDecomposition(q, s, 0), 0);
+  this->ExpectSame(s * q, m, 1024 * this->eps);
+}
+
 }  // namespace
