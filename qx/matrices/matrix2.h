@@ -6,6 +6,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 template <typename T>
 class CQXComplex;
@@ -93,6 +94,9 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
  private:
   T m_c[4];
 };
+
+template <typename T>
+inline constexpr bool qxIsFixedMatrix<CQXMatrix2<T>> = true;
 
 extern template class QX_API CQXFixedMatrix<CQXMatrix2<float>, CQXVector2<float>, float, 2>;
 extern template class QX_API CQXFixedMatrix<CQXMatrix2<double>, CQXVector2<double>, double, 2>;

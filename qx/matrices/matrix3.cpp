@@ -29,7 +29,9 @@ T WrappedRadians(T angleInDegrees) {
 
 template <typename T>
 T WrappedDegrees(T angleInRadians) {
-  return qxWrapAngle(angleInRadians * 180 / pi<T>, T(360), turnTolerance<T>);
+  const T wrapped = qxWrapAngle(angleInRadians * 180 / pi<T>, T(360), turnTolerance<T>);
+  // Just below 180 the number of turns may round up to 1.
+  return wrapped < -180 ? wrapped + 360 : wrapped;
 }
 
 /// Into [-1, 1]; not a number stays.

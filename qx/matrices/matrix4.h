@@ -176,6 +176,9 @@ template <typename T>
   return m.GetMatrix();
 }
 
+template <typename T>
+inline constexpr bool qxIsFixedMatrix<CQXMatrix4<T>> = true;
+
 extern template class QX_API CQXFixedMatrix<CQXMatrix4<float>, CQXVector4<float>, float, 4>;
 extern template class QX_API CQXFixedMatrix<CQXMatrix4<double>, CQXVector4<double>, double, 4>;
 extern template class QX_API CQXMatrix4<float>;

@@ -283,9 +283,9 @@ template <typename T>
 QX_API std::int32_t qxAreAlmostEqual(const CQXMatrixMN<T>& a, const CQXMatrixMN<T>& b,
                                      std::type_identity_t<T> tolerance = QX_TOLERANCE<T>) noexcept;
 
+extern template class QX_API CQXMatrixMN<float>;
+extern template class QX_API CQXMatrixMN<double>;
 extern template QX_API std::int32_t qxAreAlmostEqual(const CQXMatrixMN<float>&, const CQXMatrixMN<float>&,
                                                      float) noexcept;
 extern template QX_API std::int32_t qxAreAlmostEqual(const CQXMatrixMN<double>&, const CQXMatrixMN<double>&,
                                                      double) noexcept;
-extern template class QX_API CQXMatrixMN<float>;
-extern template class QX_API CQXMatrixMN<double>;

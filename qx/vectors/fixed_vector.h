@@ -5,7 +5,6 @@
 #include <qx/vectors/fixed_array.h>
 
 #include <cmath>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -123,9 +122,10 @@ class CQXFixedVector : public CQXFixedArray<Derived, T, N> {
   }
 };
 
+/// True for CQXVector2, CQXVector3 and CQXVector4.
+template <typename V>
+inline constexpr bool qxIsFixedVector = false;
+
 /// CQXVector2, CQXVector3 or CQXVector4.
 template <typename V>
-concept qxFixedVector = requires {
-  typename V::Element;
-}
-&&std::derived_from<V, CQXFixedVector<V, typename V::Element, V::dimension>>;
+concept qxFixedVector = qxIsFixedVector<V>;

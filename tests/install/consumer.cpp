@@ -8,7 +8,7 @@
 int main() {
   const CQXComplex<double> square = CQXComplex<double>(0, 2).Power(2);
 
-  const float row[4] = {4, 1, 3, 2};
+  float row[4] = {4, 1, 3, 2};
   const CQXVectorN<float> vector(4, row);
   CQXStatistics<float> statistics(4, row);
 
