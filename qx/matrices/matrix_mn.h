@@ -219,6 +219,14 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// pivot < last, last is not 0 and vector[pivot] up < -tolerance.
   static void Householder2(std::int32_t pivot, std::int32_t first, std::int32_t last, T up, const T* vector,
                            CQXMatrixMN& matrix, T tolerance) noexcept;
+  /// Reflection of a vector that was brought near 1 by a power of two, so that no product leaves the range.
+  struct Reflection {
+    T up;
+    T b;      ///< 0 for the unit matrix
+    T value;  ///< what the pivot element becomes, at the scale of the given vector
+  };
+  /// Makes the reflection that leaves only the first of @p count elements; the others, scaled, are its tail.
+  [[nodiscard]] static Reflection MakeReflection(std::int32_t count, T* vector) noexcept;
   /// Rotation that turns (a, b) into (r, 0): c = a / r, s = b / r. An r below 1.5 tolerance gives c = 1, s = 0.
   static void Givens1(T a, T b, T& c, T& s, T& r, T tolerance) noexcept;
   /// (x, y) := (c x + s y, c y - s x).
@@ -261,12 +269,13 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   void TakeTransposedResult(std::int32_t rows, std::int32_t columns, const T* source) noexcept;
   /// Takes what fits of the result.
   static void TakeResult(std::int32_t count, const T* source, CQXBaseVector<T>& target) noexcept;
+  /// The rank becomes unknown and the singular numbers go.
+  void ForgetResults() const noexcept;
   /// True when every element is finite.
   [[nodiscard]] bool IsFinite() const noexcept;
 
  private:
   void CopySingularNumbers(const CQXMatrixMN& other);
-  void ForgetResults() const noexcept;
   [[nodiscard]] std::int32_t IsInBand(std::ptrdiff_t low, std::ptrdiff_t high, T tolerance) const noexcept;
   /// Inverse through the singular values, into a block. @return 1 or 0.
   std::int32_t InvertBySingularValues(T tolerance, T* target) const;

@@ -38,7 +38,6 @@ T CQXMatrixMN<T>::Norm(qxMatrixNorm norm) const {
   if (norm != QX_MATRIX_NORM_COLUMN_SUM && norm != QX_MATRIX_NORM_ROW_SUM) {
     return qxGuardedSqrt(qxKernels::SumOfSquares(this->Count(), Data()), QX_TOLERANCE_SQUARED<T>);
   }
-  // Not a number passes: it is not smaller than the largest sum.
   T largest = 0;
   const bool byRows = norm == QX_MATRIX_NORM_ROW_SUM;
   for (std::int32_t i = 0; i < (byRows ? rows : columns); ++i) {
@@ -46,7 +45,8 @@ T CQXMatrixMN<T>::Norm(qxMatrixNorm norm) const {
     for (std::int32_t k = 0; k < (byRows ? columns : rows); ++k) {
       sum += std::abs(byRows ? (*this)(i, k) : (*this)(k, i));
     }
-    if (!(sum <= largest)) largest = sum;
+    if (std::isnan(sum)) return sum;
+    largest = std::max(largest, sum);
   }
   return largest;
 }

@@ -133,7 +133,7 @@ TYPED_TEST(Minimisation1D, EvaluationsAndMinimaOfTheThreeMethods) {
       {F::Kink, F::KinkSlope, 2, T(0.5), 0, T(0.75), {32, 18}, {20, 10}, {21, 11}},
       {F::Pole, F::PoleSlope, T(0.25), 2, 8, 1, {33, 19}, {14, 12}, {22, 11}},
   };
-  constexpr int type = this->isDouble ? 0 : 1;
+  const std::size_t type = this->isDouble ? 0 : 1;
   for (const auto& example : cases) {
     const auto check = [&](const Recorder<T>& recorder, std::size_t count, T value, T xMin) {
       EXPECT_EQ(recorder.Count(false), count);

@@ -75,7 +75,7 @@ TYPED_TEST(WaveletDecomposition, BytesWrapAndAreNeverUndefined) {
   decomposed.FWTInPlace(1, QX_CHANNEL_2D);
   std::vector<std::uint8_t> bytes(this->samples, 77);
   decomposed.GetImageIn8BitsFormat(bytes.data());
-  EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 0), std::ptrdiff_t{this->samples});
+  EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 0), static_cast<std::ptrdiff_t>(this->samples));
 }
 
 TYPED_TEST(WaveletDecomposition, EveryDecompositionHasItsOwnFilter) {
