@@ -17,9 +17,11 @@ std::int32_t CQXAlgebraFunctions<T>::SolveByCongugateGradient(const CQXMatrixN<T
   if (work == nullptr || (n > 0 && (matrix.Data() == nullptr || right.Data() == nullptr))) return 0;
   right.Fill(b.Data());
   if (!(A.IsSymmetric(tol) != 0 && A.IsPositive(tol) != 0)) {
-    const CQXMatrixN<T> transpose = A.Transpose();
-    matrix = transpose * A;
-    right = transpose * b;
+    const qxBlock<T> transpose = qxMakeBlock<T>(n * n);
+    if (transpose == nullptr) return 0;
+    qxKernels::Transpose(n, n, A.Data(), transpose.get());
+    qxKernels::MultiplyMatrices(n, n, n, transpose.get(), A.Data(), matrix.Data());
+    qxKernels::MultiplyMatrixByVector(n, n, transpose.get(), b.Data(), right.Data());
   }
   const T threshold = tol * tol * right.SquareLength();
   if (diagonalShift > QX_TOLERANCE<T>) {
