@@ -23,9 +23,11 @@
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
 #include <qx/matrices/matrix_mn.h>
+#include <qx/matrices/matrix_n.h>
 #include <qx/matrices/matrix_norm.h>
 #include <qx/solvers/algebra.h>
 #include <qx/solvers/optimization.h>
+#include <qx/transforms/quaternion.h>
 #include <qx/transforms/rotations_order.h>
 #include <qx/vectors/base_vector.h>
 #include <qx/vectors/fixed_array.h>
