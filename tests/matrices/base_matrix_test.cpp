@@ -177,7 +177,7 @@ TYPED_TEST(BaseMatrix, ElementWiseArithmetic) {
   EXPECT_EQ(inPlace[3], factor + factor);
 }
 
-TEST(MatrixText, IsThatOfThePart) {
+TEST(MatrixText, PrintsTheRectangleOrTheWhole) {
   const double elements[] = {1, 2, 3, 4};
   const CQXMatrixMN<double> m(2, elements);
   ::testing::internal::CaptureStdout();
