@@ -65,7 +65,7 @@ CQXBaseMatrix<T>::~CQXBaseMatrix() = default;
 
 template <typename T>
 CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator=(const CQXBaseMatrix& other) {
-  if (this != &other) qxKernels::Copy(Count(), other.Data(), Data());
+  if (this != &other && other.Data() != nullptr) qxKernels::Copy(Count(), other.Data(), Data());
   return *this;
 }
 

@@ -271,6 +271,8 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   static void TakeResult(std::int32_t count, const T* source, CQXBaseVector<T>& target) noexcept;
   /// The rank becomes unknown and the singular numbers go.
   void ForgetResults() const noexcept;
+  /// Takes what fits of matrix b into @p x, which may be @p b. @return false when memory was refused.
+  static bool MultiplyInto(const CQXMatrixMN& matrix, const CQXBaseVector<T>& b, CQXBaseVector<T>& x);
   /// True when every element is finite.
   [[nodiscard]] bool IsFinite() const noexcept;
 

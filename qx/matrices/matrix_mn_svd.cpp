@@ -422,8 +422,8 @@ std::int32_t CQXMatrixMN<T>::ThinSVDUnitOffsetInPlace(CQXMatrixMN& a, CQXVectorN
   CQXMatrixMN left(rows, columns);
   CQXMatrixMN right(columns);
   CQXVectorN<T> values(columns);
-  if (matrix.ThinSVD(left, right, values) == 0) return 0;
-  if (left.Count() != matrix.Count() || right.Count() != qxElementCount(columns, columns)) return 0;
+  const bool isHeld = left.Count() == matrix.Count() && right.Count() == qxElementCount(columns, columns);
+  if (!isHeld || (columns > 0 && values.Data() == nullptr) || matrix.ThinSVD(left, right, values) == 0) return 0;
   a.InsertMatrix(left, 1, 1, rows, columns);
   v.InsertMatrix(right, 1, 1, columns, columns);
   singular.ReplacePart(1, 0, columns, values);

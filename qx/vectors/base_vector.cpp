@@ -41,7 +41,7 @@ CQXBaseVector<T>::~CQXBaseVector() = default;
 
 template <typename T>
 CQXBaseVector<T>& CQXBaseVector<T>::operator=(const CQXBaseVector& other) {
-  if (this != &other) qxKernels::Copy(Count(), other.Data(), Data());
+  if (this != &other && other.Data() != nullptr) qxKernels::Copy(Count(), other.Data(), Data());
   return *this;
 }
 
