@@ -210,9 +210,7 @@ void CQXChannel<T>::CreateBands(qxChannelType type) {
   SetSubChannelsNb(BandsCount(type));
   for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) {
     const Rect rect = BandRect(type, band, qxInternal::Extent(*this));
-    auto channel = std::make_unique<CQXChannel>(
-        static_cast<std::int32_t>(rect.right - rect.left), static_cast<std::int32_t>(rect.bottom - rect.top),
-        static_cast<std::int32_t>(rect.left), static_cast<std::int32_t>(rect.top));
+    std::unique_ptr<CQXChannel> channel = qxInternal::MakeShell<CQXChannel>(rect);
     channel->TakeUninitialisedSamples();
     channel->m_filter = m_filter;
     channel->m_type = type;

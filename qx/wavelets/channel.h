@@ -236,7 +236,9 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// The forward transform of @p depth levels, with the normalization of this channel.
   ///
   /// A raw channel is consumed: it is empty after the call, with all fields cleared. A decomposed channel stays as it
-  /// was and the result has @p depth levels more. Levels that FWTStep() refuses are left out without a report.
+  /// was and the result has @p depth levels more. Levels that FWTStep() refuses are left out without a report. Types 1
+  /// and 2 are never refused for the direction that divides: levels of one sample go on for as long as @p depth says,
+  /// so take it from qxCalculateMaximumDepth().
   /// @return a new channel; a plain copy where nothing can be done (depth below 1, no level possible, unknown type, a
   /// tree of another type or wavelet); null without a filter.
   [[nodiscard]] std::unique_ptr<CQXChannel> FWT(const CQXWaveletFilter<T>* filter, qxChannelType type,

@@ -7,17 +7,11 @@ using qxInternal::AllowsLevel;
 using qxInternal::BandRect;
 using qxInternal::BandsCount;
 using qxInternal::Extent;
+using qxInternal::MakeShell;
 using qxInternal::Rect;
 using qxInternal::RectAt;
 
 namespace {
-
-template <typename T>
-std::unique_ptr<CQXChannel<T>> MakeShell(const Rect& rect) {
-  return std::make_unique<CQXChannel<T>>(static_cast<std::int32_t>(rect.right - rect.left),
-                                         static_cast<std::int32_t>(rect.bottom - rect.top),
-                                         static_cast<std::int32_t>(rect.left), static_cast<std::int32_t>(rect.top));
-}
 
 /// Copies what a rectangle in absolute coordinates holds of the source's samples to the same place in the target.
 template <typename T>
@@ -109,7 +103,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutFromRawChannel(std::int32_t x, 
                                                                 std::int32_t height) const {
   const Rect rect = RectAt(*this, x, y, width, height);
   if (m_decomposed != 0 || rect.IsEmpty() || !Extent(*this).Contains(rect)) return nullptr;
-  std::unique_ptr<CQXChannel> piece = MakeShell<T>(rect);
+  std::unique_ptr<CQXChannel> piece = MakeShell<CQXChannel>(rect);
   piece->SetDecompositionTypes(m_filter, m_type, m_normalization);
   if (m_data != nullptr) {
     piece->TakeUninitialisedSamples();
@@ -124,7 +118,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutTree(qxChannelType type, std::i
                                                       std::int32_t width, std::int32_t height) const {
   const Rect rect = RectAt(*this, x, y, width, height);
   if (m_decomposed == 0 || m_type != type || rect.IsEmpty() || !Extent(*this).Contains(rect)) return nullptr;
-  std::unique_ptr<CQXChannel> piece = MakeShell<T>(rect);
+  std::unique_ptr<CQXChannel> piece = MakeShell<CQXChannel>(rect);
   CQXChannel* target = piece.get();
   for (const CQXChannel* level = this; level != nullptr && level->m_decomposed != 0; level = level->SubChannel(0)) {
     target->CreateOneLevelSubChannels(m_filter, type, m_normalization);

@@ -1,5 +1,6 @@
 #include <qx/arrays/random.h>
 #include <qx/arrays/statistics.h>
+#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/wavelet_kernels.h>
 #include <qx/wavelets/channel.h>
 
@@ -222,7 +223,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
     Rotate(m_data.get(), picture->m_data.get(), m_columns, m_rows, down, right);
     picture = clean(std::move(picture));
     Rotate(picture->m_data.get(), turned.get(), m_columns, m_rows, m_rows - down, m_columns - right);
-    qxKernels::Accumulate(sum->m_data.get(), turned.get(), Count());
+    qxKernels::Add(Count(), sum->m_data.get(), turned.get());
     if (progress) progress(round + 1, rounds + 1);
   }
   sum->EnhanceRawData(factor);

@@ -1,3 +1,4 @@
+#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/wavelet_kernels.h>
 #include <qx/wavelets/channel.h>
 
@@ -5,7 +6,7 @@
 
 template <typename T>
 void CQXChannel<T>::EnhanceRawData(T factor) {
-  if (m_data != nullptr) qxKernels::Scale(m_data.get(), Count(), factor);
+  if (m_data != nullptr) qxKernels::Multiply(Count(), m_data.get(), factor);
 }
 
 template <typename T>

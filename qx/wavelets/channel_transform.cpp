@@ -11,6 +11,7 @@ using qxInternal::BandsCount;
 using qxInternal::Extent;
 using qxInternal::LevelTransform;
 using qxInternal::LiftingSchedule;
+using qxInternal::MakeShell;
 using qxInternal::Rect;
 
 namespace {
@@ -271,9 +272,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
 
   // Upwards: the low band from below, the high bands cut out of the tree.
   const auto cut = [](const CQXChannel& source, const Rect& r, T factor) {
-    auto piece = std::make_unique<CQXChannel>(static_cast<std::int32_t>(r.right - r.left),
-                                              static_cast<std::int32_t>(r.bottom - r.top),
-                                              static_cast<std::int32_t>(r.left), static_cast<std::int32_t>(r.top));
+    std::unique_ptr<CQXChannel> piece = MakeShell<CQXChannel>(r);
     piece->TakeUninitialisedSamples();
     piece->PasteRawChannel(source);
     if (HasEffect(factor)) piece->EnhanceRawData(factor);
@@ -282,19 +281,17 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
   std::unique_ptr<CQXChannel> piece = cut(*lowest, rect, lowestFactor);
   for (; !levels.empty(); levels.pop_back()) {
     const Level& level = levels.back();
-    CQXChannel shell(static_cast<std::int32_t>(level.wide.right - level.wide.left),
-                     static_cast<std::int32_t>(level.wide.bottom - level.wide.top),
-                     static_cast<std::int32_t>(level.wide.left), static_cast<std::int32_t>(level.wide.top));
-    shell.m_filter = level.channel->m_filter;
-    shell.m_type = level.channel->m_type;
-    shell.m_decomposed = 1;
-    shell.SetSubChannelsNb(BandsCount(shell.m_type));
-    shell.SetSubChannel(std::move(piece), 0);
-    for (std::int32_t band = 1; band < shell.GetSubChannelsNb(); ++band) {
-      const Rect r = BandRect(shell.m_type, band, level.wide);
-      shell.SetSubChannel(cut(*level.channel->SubChannel(band), r, level.factors.Of(band)), band);
+    const std::unique_ptr<CQXChannel> shell = MakeShell<CQXChannel>(level.wide);
+    shell->m_filter = level.channel->m_filter;
+    shell->m_type = level.channel->m_type;
+    shell->m_decomposed = 1;
+    shell->SetSubChannelsNb(BandsCount(shell->m_type));
+    shell->SetSubChannel(std::move(piece), 0);
+    for (std::int32_t band = 1; band < shell->GetSubChannelsNb(); ++band) {
+      const Rect r = BandRect(shell->m_type, band, level.wide);
+      shell->SetSubChannel(cut(*level.channel->SubChannel(band), r, level.factors.Of(band)), band);
     }
-    const std::unique_ptr<CQXChannel> raw = shell.IFWTStep();
+    const std::unique_ptr<CQXChannel> raw = shell->IFWTStep();
     if (raw == nullptr) return nullptr;
     piece = cut(*raw, level.wanted, T(1));
   }
