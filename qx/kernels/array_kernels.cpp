@@ -147,6 +147,14 @@ void Divide(std::size_t count, T* target, T divisor) noexcept {
 }
 
 template <typename T>
+void MultiplyByPowerOfTwo(std::size_t count, std::int32_t exponent, T* target) noexcept {
+  if (exponent == 0) return;
+  const std::int32_t half = exponent / 2;  // each half of any exponent is itself a number of the type
+  Multiply(count, target, std::ldexp(T(1), half));
+  Multiply(count, target, std::ldexp(T(1), exponent - half));
+}
+
+template <typename T>
 void Sum(std::size_t count, const T* a, const T* b, T* target) noexcept {
   for (std::size_t i = 0; i < count; ++i) Store(target[i], Plus(a[i], b[i]));
 }
@@ -268,14 +276,15 @@ std::size_t IndexOfMax(std::size_t count, const T* a, bool absolute) noexcept {
   template T Dot<T>(std::size_t, const T*, const T*) noexcept;               \
   template bool AreDifferent<T>(std::size_t, const T*, const T*) noexcept;
 
-#define QX_INSTANTIATE_FOR_REAL(T)                                          \
-  template T SumOfSquares<T>(std::size_t, const T*) noexcept;               \
-  template T SumOfAbsolutes<T>(std::size_t, const T*) noexcept;             \
-  template T SumOfElements<T>(std::size_t, const T*) noexcept;              \
-  template bool AreWithin<T>(std::size_t, const T*, const T*, T) noexcept;  \
-  template bool AreWithin<T>(std::size_t, const T*, T) noexcept;            \
-  template void AnnulateSmall<T>(std::size_t, T*, T) noexcept;              \
-  template std::size_t IndexOfMin<T>(std::size_t, const T*, bool) noexcept; \
+#define QX_INSTANTIATE_FOR_REAL(T)                                               \
+  template void MultiplyByPowerOfTwo<T>(std::size_t, std::int32_t, T*) noexcept; \
+  template T SumOfSquares<T>(std::size_t, const T*) noexcept;                    \
+  template T SumOfAbsolutes<T>(std::size_t, const T*) noexcept;                  \
+  template T SumOfElements<T>(std::size_t, const T*) noexcept;                   \
+  template bool AreWithin<T>(std::size_t, const T*, const T*, T) noexcept;       \
+  template bool AreWithin<T>(std::size_t, const T*, T) noexcept;                 \
+  template void AnnulateSmall<T>(std::size_t, T*, T) noexcept;                   \
+  template std::size_t IndexOfMin<T>(std::size_t, const T*, bool) noexcept;      \
   template std::size_t IndexOfMax<T>(std::size_t, const T*, bool) noexcept;
 
 QX_INSTANTIATE_FOR_ALL(std::int32_t)

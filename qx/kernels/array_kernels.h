@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 /// @file
 /// Loops over arrays of numbers: what the run-time-sized vectors and matrices share. Internal, not part of the
@@ -33,6 +34,10 @@ template <typename T>
 void Multiply(std::size_t count, T* target, T factor) noexcept;
 template <typename T>
 void Divide(std::size_t count, T* target, T divisor) noexcept;
+
+/// Multiplies by 2^exponent, exactly where neither the factor's halves nor the results leave the range. float, double.
+template <typename T>
+void MultiplyByPowerOfTwo(std::size_t count, std::int32_t exponent, T* target) noexcept;
 
 // Into another array, whose elements are made anew.
 

@@ -57,22 +57,27 @@ template <std::size_t N, typename T>
   });
 }
 
-/// r := m v for a 4x4 matrix by rows; @p r is another array.
+/// The columns of the 4x4 matrix with the given rows.
+struct Columns {
+  [[gnu::always_inline]] inline Columns(Lanes<float> r0, Lanes<float> r1, Lanes<float> r2, Lanes<float> r3) noexcept {
+    const Lanes<float> low01 = __builtin_shufflevector(r0, r1, 0, 4, 1, 5);
+    const Lanes<float> low23 = __builtin_shufflevector(r2, r3, 0, 4, 1, 5);
+    const Lanes<float> high01 = __builtin_shufflevector(r0, r1, 2, 6, 3, 7);
+    const Lanes<float> high23 = __builtin_shufflevector(r2, r3, 2, 6, 3, 7);
+    c0 = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
+    c1 = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
+    c2 = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
+    c3 = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
+  }
+
+  Lanes<float> c0, c1, c2, c3;
+};
+
+/// r := m v for a 4x4 matrix by rows; @p r is another array. The columns do not wait for the vector: a loop over
+/// vectors forms them once.
 [[gnu::always_inline]] inline void Apply4(const float* m, const float* v, float* r) noexcept {
-  const Lanes<float> x = Load(v);
-  const Lanes<float> p0 = Load(m) * x;
-  const Lanes<float> p1 = Load(m + 4) * x;
-  const Lanes<float> p2 = Load(m + 8) * x;
-  const Lanes<float> p3 = Load(m + 12) * x;
-  // The products of one column side by side.
-  const Lanes<float> low01 = __builtin_shufflevector(p0, p1, 0, 4, 1, 5);
-  const Lanes<float> low23 = __builtin_shufflevector(p2, p3, 0, 4, 1, 5);
-  const Lanes<float> high01 = __builtin_shufflevector(p0, p1, 2, 6, 3, 7);
-  const Lanes<float> high23 = __builtin_shufflevector(p2, p3, 2, 6, 3, 7);
-  Store<float>(__builtin_shufflevector(low01, low23, 0, 1, 4, 5) + __builtin_shufflevector(low01, low23, 2, 3, 6, 7) +
-                   __builtin_shufflevector(high01, high23, 0, 1, 4, 5) +
-                   __builtin_shufflevector(high01, high23, 2, 3, 6, 7),
-               r);
+  const Columns column(Load(m), Load(m + 4), Load(m + 8), Load(m + 12));
+  Store<float>(column.c0 * v[0] + column.c1 * v[1] + column.c2 * v[2] + column.c3 * v[3], r);
 }
 
 /// r := m v for a 4x4 matrix by rows; @p r is another array.
@@ -151,16 +156,8 @@ template <typename T, typename Number>
 /// target := the inverse of the 4x4 matrix @p a, which may be the target.
 /// @return false when the absolute determinant is below the tolerance, and the target is untouched.
 [[nodiscard, gnu::always_inline]] inline bool Invert4(const float* a, float tolerance, float* target) noexcept {
-  const Lanes<float> r0 = Load(a), r1 = Load(a + 4), r2 = Load(a + 8), r3 = Load(a + 12);
-  const Lanes<float> low10 = __builtin_shufflevector(r1, r0, 0, 4, 1, 5);
-  const Lanes<float> low32 = __builtin_shufflevector(r3, r2, 0, 4, 1, 5);
-  const Lanes<float> high10 = __builtin_shufflevector(r1, r0, 2, 6, 3, 7);
-  const Lanes<float> high32 = __builtin_shufflevector(r3, r2, 2, 6, 3, 7);
-  // The columns, in the order of rows 1, 0, 3, 2, and the same in the order 0, 1, 2, 3.
-  const Lanes<float> c0 = __builtin_shufflevector(low10, low32, 0, 1, 4, 5);
-  const Lanes<float> c1 = __builtin_shufflevector(low10, low32, 2, 3, 6, 7);
-  const Lanes<float> c2 = __builtin_shufflevector(high10, high32, 0, 1, 4, 5);
-  const Lanes<float> c3 = __builtin_shufflevector(high10, high32, 2, 3, 6, 7);
+  // In the order of rows 1, 0, 3, 2; below the same in the order 0, 1, 2, 3.
+  const auto [c0, c1, c2, c3] = Columns(Load(a + 4), Load(a), Load(a + 12), Load(a + 8));
   const Lanes<float> s1 = __builtin_shufflevector(c1, c1, 1, 0, 3, 2);
   const Lanes<float> s2 = __builtin_shufflevector(c2, c2, 1, 0, 3, 2);
   const Lanes<float> s3 = __builtin_shufflevector(c3, c3, 1, 0, 3, 2);

@@ -1,6 +1,9 @@
 #include <qx/matrices/matrix2.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
+#include <qx/matrices/matrix_mn.h>
+#include <qx/matrices/matrix_n.h>
+#include <qx/vectors/vector_n.h>
 
 #include <cmath>
 #include <cstdint>
@@ -101,6 +104,10 @@ T CQXFixedMatrix<Derived, Vector, T, N>::Norm(qxMatrixNorm norm) const {
       return MakeVector([&](std::size_t i) { return ColVector(static_cast<std::int32_t>(i)).Norm1(); }).NormInf();
     case QX_MATRIX_NORM_ROW_SUM:
       return MakeVector([&](std::size_t i) { return RowVector(static_cast<std::int32_t>(i)).Norm1(); }).NormInf();
+    case QX_MATRIX_NORM_SPECTRAL: {
+      Vector singular;
+      return CalculateSingularNumbers(singular, 0) == 0 ? singular.NormInf() : std::numeric_limits<T>::quiet_NaN();
+    }
     default:
       return qxGuardedSqrt(InnerProduct(Self()), QX_TOLERANCE_SQUARED<T>);
   }
@@ -139,6 +146,114 @@ std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::LU_Decomposition(Derived& L,
     }
   }
   return 1;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::SolveSystem(const Vector& b, Vector& x, qxMatrixNorm norm,
+                                                                T tolerance, T& conditionNumber) const {
+  Derived inverse;
+  if (Inverse(inverse, norm, tolerance, conditionNumber) != 1) return 0;
+  x = inverse * b;
+  return 1;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::Inverse(Derived& target, qxMatrixNorm norm, T tolerance,
+                                                            T& conditionNumber) const {
+  const CQXMatrixMN<T> source(RowsNb(), Self().Data());
+  CQXMatrixMN<T> inverse(RowsNb());
+  if (source.Inverse(inverse, norm, tolerance, conditionNumber) != 1) return 0;
+  inverse.Dump(target.Data());
+  return 1;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::QR_Decomposition(Derived& Q, Derived& R, T tolerance) const {
+  const CQXMatrixMN<T> source(RowsNb(), Self().Data());
+  CQXMatrixMN<T> q(RowsNb()), r(RowsNb());
+  if (source.QR_Decomposition(q, r, tolerance) != 1) return 0;
+  q.Dump(Q.Data());
+  r.Dump(R.Data());
+  return 1;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::SV_Decomposition(Derived& U, Derived& V, Vector& singular,
+                                                                     T tolerance) const {
+  const CQXMatrixMN<T> source(RowsNb(), Self().Data());
+  CQXMatrixMN<T> u(RowsNb()), v(RowsNb());
+  CQXVectorN<T> values(RowsNb());
+  const std::int32_t result = source.SV_Decomposition(u, v, values, tolerance);
+  if (result != 0) return result;
+  u.Dump(U.Data());
+  v.Dump(V.Data());
+  values.Dump(singular.Data());
+  return 0;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::CalculateSingularNumbers(Vector& singular, T tolerance) const {
+  Derived u, v;
+  return SV_Decomposition(u, v, singular, tolerance);
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::CalculateRank(T tolerance) const {
+  return CQXMatrixMN<T>(RowsNb(), Self().Data()).CalculateRank(tolerance);
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+T CQXFixedMatrix<Derived, Vector, T, N>::ConditionNumber(qxMatrixNorm norm) const {
+  if (norm == QX_MATRIX_NORM_SPECTRAL) {
+    Vector singular;
+    if (CalculateSingularNumbers(singular, 0) != 0) return QX_OVERFLOW_VALUE<T>;
+    const T smallest = singular.Data()[N - 1];
+    return smallest <= QX_PREDICATE_TOLERANCE<T> ? QX_OVERFLOW_VALUE<T> : singular.Data()[0] / smallest;
+  }
+  Derived inverse;
+  if (Self().Inverse(inverse, QX_PREDICATE_TOLERANCE<T>) != 0) return QX_OVERFLOW_VALUE<T>;
+  return Norm(norm) * inverse.Norm(norm);
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+qxStatus CQXFixedMatrix<Derived, Vector, T, N>::SymmetricEigensolve(Vector& values, Derived& vectors,
+                                                                    T tolerance) const {
+  const CQXMatrixN<T> source(RowsNb(), Self().Data());
+  CQXMatrixN<T> columns(RowsNb());
+  CQXVectorN<T> numbers(RowsNb());
+  const qxStatus status = source.SymmetricEigensolve(numbers, columns, tolerance);
+  if (status != QX_STATUS_OK) return status;
+  numbers.Dump(values.Data());
+  columns.Dump(vectors.Data());
+  return QX_STATUS_OK;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::SpectralDecomposition(Derived& P, Derived& D, std::int32_t flag,
+                                                                          T tolerance) const {
+  const CQXMatrixN<T> source(RowsNb(), Self().Data());
+  CQXMatrixN<T> p(RowsNb()), d(RowsNb());
+  if (source.SpectralDecomposition(p, d, flag, tolerance) != 1) return 0;
+  p.Dump(P.Data());
+  d.Dump(D.Data());
+  return 1;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::PolarDecomposition(Derived& Q, Derived& S, std::int32_t flag,
+                                                                       T tolerance) const requires(N > 2) {
+  const CQXMatrixN<T> source(RowsNb(), Self().Data());
+  CQXMatrixN<T> q(RowsNb()), s(RowsNb());
+  if (source.PolarDecomposition(q, s, flag, tolerance) != 1) return 0;
+  q.Dump(Q.Data());
+  s.Dump(S.Data());
+  return 1;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::ExtractOrthogonal(Derived& Q, T tolerance) const {
+  Derived symmetric;
+  return Self().PolarDecomposition(Q, symmetric, 1, tolerance);
 }
 
 template class CQXFixedMatrix<CQXMatrix2<float>, CQXVector2<float>, float, 2>;

@@ -7,10 +7,8 @@
 #include <qx/vectors/fixed_array.h>
 
 #include <cmath>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 /// The vocabulary that CQXMatrix2, CQXMatrix3 and CQXMatrix4 share; arithmetic stands in CQXFixedArray.
 ///
@@ -324,12 +322,13 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
                                      std::int32_t lastColumn) noexcept;
 };
 
+/// True for CQXMatrix2, CQXMatrix3 and CQXMatrix4.
+template <typename M>
+inline constexpr bool qxIsFixedMatrix = false;
+
 /// CQXMatrix2, CQXMatrix3 or CQXMatrix4.
 template <typename M>
-concept qxFixedMatrix = requires {
-  typename M::Element;
-}
-&&std::derived_from<M, CQXFixedMatrix<M, typename M::Vector, typename M::Element, M::dimension>>;
+concept qxFixedMatrix = qxIsFixedMatrix<M>;
 
 /// 1 when abs(a - b) <= tolerance for every pair of elements.
 template <qxFixedMatrix M>

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 template <typename T>
 class CQXComplex;
@@ -29,7 +30,7 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
   constexpr CQXMatrix2() noexcept : m_c{} {}
   /// Zero matrix; both integers are ignored.
   template <std::integral Rows, std::integral Columns>
-  constexpr CQXMatrix2(Rows, Columns) noexcept : m_c{} {}
+  explicit constexpr CQXMatrix2(Rows, Columns) noexcept : m_c{} {}
   /// The elements by rows.
   constexpr CQXMatrix2(T m00, T m01, T m10, T m11) noexcept : m_c{m00, m01, m10, m11} {}
   /// Reads four elements by rows.
@@ -93,6 +94,9 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
  private:
   T m_c[4];
 };
+
+template <typename T>
+inline constexpr bool qxIsFixedMatrix<CQXMatrix2<T>> = true;
 
 extern template class QX_API CQXFixedMatrix<CQXMatrix2<float>, CQXVector2<float>, float, 2>;
 extern template class QX_API CQXFixedMatrix<CQXMatrix2<double>, CQXVector2<double>, double, 2>;

@@ -30,7 +30,7 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   constexpr CQXMatrix3() noexcept : m_c{} {}
   /// Zero matrix; both integers are ignored.
   template <std::integral Rows, std::integral Columns>
-  constexpr CQXMatrix3(Rows, Columns) noexcept : m_c{} {}
+  explicit constexpr CQXMatrix3(Rows, Columns) noexcept : m_c{} {}
   /// The elements by rows.
   constexpr CQXMatrix3(T m00, T m01, T m02, T m10, T m11, T m12, T m20, T m21, T m22) noexcept
       : m_c{m00, m01, m02, m10, m11, m12, m20, m21, m22} {}
@@ -173,8 +173,8 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   /// Takes this linear map apart into a rotation and a stretch S = V D V^T along orthogonal axes.
   ///
   /// @p side other than 0: this = Q S, out1 = Q, out2 = D, out3 = V; side 0: this = S Q, out1 = V, out2 = D, out3 = Q.
-  /// D is diagonal; V is a proper rotation, and the unit matrix when S is diagonal within the tolerance already. Q may
-  /// reflect and is not negated: that is left to the caller.
+  /// V is a proper rotation and D diagonal; when S is diagonal within the tolerance already, D = S and V is the unit
+  /// matrix. Q may reflect and is not negated: that is left to the caller.
   /// @param hasStretch 0 when S is diagonal: D then keeps the order of the axes; otherwise 1
   /// @param reflection 1 when det(Q) < 0, otherwise 0
   /// @return 1; 0 when the absolute determinant is below the tolerance, and all outputs are untouched.
@@ -222,6 +222,9 @@ template <typename T>
 [[nodiscard]] constexpr CQXMatrix2<T> qxMatrix3To2(const CQXMatrix3<T>& m) noexcept {
   return {m[0], m[1], m[3], m[4]};
 }
+
+template <typename T>
+inline constexpr bool qxIsFixedMatrix<CQXMatrix3<T>> = true;
 
 extern template class QX_API CQXFixedMatrix<CQXMatrix3<float>, CQXVector3<float>, float, 3>;
 extern template class QX_API CQXFixedMatrix<CQXMatrix3<double>, CQXVector3<double>, double, 3>;

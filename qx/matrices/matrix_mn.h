@@ -4,6 +4,8 @@
 #include <qx/matrices/matrix_norm.h>
 #include <qx/vectors/vector_n.h>
 
+#include <algorithm>
+
 /// Run-time-sized rectangular matrix of float or double: orthogonal factorisations, singular values, rank,
 /// pseudo-inverse.
 ///
@@ -219,6 +221,14 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// pivot < last, last is not 0 and vector[pivot] up < -tolerance.
   static void Householder2(std::int32_t pivot, std::int32_t first, std::int32_t last, T up, const T* vector,
                            CQXMatrixMN& matrix, T tolerance) noexcept;
+  /// Reflection of a vector that was brought near 1 by a power of two, so that no product leaves the range.
+  struct Reflection {
+    T up;
+    T b;      ///< 0 for the unit matrix
+    T value;  ///< what the pivot element becomes, at the scale of the given vector
+  };
+  /// Makes the reflection that leaves only the first of @p count elements; the others, scaled, are its tail.
+  [[nodiscard]] static Reflection MakeReflection(std::int32_t count, T* vector) noexcept;
   /// Rotation that turns (a, b) into (r, 0): c = a / r, s = b / r. An r below 1.5 tolerance gives c = 1, s = 0.
   static void Givens1(T a, T b, T& c, T& s, T& r, T tolerance) noexcept;
   /// (x, y) := (c x + s y, c y - s x).
@@ -253,7 +263,7 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
 
   /// Length of the array of singular numbers.
   [[nodiscard]] std::int32_t SingularCount() const noexcept {
-    return this->RowsNb() < this->ColsNb() ? this->RowsNb() : this->ColsNb();
+    return std::max(std::min(this->RowsNb(), this->ColsNb()), 0);
   }
   /// Takes what fits of a rows x columns result and forgets rank and singular numbers.
   void TakeResult(std::int32_t rows, std::int32_t columns, const T* source) noexcept;
@@ -261,12 +271,15 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   void TakeTransposedResult(std::int32_t rows, std::int32_t columns, const T* source) noexcept;
   /// Takes what fits of the result.
   static void TakeResult(std::int32_t count, const T* source, CQXBaseVector<T>& target) noexcept;
+  /// The rank becomes unknown and the singular numbers go.
+  void ForgetResults() const noexcept;
+  /// Takes what fits of matrix b into @p x, which may be @p b. @return false when memory was refused.
+  static bool MultiplyInto(const CQXMatrixMN& matrix, const CQXBaseVector<T>& b, CQXBaseVector<T>& x);
   /// True when every element is finite.
   [[nodiscard]] bool IsFinite() const noexcept;
 
  private:
   void CopySingularNumbers(const CQXMatrixMN& other);
-  void ForgetResults() const noexcept;
   [[nodiscard]] std::int32_t IsInBand(std::ptrdiff_t low, std::ptrdiff_t high, T tolerance) const noexcept;
   /// Inverse through the singular values, into a block. @return 1 or 0.
   std::int32_t InvertBySingularValues(T tolerance, T* target) const;

@@ -1,4 +1,4 @@
-#include <qx/kernels/matrix_kernels.h>
+#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
 #include <qx/matrices/matrix_mn.h>
 
@@ -64,6 +64,18 @@ void CQXMatrixMN<T>::Householder2(std::int32_t pivot, std::int32_t first, std::i
 }
 
 template <typename T>
+typename CQXMatrixMN<T>::Reflection CQXMatrixMN<T>::MakeReflection(std::int32_t count, T* vector) noexcept {
+  const std::size_t size = qxElementCount(count, 1);
+  T largest = 0;
+  for (std::size_t i = 0; i < size; ++i) largest = std::max(largest, std::abs(vector[i]));
+  const std::int32_t exponent = largest > 0 ? std::ilogb(largest) : 0;
+  qxKernels::MultiplyByPowerOfTwo(size, -exponent, vector);
+  T up;
+  Householder1(0, 1, count, 0, up, vector, nullptr, T(0));
+  return {up, vector[0] * up, std::ldexp(vector[0], exponent)};
+}
+
+template <typename T>
 void CQXMatrixMN<T>::Givens1(T a, T b, T& c, T& s, T& r, T tolerance) noexcept {
   const T sizeA = std::abs(a);
   const T sizeB = std::abs(b);
@@ -96,35 +108,31 @@ std::int32_t CQXMatrixMN<T>::QR_Decomposition(CQXMatrixMN& Q, CQXMatrixMN& R, T)
   const std::int32_t columns = this->ColsNb();
   const std::int32_t steps = this->DiagonalCount();
   const std::size_t height = qxElementCount(rows, 1);
-  const std::size_t width = qxElementCount(columns, 1);
   if (!IsFinite()) return 0;
   CQXMatrixMN r(*this);
   CQXMatrixMN q(rows, rows);
-  const qxBlock<T> work = qxMakeBlock<T>(height * qxElementCount(steps + 1, 1));
-  if (work == nullptr || q.Count() != height * height || r.Count() != this->Count()) return 0;
-
-  // Reflections that are still to be applied to Q: the vectors column by column, their first components after them.
-  T* const ups = work.get() + height * qxElementCount(steps, 1);
+  // The vectors of the reflections lie one after the other; each begins at the diagonal.
+  const qxBlock<T> vectors = qxMakeBlock<T>(height * qxElementCount(steps, 1));
+  const qxBlock<Reflection> reflections = qxMakeBlock<Reflection>(qxElementCount(steps, 1));
+  if (vectors == nullptr || reflections == nullptr || q.Count() != height * height || r.Count() != this->Count()) {
+    return 0;
+  }
+  const auto reflect = [&](std::int32_t k, std::int32_t width, T* corner, std::size_t stride) {
+    const Reflection& reflection = reflections[qxElementCount(k, 1)];
+    if (reflection.b == 0) return;
+    const T* const tail = vectors.get() + height * qxElementCount(k, 1) + 1;
+    qxKernels::ReflectFromLeft(reflection.up, reflection.b, qxElementCount(rows - k - 1, 1), tail,
+                               qxElementCount(width, 1), corner, corner + stride, stride);
+  };
   for (std::int32_t k = 0; k < steps; ++k) {
-    T* const vector = work.get() + height * qxElementCount(k, 1);
-    for (std::int32_t i = k; i < rows; ++i) vector[i] = std::exchange(r(i, k), T(0));
-    Householder1(k, k + 1, rows, 0, ups[k], vector, nullptr, T(0));
-    r(k, k) = vector[k];
-    const T b = vector[k] * ups[k];
-    if (b != 0 && k + 1 < columns) {
-      qxKernels::ReflectFromLeft(ups[k], b, qxElementCount(rows - k - 1, 1), vector + k + 1,
-                                 qxElementCount(columns - k - 1, 1), &r(k, k + 1), &r(k, k + 1) + width, width);
-    }
+    T* const vector = vectors.get() + height * qxElementCount(k, 1);
+    for (std::int32_t i = k; i < rows; ++i) vector[i - k] = std::exchange(r(i, k), T(0));
+    reflections[qxElementCount(k, 1)] = MakeReflection(rows - k, vector);
+    r(k, k) = reflections[qxElementCount(k, 1)].value;
+    reflect(k, columns - k - 1, &r(k, k) + 1, qxElementCount(columns, 1));
   }
   q.SetDiagonal(1);
-  for (std::int32_t k = steps - 1; k >= 0; --k) {
-    const T* const vector = work.get() + height * qxElementCount(k, 1);
-    const T b = vector[k] * ups[k];
-    if (b != 0) {
-      qxKernels::ReflectFromLeft(ups[k], b, qxElementCount(rows - k - 1, 1), vector + k + 1,
-                                 qxElementCount(rows - k, 1), &q(k, k), &q(k, k) + height, height);
-    }
-  }
+  for (std::int32_t k = steps - 1; k >= 0; --k) reflect(k, rows - k, &q(k, k), height);
   Q.TakeResult(rows, rows, q.Data());
   R.TakeResult(rows, columns, r.Data());
   return 1;

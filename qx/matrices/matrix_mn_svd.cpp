@@ -13,14 +13,6 @@ namespace {
 
 std::size_t Size(std::int32_t n) { return qxElementCount(n, 1); }
 
-/// Multiplies by a power of two in two steps, so that every finite exponent has its factors.
-template <typename T>
-void MultiplyByPowerOfTwo(std::size_t count, std::int32_t exponent, T* target) {
-  const std::int32_t half = exponent / 2;
-  qxKernels::Multiply(count, target, std::ldexp(T(1), half));
-  qxKernels::Multiply(count, target, std::ldexp(T(1), exponent - half));
-}
-
 /// Exponent of the power of two just above the largest element; 0 for zeros, and `bad` where one is not finite.
 template <typename T>
 std::int32_t ExponentOfLargest(std::size_t count, const T* a, std::int32_t bad) {
@@ -45,50 +37,50 @@ template <typename T>
 std::int32_t CQXMatrixMN<T>::QRT_2D(std::int32_t rows, std::int32_t columns, T* a, std::int32_t leftCount,
                                     Bidiagonal& target) {
   const std::size_t m = Size(rows), n = Size(columns), l = Size(leftCount);
-  const qxBlock<T> work = qxMakeBlock<T>(m + 2 * n);
-  const qxBlock<T> unit = qxMakeBlock<T>(std::max(target.left != nullptr ? m * l : 0, n * n));
-  if (work == nullptr || unit == nullptr) return 2;
-  T* const column = work.get();
-  T* const leftUps = column + m;
-  T* const rightUps = leftUps + n;
+  const qxBlock<T> column = qxMakeBlock<T>(m);
+  const qxBlock<T> unit = qxMakeBlock<T>(std::max(m * l, n * n));
+  const qxBlock<Reflection> reflections = qxMakeBlock<Reflection>(2 * n);
+  if (column == nullptr || unit == nullptr || reflections == nullptr) return 2;
+  Reflection* const ofColumns = reflections.get();
+  Reflection* const ofRows = ofColumns + n;
 
+  // Below the diagonal, and right of the superdiagonal, the tails of the reflections take the place of the matrix.
   std::fill_n(target.e, std::min<std::size_t>(n, 1), T(0));
   for (std::size_t k = 0; k < n; ++k) {
     T* const pivot = a + k * n + k;
-    for (std::size_t i = k; i < m; ++i) column[i] = a[i * n + k];
-    const std::int32_t step = static_cast<std::int32_t>(k);
-    Householder1(step, step + 1, rows, 0, leftUps[k], column, nullptr, T(0));
-    target.d[k] = column[k];
-    if (const T b = column[k] * leftUps[k]; b != 0) {
-      qxKernels::ReflectFromLeft(leftUps[k], b, m - k - 1, column + k + 1, n - k - 1, pivot + 1, pivot + 1 + n, n);
-    }
+    for (std::size_t i = 0; i < m - k; ++i) column[i] = pivot[i * n];
+    const Reflection left = ofColumns[k] = MakeReflection(rows - static_cast<std::int32_t>(k), column.get());
+    for (std::size_t i = 1; i < m - k; ++i) pivot[i * n] = column[i];
+    target.d[k] = left.value;
     if (k + 1 == n) break;
-    T* const row = a + k * n;
-    Householder1(step + 1, step + 2, columns, 0, rightUps[k], row, nullptr, T(0));
-    target.e[k + 1] = row[k + 1];
-    if (const T b = row[k + 1] * rightUps[k]; b != 0) {
-      qxKernels::ReflectFromRight(rightUps[k], b, n - k - 2, row + k + 2, m - k - 1, pivot + 1 + n, n);
+    if (left.b != 0) {
+      qxKernels::ReflectFromLeft(left.up, left.b, m - k - 1, column.get() + 1, n - k - 1, pivot + 1, pivot + 1 + n, n);
+    }
+    const Reflection right = ofRows[k + 1] = MakeReflection(columns - static_cast<std::int32_t>(k + 1), pivot + 1);
+    target.e[k + 1] = right.value;
+    if (right.b != 0) {
+      qxKernels::ReflectFromRight(right.up, right.b, n - k - 2, pivot + 2, m - k - 1, pivot + 1 + n, n);
     }
   }
 
   if (target.left != nullptr) {
     SetToUnit(m, l, unit.get());
     for (std::size_t k = n; k-- > 0;) {
-      const T b = target.d[k] * leftUps[k];
-      if (b == 0) continue;
-      for (std::size_t i = k + 1; i < m; ++i) column[i] = a[i * n + k];
+      if (ofColumns[k].b == 0) continue;
+      for (std::size_t i = k + 1; i < m; ++i) column[i - k] = a[i * n + k];
       T* const corner = unit.get() + k * l + k;
-      qxKernels::ReflectFromLeft(leftUps[k], b, m - k - 1, column + k + 1, l - k, corner, corner + l, l);
+      qxKernels::ReflectFromLeft(ofColumns[k].up, ofColumns[k].b, m - k - 1, column.get() + 1, l - k, corner,
+                                 corner + l, l);
     }
     qxKernels::Transpose(m, l, unit.get(), target.left);
   }
   if (target.right != nullptr) {
     SetToUnit(n, n, unit.get());
-    for (std::size_t k = n; k-- > 0;) {
-      const T b = k + 1 < n ? target.e[k + 1] * rightUps[k] : T(0);
-      if (b == 0) continue;
-      T* const corner = unit.get() + (k + 1) * n + k + 1;
-      qxKernels::ReflectFromLeft(rightUps[k], b, n - k - 2, a + k * n + k + 2, n - k - 1, corner, corner + n, n);
+    for (std::size_t k = n; k-- > 1;) {
+      if (ofRows[k].b == 0) continue;
+      T* const corner = unit.get() + k * n + k;
+      qxKernels::ReflectFromLeft(ofRows[k].up, ofRows[k].b, n - k - 1, a + (k - 1) * n + k + 1, n - k, corner,
+                                 corner + n, n);
     }
     qxKernels::Transpose(n, n, unit.get(), target.right);
   }
@@ -313,7 +305,7 @@ void CQXMatrixMN<T>::MoveZeroColumns(std::int32_t rows, std::int32_t columns, T*
 template <typename T>
 std::int32_t CQXMatrixMN<T>::Decompose(Wanted wanted, T tolerance, SingularForm& form) const {
   const bool isWide = this->RowsNb() < this->ColsNb();
-  const std::int32_t rows = isWide ? this->ColsNb() : this->RowsNb();
+  const std::int32_t rows = std::max({this->RowsNb(), this->ColsNb(), 0});
   const std::int32_t columns = SingularCount();
   if (isWide) std::swap(wanted.left, wanted.right);
   const std::int32_t leftCount = wanted.left > 0 ? std::clamp(wanted.left, columns, std::max(columns, rows)) : 0;
@@ -340,8 +332,8 @@ std::int32_t CQXMatrixMN<T>::Decompose(Wanted wanted, T tolerance, SingularForm&
   } else {
     std::copy_n(Data(), m * n, a.get());
   }
-  MultiplyByPowerOfTwo(m * n, -exponent, a.get());
-  MultiplyByPowerOfTwo(1, -exponent, &tolerance);
+  qxKernels::MultiplyByPowerOfTwo(m * n, -exponent, a.get());
+  qxKernels::MultiplyByPowerOfTwo(1, -exponent, &tolerance);
 
   std::int32_t* const rowOrder = order.get();
   std::int32_t* const columnOrder = rowOrder + m;
@@ -368,7 +360,7 @@ std::int32_t CQXMatrixMN<T>::Decompose(Wanted wanted, T tolerance, SingularForm&
   }
   if (const std::int32_t code = SingDecomp2D(b, tolerance); code != 0) return code;
 
-  MultiplyByPowerOfTwo(n, exponent, values.get());
+  qxKernels::MultiplyByPowerOfTwo(n, exponent, values.get());
   if (isMoved) {
     // The vectors go back to the places of the rows and columns; `a` and `moved` have served.
     const auto moveBack = [&](std::int32_t count, std::int32_t length, std::int32_t* places, T* vectors) {
@@ -430,8 +422,8 @@ std::int32_t CQXMatrixMN<T>::ThinSVDUnitOffsetInPlace(CQXMatrixMN& a, CQXVectorN
   CQXMatrixMN left(rows, columns);
   CQXMatrixMN right(columns);
   CQXVectorN<T> values(columns);
-  if (matrix.ThinSVD(left, right, values) == 0) return 0;
-  if (left.Count() != matrix.Count() || right.Count() != qxElementCount(columns, columns)) return 0;
+  const bool isHeld = left.Count() == matrix.Count() && right.Count() == qxElementCount(columns, columns);
+  if (!isHeld || (columns > 0 && values.Data() == nullptr) || matrix.ThinSVD(left, right, values) == 0) return 0;
   a.InsertMatrix(left, 1, 1, rows, columns);
   v.InsertMatrix(right, 1, 1, columns, columns);
   singular.ReplacePart(1, 0, columns, values);

@@ -115,6 +115,19 @@ class QX_API CQXAlgebraFunctions {
   /// for it is that at @p x1: from then on no change of sign is seen. Start with the smaller value at @p x1.
   /// @return 1 when a bracket was found, 0 otherwise; @p x1 and @p x2 hold the last interval
   static std::int32_t SearchRootBrackets(T& x1, T& x2, Function f);
+
+  /// Solves @p A x = b by conjugate gradients with the diagonal of the working matrix as preconditioner.
+  ///
+  /// The working system is (A, b) when A is symmetric and positive definite within @p tol, and (A^T A, A^T b)
+  /// otherwise, which squares the condition number. It ends after 100 steps for each unknown, or when the residual has
+  /// grown a thousandfold in its square.
+  /// @param x on input the start, on output the solution; may be @p b
+  /// @param tol the length of the residual is compared with tol times the length of the working right side
+  /// @param diagonalShift added to the diagonal of the working matrix when it is above QX_TOLERANCE
+  /// @return 1 converged; 0 otherwise, with the best x that was met. 0 with @p x untouched when a diagonal element of
+  ///         the working matrix is below QX_TOLERANCE or memory was refused.
+  static std::int32_t SolveByCongugateGradient(const CQXMatrixN<T>& A, const CQXVectorN<T>& b, CQXVectorN<T>& x, T tol,
+                                               T diagonalShift);
 };
 
 extern template class QX_API CQXAlgebraFunctions<float>;
@@ -148,6 +161,8 @@ class QX_API CQXAlgebra : public CQXAlgebraFunctions<float>, public CQXAlgebraFu
   using CQXAlgebraFunctions<double>::NarrowRootBrackets;
   using CQXAlgebraFunctions<float>::SearchRootBrackets;
   using CQXAlgebraFunctions<double>::SearchRootBrackets;
+  using CQXAlgebraFunctions<float>::SolveByCongugateGradient;
+  using CQXAlgebraFunctions<double>::SolveByCongugateGradient;
 
   /// Number of ways to choose @p k of @p n, formed in double by n (n - 1) / 2 (n - 2) / 3 ... and rounded.
   ///

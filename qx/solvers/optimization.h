@@ -1,9 +1,29 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/vectors/vector_n.h>
 
 #include <cstdint>
 #include <type_traits>
+
+/// Bounds of one variable.
+enum QX_OPTIMIZATION_CONSTRAINTS : std::int32_t {
+  QX_UNCONSTRAINED = 0,  ///< no bound
+  QX_LOWER_BOUND = 1,    ///< lower bound only
+  QX_BOTH_BOUNDS = 2,    ///< both bounds; the lower one must not exceed the upper one
+  QX_UPPER_BOUND = 3     ///< upper bound only
+};
+
+/// How a minimisation of many variables ended.
+enum QX_OPTIMIZATION_INFO : std::int32_t {
+  QX_OPT_INVALID = -1,            ///< bad arguments, no memory, or a search direction that does not go downhill
+  QX_OPT_IN_PROGRESS = 0,         ///< never left at return
+  QX_OPT_FUNCTION_CONVERGED = 1,  ///< the relative decrease of the function is small
+  QX_OPT_STEP_CONVERGED = 2,      ///< the change of x is small
+  QX_OPT_GRADIENT_CONVERGED = 3,  ///< the gradient is small, the projected one when there are bounds
+  QX_OPT_ITERATION_LIMIT = 4,     ///< more iterations than allowed
+  QX_OPT_LINE_SEARCH_FAILED = 6   ///< with bounds only: no step along the steepest descent makes the function smaller
+};
 
 /// Minimisation of functions of one variable and of many.
 ///
@@ -102,4 +122,123 @@ class QX_API CQXOptimization {
   static T DerivativeEstimationDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
                                        std::type_identity_t<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f,
                                        ScalarFunctionWithUser<T> df);
+
+  /// f(x) of many variables.
+  template <typename T>
+  using VectorFunction = std::type_identity_t<T (*)(const CQXVectorN<T>&)>;
+  /// f(x, user) of many variables.
+  template <typename T>
+  using VectorFunctionWithUser = std::type_identity_t<T (*)(const CQXVectorN<T>&, void*)>;
+  /// g(x, gradient): writes the gradient of f at x to the n elements of its second argument.
+  template <typename T>
+  using GradientFunction = std::type_identity_t<void (*)(const CQXVectorN<T>&, CQXVectorN<T>&)>;
+  /// g(x, gradient, user).
+  template <typename T>
+  using GradientFunctionWithUser = std::type_identity_t<void (*)(const CQXVectorN<T>&, CQXVectorN<T>&, void*)>;
+
+  /// Minimises a smooth function of @p n variables by limited-memory BFGS: the two-loop recursion over the last @p m
+  /// steps gives the direction, the line search of More and Thuente the step.
+  ///
+  /// Each iteration evaluates the function and the gradient at its start once more, then at every trial of the line
+  /// search, the function first; 20 trials are the limit. Memory and time for an iteration are O(n m).
+  ///
+  /// Ends at the first of these tests that holds after an iteration, in this order:
+  /// - |g| <= @p gTol: QX_OPT_GRADIENT_CONVERGED;
+  /// - decrease <= @p fTol max(|f before|, |f|, 1): QX_OPT_FUNCTION_CONVERGED;
+  /// - |x before - x| <= @p xTol: QX_OPT_STEP_CONVERGED;
+  /// - more than @p maxIterations iterations: QX_OPT_ITERATION_LIMIT. The limit itself is allowed and one more is made:
+  ///   a limit of 1 makes two line searches.
+  ///
+  /// Both norms are CQXVectorN::Length(), whose guard makes everything below 3.16e-5 (float: 3.16e-4) zero. A tolerance
+  /// below that acts as if it were that large: the gradient is never resolved more finely. To go on to smaller
+  /// gradients, scale the function up, and choose @p fTol accordingly.
+  ///
+  /// A direction that does not go downhill ends with QX_OPT_INVALID, unless the gradient test holds: at a stationary
+  /// start for instance, or with a gradient that is not a number. Values of the function that are not finite are not
+  /// noticed as such; the number of evaluations stays bounded by 21 (maxIterations + 1) + 1.
+  ///
+  /// Sources: J. Nocedal, Math. Comp. 35 (1980); D. C. Liu and J. Nocedal, Math. Programming 45 (1989); J. J. More and
+  /// D. J. Thuente, ACM Trans. Math. Softw. 20 (1994).
+  /// @param n number of variables
+  /// @param m number of remembered steps, 1 <= m <= n; 5 to 20 are usual
+  /// @param[in,out] x start of at least n elements, in the end the point reached
+  /// @param xTol,fTol,gTol tolerances of the three tests, all above 0
+  /// @param maxIterations at least 1
+  /// @param[out] info how it ended; QX_OPT_INVALID also for bad arguments (after one evaluation of function and
+  ///        gradient) and when memory is refused by a null: x is as it came then
+  /// @return the value of the function at @p x.
+  template <typename T>
+  static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
+                            std::type_identity_t<T> fTol, std::type_identity_t<T> gTol, std::int32_t maxIterations,
+                            VectorFunction<T> f, GradientFunction<T> g, QX_OPTIMIZATION_INFO& info);
+  template <typename T>
+  static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
+                            std::type_identity_t<T> fTol, std::type_identity_t<T> gTol, std::int32_t maxIterations,
+                            void* user, VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
+                            QX_OPTIMIZATION_INFO& info);
+
+  /// Minimises a smooth function of @p n variables with bounds on each of them, by the L-BFGS-B method: the generalized
+  /// Cauchy point of a limited-memory model, the minimum of the model over the variables that are free there, cut back
+  /// to the bounds, and a line search towards it.
+  ///
+  /// All points at which the function is evaluated keep the bounds; the start is moved onto them first. Where all
+  /// entries of @p constraints are QX_UNCONSTRAINED this is QuasiNewtonLBFGS().
+  ///
+  /// The gradient at x is projected: of a component that points out of a bound only the distance to the bound counts.
+  /// Ends before the first iteration when its largest magnitude is <= @p gTol, and after an iteration at the first of
+  /// these tests that holds, in this order:
+  /// - projected gradient <= @p gTol: QX_OPT_GRADIENT_CONVERGED (no guard here);
+  /// - |x before - x| <= @p xTol, by the guarded length as in QuasiNewtonLBFGS(): QX_OPT_STEP_CONVERGED;
+  /// - 0 < decrease <= @p fTol max(|f before|, |f|, 1): QX_OPT_FUNCTION_CONVERGED;
+  /// - more than @p maxIterations iterations: QX_OPT_ITERATION_LIMIT.
+  ///
+  /// When a line search fails (no step in 20 trials, or a direction that does not go downhill), x goes back to its
+  /// start and the model is forgotten; when it had been forgotten already, the end is QX_OPT_LINE_SEARCH_FAILED. That
+  /// is also how a function that is not a number ends.
+  ///
+  /// Sources: R. H. Byrd, P. Lu, J. Nocedal and C. Zhu, SIAM J. Sci. Comput. 16 (1995); C. Zhu, R. H. Byrd, P. Lu and
+  /// J. Nocedal, ACM Trans. Math. Softw. 23 (1997), algorithm 778.
+  /// @param n number of variables
+  /// @param m number of remembered steps, 1 <= m <= n
+  /// @param[in,out] x start of at least n elements, in the end the point reached
+  /// @param xTol,fTol,gTol tolerances of the tests, all above 0
+  /// @param maxIterations at least 1
+  /// @param constraints kind of bounds, one for each variable
+  /// @param lower,upper bounds, one for each variable; what a kind does not have is not read as a bound
+  /// @param[out] info how it ended; QX_OPT_INVALID for bad arguments, a kind that does not exist and crossed bounds
+  ///        (after one evaluation of the function), and when memory is refused by a null: x is as it came then
+  /// @return the value of the function at @p x.
+  template <typename T>
+  static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
+                                       std::type_identity_t<T> fTol, std::type_identity_t<T> gTol,
+                                       std::int32_t maxIterations, const QX_OPTIMIZATION_CONSTRAINTS* constraints,
+                                       const std::type_identity_t<T>* lower, const std::type_identity_t<T>* upper,
+                                       VectorFunction<T> f, GradientFunction<T> g, QX_OPTIMIZATION_INFO& info);
+  template <typename T>
+  static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
+                                       std::type_identity_t<T> fTol, std::type_identity_t<T> gTol,
+                                       std::int32_t maxIterations, const QX_OPTIMIZATION_CONSTRAINTS* constraints,
+                                       const std::type_identity_t<T>* lower, const std::type_identity_t<T>* upper,
+                                       void* user, VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
+                                       QX_OPTIMIZATION_INFO& info);
+
+ protected:
+  /// Brings the list of free variables up to date with the bound states and tells what changed.
+  ///
+  /// After the first iteration of a bounded task the former list is compared with the states: free variables with a
+  /// state above 0 leave, the others with a state of at most 0 enter. Indices count from 0.
+  /// @param[in,out] freeCount,freeIndex the free variables in ascending order in front, the others from the back
+  /// @param[out] enterCount,leaveCount how many enter and leave
+  /// @param[out] enteringIndex room for n: those that enter from the front, those that leave from the back
+  /// @param boundState above 0 for a variable at a bound, else free
+  /// @param memoryCount number of remembered steps
+  /// @param[in,out] update on entry whether the memory has changed, on exit whether the matrix of the subspace has to
+  /// be
+  ///        formed anew: 0 only when there are no steps, or nothing entered, left or changed
+  /// @param isConstrained whether there is a bound at all
+  /// @param iteration number of finished iterations
+  static void LBFGSB_Freev(std::int32_t n, std::int32_t& freeCount, std::int32_t* freeIndex, std::int32_t& enterCount,
+                           std::int32_t& leaveCount, std::int32_t* enteringIndex, const std::int32_t* boundState,
+                           std::int32_t memoryCount, std::int32_t& update, std::int32_t isConstrained,
+                           std::int32_t iteration);
 };

@@ -1,14 +1,11 @@
 #pragma once
 
-#include <qx/foundation/api.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/vectors/fixed_array.h>
 
 #include <cmath>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 template <typename T>
 class CQXVectorN;
@@ -123,9 +120,10 @@ class CQXFixedVector : public CQXFixedArray<Derived, T, N> {
   }
 };
 
+/// True for CQXVector2, CQXVector3 and CQXVector4.
+template <typename V>
+inline constexpr bool qxIsFixedVector = false;
+
 /// CQXVector2, CQXVector3 or CQXVector4.
 template <typename V>
-concept qxFixedVector = requires {
-  typename V::Element;
-}
-&&std::derived_from<V, CQXFixedVector<V, typename V::Element, V::dimension>>;
+concept qxFixedVector = qxIsFixedVector<V>;

@@ -7,6 +7,7 @@
 #include <concepts>
 #include <cstdint>
 #include <numbers>
+#include <type_traits>
 
 /// 2D vector (x, y): a plain value of exactly its components, no heap and no virtual operation.
 ///
@@ -67,6 +68,9 @@ class QX_API CQXVector2 : public CQXFixedVector<CQXVector2<T>, T, 2> {
  private:
   T m_c[2];
 };
+
+template <typename T>
+inline constexpr bool qxIsFixedVector<CQXVector2<T>> = true;
 
 extern template class QX_API CQXVector2<float>;
 extern template class QX_API CQXVector2<double>;

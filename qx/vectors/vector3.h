@@ -5,6 +5,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 /// 3D vector (x, y, z): a plain value of exactly its components, no heap and no virtual operation.
 ///
@@ -61,6 +62,9 @@ class QX_API CQXVector3 : public CQXFixedVector<CQXVector3<T>, T, 3> {
  private:
   T m_c[3];
 };
+
+template <typename T>
+inline constexpr bool qxIsFixedVector<CQXVector3<T>> = true;
 
 extern template class QX_API CQXVector3<float>;
 extern template class QX_API CQXVector3<double>;

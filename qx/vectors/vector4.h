@@ -5,6 +5,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 /// 4D vector (x, y, z, w), among them the homogeneous coordinates of a point in space: a plain value of exactly its
 /// components, no heap and no virtual operation.
@@ -52,6 +53,9 @@ class QX_API CQXVector4 : public CQXFixedVector<CQXVector4<T>, T, 4> {
  private:
   T m_c[4];
 };
+
+template <typename T>
+inline constexpr bool qxIsFixedVector<CQXVector4<T>> = true;
 
 extern template class QX_API CQXVector4<float>;
 extern template class QX_API CQXVector4<double>;

@@ -1,3 +1,4 @@
+#include <qx/matrices/matrix_n.h>
 #include <qx/solvers/algebra.h>
 
 #include <algorithm>
@@ -276,6 +277,50 @@ TYPED_TEST(Algebra, RootFindersEvaluateAsOftenAsTold) {
   EXPECT_EQ(x1, 3);
   EXPECT_LT(x2, -10);
   expectCalls(51, 0);
+}
+
+TYPED_TEST(Algebra, ConjugateGradients) {
+  using T = TypeParam;
+  const std::int32_t n = 30;
+  CQXMatrixN<T> a(n);  // the second difference, symmetric and positive definite
+  for (std::int32_t i = 0; i < n; ++i) {
+    a(i, i) = T(2.5);
+    if (i > 0) a(i, i - 1) = a(i - 1, i) = -1;
+  }
+  CQXVectorN<T> solution(n), x(n);
+  for (std::int32_t i = 0; i < n; ++i) solution[i] = static_cast<T>((i * 7) % 5 - 2);
+  const CQXVectorN<T> b = a * solution;
+  const T tolerance = T(1e-5);
+  ASSERT_EQ(CQXAlgebra::SolveByCongugateGradient(a, b, x, tolerance, T(0)), 1);
+  EXPECT_LE((a * x - b).Length(), tolerance * b.Length());
+  EXPECT_LE((x - solution).Length(), T(1e-3));
+
+  a(0, n - 1) = 1;  // not symmetric: the normal equations
+  const CQXVectorN<T> other = a * solution;
+  x.SetToZero();
+  ASSERT_EQ(CQXAlgebra::SolveByCongugateGradient(a, other, x, tolerance, T(0)), 1);
+  EXPECT_LE((x - solution).Length(), T(5e-3));
+  CQXVectorN<T> inPlace(other);
+  ASSERT_EQ(CQXAlgebra::SolveByCongugateGradient(a, inPlace, inPlace, tolerance, T(0)), 1);
+  EXPECT_LE((inPlace - solution).Length(), T(5e-3));
+
+  CQXVectorN<T> shifted(2), right(2, T(3));  // (2 + 1) x = 3, the start plays no part
+  CQXMatrixN<T> twice(2);
+  twice.SetDiagonal(2);
+  ASSERT_EQ(CQXAlgebra::SolveByCongugateGradient(twice, right, shifted, tolerance, T(1)), 1);
+  EXPECT_NEAR(shifted[1], 1, 1e-5);
+  twice(1, 1) = 0;  // no preconditioner
+  shifted.SetToConstant(7);
+  EXPECT_EQ(CQXAlgebra::SolveByCongugateGradient(twice, right, shifted, tolerance, T(0)), 0);
+  EXPECT_EQ(shifted[0], 7);
+  // No residual is small enough: the best that was met comes back, no worse than the start.
+  CQXMatrixN<T> hilbert(8);
+  for (std::int32_t i = 0; i < 64; ++i) hilbert[i] = 1 / static_cast<T>(i / 8 + i % 8 + 1);
+  CQXVectorN<T> ones(8, T(1)), best(8);
+  EXPECT_EQ(CQXAlgebra::SolveByCongugateGradient(hilbert, ones, best, T(0), T(0)), 0);
+  EXPECT_LT((hilbert * best - ones).Length(), ones.Length());
+  ones[0] = std::numeric_limits<T>::quiet_NaN();
+  EXPECT_EQ(CQXAlgebra::SolveByCongugateGradient(hilbert, ones, best, T(0), T(0)), 0);
 }
 
 TEST(Counts, FollowTheTriangleInsideAndAreOneOutside) {

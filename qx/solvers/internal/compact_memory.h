@@ -1,0 +1,80 @@
+#pragma once
+
+#include <qx/matrices/matrix_mn.h>
+
+#include <cstdint>
+
+/// @file
+/// The limited-memory matrix of the bounded method. Internal, not part of the interface.
+
+namespace qxSolvers {
+
+/// Cholesky factor of a symmetric matrix, in place: reads and writes the upper triangle from (first, first) on, where
+/// A = R' R.
+/// @return false at a pivot that is not positive; the triangle is then of no use.
+template <typename T>
+[[nodiscard]] bool FactorByCholesky(std::int32_t first, std::int32_t size, CQXMatrixMN<T>& a);
+
+/// v := R'^-1 v for the upper triangle from (0, 0) on.
+template <typename T>
+void SolveTransposed(std::int32_t size, const CQXMatrixMN<T>& r, T* v);
+
+/// v := R^-1 v for the upper triangle from (0, 0) on.
+template <typename T>
+void SolveUpper(std::int32_t size, const CQXMatrixMN<T>& r, T* v);
+
+/// The last pairs of a step s and the difference y of the gradients over it, with the compact form
+/// B = theta I - W M W' of the approximate Hessian, W = (Y, theta S).
+///
+/// R. H. Byrd, J. Nocedal and R. B. Schnabel, Representations of quasi-Newton matrices and their use in limited memory
+/// methods, Math. Programming 63 (1994), theorem 2.3. Pairs are numbered from the oldest to the newest. A vector of
+/// 2 Count() elements has the part of Y first, then that of S.
+template <typename T>
+class CompactMemory {
+ public:
+  CompactMemory(std::int32_t n, std::int32_t m);
+  [[nodiscard]] bool HasMemory() const;
+
+  [[nodiscard]] std::int32_t Count() const { return m_count; }
+  [[nodiscard]] T Theta() const { return m_theta; }
+
+  /// No pairs, theta = 1.
+  void Reset();
+
+  /// Takes in a pair; the oldest one goes when there is no room. theta becomes yy / sy.
+  /// @return false when the middle matrix is not positive definite: the memory has to be reset.
+  [[nodiscard]] bool Append(const T* step, const T* difference, T sy, T yy);
+
+  [[nodiscard]] const T* Step(std::int32_t pair) const { return m_steps.Data() + Offset(pair); }
+  [[nodiscard]] const T* Difference(std::int32_t pair) const { return m_differences.Data() + Offset(pair); }
+  /// s y of one pair.
+  [[nodiscard]] T Curvature(std::int32_t pair) const { return m_sy(pair, pair); }
+
+  /// product := W' v.
+  void MultiplyByTransposed(const T* v, T* product) const;
+  /// target += W c.
+  void AddProduct(const T* c, T* target) const;
+  /// Row @p i of W.
+  void GetRow(std::int32_t i, T* row) const;
+  /// product := M v, by the Cholesky factor of theta S'S + L D^-1 L'.
+  void MultiplyByMiddle(const T* v, T* product) const;
+
+ private:
+  [[nodiscard]] std::size_t Offset(std::int32_t pair) const {
+    const std::int32_t row = pair < m_m - m_first ? m_first + pair : pair - (m_m - m_first);
+    return static_cast<std::size_t>(row) * static_cast<std::size_t>(m_n);
+  }
+
+  std::int32_t m_n;
+  std::int32_t m_m;
+  std::int32_t m_first = 0;  // row of the oldest pair: the rows are a ring
+  std::int32_t m_count = 0;
+  T m_theta = 1;
+  CQXMatrixMN<T> m_steps;  // a pair in each row, along memory
+  CQXMatrixMN<T> m_differences;
+  CQXMatrixMN<T> m_sy;      // s_i y_j: the diagonal is D, below it is L
+  CQXMatrixMN<T> m_ss;      // s_i s_j, lower triangle
+  CQXMatrixMN<T> m_factor;  // upper triangle
+};
+
+}  // namespace qxSolvers
