@@ -23,9 +23,7 @@ void CQXOptimization::LBFGSB_Freev(std::int32_t n, std::int32_t& freeCount, std:
       if (!wasFree && isFree) enteringIndex[enterCount++] = variable;
     }
   }
-  const bool isChanged = enterCount > 0 || leaveCount > 0;
-  update = memoryCount > 0 && (update != 0 || isChanged) ? 1 : 0;
-  if (iteration > 0 && isConstrained != 0 && !isChanged) return;  // the list is as it was
+  update = memoryCount > 0 && (update != 0 || enterCount > 0 || leaveCount > 0) ? 1 : 0;
   freeCount = 0;
   std::int32_t others = n;
   for (std::int32_t i = 0; i < n; ++i) freeIndex[boundState[i] <= 0 ? freeCount++ : --others] = i;
