@@ -2,8 +2,10 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/tolerance.h>
+#include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
 #include <qx/vectors/vector2.h>
+#include <qx/vectors/vector3.h>
 
 #include <cstdint>
 #include <type_traits>
@@ -135,4 +137,43 @@ class QX_API CQXGeometry {
   /// center lies inside. 0 for less than 3 vertices; the root is guarded as that of the diameter.
   template <typename T>
   [[nodiscard]] static T CalculatePolygonInternalRadius(std::int32_t n, const CQXVector2<T>* vertices);
+
+  // ---- Lines, planes and rectangles
+
+  /// Cuts the line p + u v by the plane a x + b y + c z + d = 0.
+  /// @param[out] point the common point; far away when the line is nearly parallel to the plane
+  /// @return 1; 0 when a v.x + b v.y + c v.z is exactly 0, so that the line is parallel: the output is untouched.
+  template <typename T>
+  static std::int32_t LinePlaneIntersection(const CQXVector3<T>& p, const CQXVector3<T>& v, std::type_identity_t<T> a,
+                                            std::type_identity_t<T> b, std::type_identity_t<T> c,
+                                            std::type_identity_t<T> d, CQXVector3<T>& point);
+
+  /// The foot of the perpendicular from the origin to the plane a x + b y + c z + d = 0, -d (a, b, c) / (a^2 + b^2 +
+  /// c^2). The normal needs no unit length; for a zero normal, or one whose square underflows to 0, the origin.
+  template <typename T>
+  [[nodiscard]] static CQXVector3<T> GetPointOnPlane(T a, T b, T c, T d);
+
+  /// Cuts a segment by the closed rectangle lo.x <= x <= hi.x, lo.y <= y <= hi.y (Liang and Barsky 1984).
+  ///
+  /// An end inside is copied exactly; a clipped coordinate is exactly the one of the border. A segment that is a point,
+  /// and one that touches the rectangle in a point, is left as a point.
+  /// @param[out] qa,qb ends of what is left, in the direction of the segment; may be @p a and @p b
+  /// @return 1; 0 when nothing is left, also for ends that are not numbers: the outputs are untouched.
+  template <typename T>
+  static std::int32_t ClipSegmentToRectangle(const CQXVector2<T>& a, const CQXVector2<T>& b, const CQXVector2<T>& lo,
+                                             const CQXVector2<T>& hi, CQXVector2<T>& qa, CQXVector2<T>& qb);
+
+  /// The edge of a rectangle on whose line a point lies: exactly, or else within 1e-6. At a corner the first of the
+  /// order of testing wins.
+  /// @param horizontalFirst 0 tests in the order left, right, top, bottom; another value top, bottom, left, right
+  template <typename T>
+  [[nodiscard]] static qxRectangleBorder PointRelativelyRectangleBorder(const CQXVector2<T>& p, const CQXVector2<T>& lo,
+                                                                        const CQXVector2<T>& hi,
+                                                                        std::int32_t horizontalFirst);
+
+  /// The corner where two edges of a rectangle meet.
+  /// @return 1; 0 for one edge twice, opposite edges and QX_BORDER_NONE: the output is untouched.
+  template <typename T>
+  static std::int32_t EncloseCornerPoint(qxRectangleBorder border1, qxRectangleBorder border2, const CQXVector2<T>& lo,
+                                         const CQXVector2<T>& hi, CQXVector2<T>& corner);
 };

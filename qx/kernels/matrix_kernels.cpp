@@ -111,6 +111,30 @@ void Transpose(std::size_t rows, std::size_t columns, const T* a, T* target) noe
 }
 
 template <typename T>
+void CombineRows(std::size_t terms, const T* factors, std::size_t factorStride, const T* rows, std::size_t stride,
+                 std::size_t columns, T* __restrict target) noexcept {
+  // Four rows in one pass over the target; each element still takes them one after the other.
+  std::fill_n(target, columns, T(0));
+  std::size_t j = 0;
+  for (; j + 4 <= terms; j += 4) {
+    const T* const f = factors + j * factorStride;
+    const T f0 = f[0], f1 = f[factorStride], f2 = f[2 * factorStride], f3 = f[3 * factorStride];
+    const T* const r0 = rows + j * stride;
+    const T* const r1 = r0 + stride;
+    const T* const r2 = r1 + stride;
+    const T* const r3 = r2 + stride;
+    for (std::size_t c = 0; c < columns; ++c) {
+      target[c] = (((target[c] + f0 * r0[c]) + f1 * r1[c]) + f2 * r2[c]) + f3 * r3[c];
+    }
+  }
+  for (; j < terms; ++j) {
+    const T factor = factors[j * factorStride];
+    const T* const row = rows + j * stride;
+    for (std::size_t c = 0; c < columns; ++c) target[c] += factor * row[c];
+  }
+}
+
+template <typename T>
 bool IsBand(std::size_t rows, std::size_t columns, const T* a, std::ptrdiff_t low, std::ptrdiff_t high,
             T tolerance) noexcept {
   for (std::size_t r = 0; r < rows; ++r) {
@@ -122,6 +146,10 @@ bool IsBand(std::size_t rows, std::size_t columns, const T* a, std::ptrdiff_t lo
   return true;
 }
 
+template void CombineRows<float>(std::size_t, const float*, std::size_t, const float*, std::size_t, std::size_t,
+                                 float*) noexcept;
+template void CombineRows<double>(std::size_t, const double*, std::size_t, const double*, std::size_t, std::size_t,
+                                  double*) noexcept;
 template bool IsBand<float>(std::size_t, std::size_t, const float*, std::ptrdiff_t, std::ptrdiff_t, float) noexcept;
 template bool IsBand<double>(std::size_t, std::size_t, const double*, std::ptrdiff_t, std::ptrdiff_t, double) noexcept;
 

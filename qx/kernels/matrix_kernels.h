@@ -24,6 +24,12 @@ void MultiplyMatrixByVector(std::size_t rows, std::size_t columns, const T* a, c
 template <typename T>
 void Transpose(std::size_t rows, std::size_t columns, const T* a, T* target) noexcept;
 
+/// target[c] := the sum of factors[j factorStride] rows[j stride + c] over j below @p terms, ascending, from zero.
+/// float and double. The target must not overlap what is read.
+template <typename T>
+void CombineRows(std::size_t terms, const T* factors, std::size_t factorStride, const T* rows, std::size_t stride,
+                 std::size_t columns, T* target) noexcept;
+
 /// True when every element whose column less its row lies outside [low, high] is at most the tolerance in absolute
 /// value. float and double.
 template <typename T>

@@ -2,6 +2,7 @@
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
 #include <qx/matrices/matrix_mn.h>
+#include <qx/matrices/matrix_n.h>
 #include <qx/vectors/vector_n.h>
 
 #include <cmath>
@@ -212,6 +213,47 @@ T CQXFixedMatrix<Derived, Vector, T, N>::ConditionNumber(qxMatrixNorm norm) cons
   Derived inverse;
   if (Self().Inverse(inverse, QX_PREDICATE_TOLERANCE<T>) != 0) return QX_OVERFLOW_VALUE<T>;
   return Norm(norm) * inverse.Norm(norm);
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+qxStatus CQXFixedMatrix<Derived, Vector, T, N>::SymmetricEigensolve(Vector& values, Derived& vectors,
+                                                                    T tolerance) const {
+  const CQXMatrixN<T> source(RowsNb(), Self().Data());
+  CQXMatrixN<T> columns(RowsNb());
+  CQXVectorN<T> numbers(RowsNb());
+  const qxStatus status = source.SymmetricEigensolve(numbers, columns, tolerance);
+  if (status != QX_STATUS_OK) return status;
+  numbers.Dump(values.Data());
+  columns.Dump(vectors.Data());
+  return QX_STATUS_OK;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::SpectralDecomposition(Derived& P, Derived& D, std::int32_t flag,
+                                                                          T tolerance) const {
+  const CQXMatrixN<T> source(RowsNb(), Self().Data());
+  CQXMatrixN<T> p(RowsNb()), d(RowsNb());
+  if (source.SpectralDecomposition(p, d, flag, tolerance) != 1) return 0;
+  p.Dump(P.Data());
+  d.Dump(D.Data());
+  return 1;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::PolarDecomposition(Derived& Q, Derived& S, std::int32_t flag,
+                                                                       T tolerance) const requires(N > 2) {
+  const CQXMatrixN<T> source(RowsNb(), Self().Data());
+  CQXMatrixN<T> q(RowsNb()), s(RowsNb());
+  if (source.PolarDecomposition(q, s, flag, tolerance) != 1) return 0;
+  q.Dump(Q.Data());
+  s.Dump(S.Data());
+  return 1;
+}
+
+template <typename Derived, typename Vector, typename T, std::size_t N>
+std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::ExtractOrthogonal(Derived& Q, T tolerance) const {
+  Derived symmetric;
+  return Self().PolarDecomposition(Q, symmetric, 1, tolerance);
 }
 
 template class CQXFixedMatrix<CQXMatrix2<float>, CQXVector2<float>, float, 2>;

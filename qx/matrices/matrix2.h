@@ -30,7 +30,7 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
   constexpr CQXMatrix2() noexcept : m_c{} {}
   /// Zero matrix; both integers are ignored.
   template <std::integral Rows, std::integral Columns>
-  constexpr CQXMatrix2(Rows, Columns) noexcept : m_c{} {}
+  explicit constexpr CQXMatrix2(Rows, Columns) noexcept : m_c{} {}
   /// The elements by rows.
   constexpr CQXMatrix2(T m00, T m01, T m10, T m11) noexcept : m_c{m00, m01, m10, m11} {}
   /// Reads four elements by rows.

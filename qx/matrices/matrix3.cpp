@@ -350,5 +350,27 @@ void CQXMatrix3<T>::ExtractRotationAngleAxis(T& angleInDegrees, CQXVector3<T>& a
   axis = direction;
 }
 
+template <typename T>
+std::int32_t CQXMatrix3<T>::ExtractScaleRotation(CQXMatrix3& out1, CQXMatrix3& out2, CQXMatrix3& out3,
+                                                 std::int32_t side, T tolerance, std::int32_t& hasStretch,
+                                                 std::int32_t& reflection) const {
+  CQXMatrix3 rotation, stretch;
+  if (Base::PolarDecomposition(rotation, stretch, side, tolerance) != 1) return 0;
+  CQXMatrix3 factors = stretch;
+  CQXMatrix3 axes;
+  axes.Unit();
+  const bool isDiagonal = stretch.IsDiagonal(tolerance) != 0;
+  if (!isDiagonal) {
+    if (stretch.SpectralDecomposition(axes, factors, 0, tolerance) != 1) return 0;
+    if (axes.Det() < 0) axes.SetColVector(2, -axes.ColVector(2));
+  }
+  hasStretch = isDiagonal ? 0 : 1;
+  reflection = rotation.Det() < 0 ? 1 : 0;
+  out1 = side != 0 ? rotation : axes;
+  out2 = factors;
+  out3 = side != 0 ? axes : rotation;
+  return 1;
+}
+
 template class CQXMatrix3<float>;
 template class CQXMatrix3<double>;

@@ -30,7 +30,7 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   constexpr CQXMatrix3() noexcept : m_c{} {}
   /// Zero matrix; both integers are ignored.
   template <std::integral Rows, std::integral Columns>
-  constexpr CQXMatrix3(Rows, Columns) noexcept : m_c{} {}
+  explicit constexpr CQXMatrix3(Rows, Columns) noexcept : m_c{} {}
   /// The elements by rows.
   constexpr CQXMatrix3(T m00, T m01, T m02, T m10, T m11, T m12, T m20, T m21, T m22) noexcept
       : m_c{m00, m01, m02, m10, m11, m12, m20, m21, m22} {}

@@ -28,7 +28,7 @@ class QX_API CQXMatrix4 : public CQXFixedMatrix<CQXMatrix4<T>, CQXVector4<T>, T,
   constexpr CQXMatrix4() noexcept : m_c{} {}
   /// Zero matrix; both integers are ignored.
   template <std::integral Rows, std::integral Columns>
-  constexpr CQXMatrix4(Rows, Columns) noexcept : m_c{} {}
+  explicit constexpr CQXMatrix4(Rows, Columns) noexcept : m_c{} {}
   /// The elements by rows.
   constexpr CQXMatrix4(T m00, T m01, T m02, T m03, T m10, T m11, T m12, T m13, T m20, T m21, T m22, T m23, T m30, T m31,
                        T m32, T m33) noexcept

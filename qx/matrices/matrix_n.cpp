@@ -126,8 +126,11 @@ std::int32_t CQXMatrixN<T>::IsOrthogonal(T tolerance) const {
 
 template <typename T>
 std::int32_t CQXMatrixN<T>::IsPositive(T tolerance) const {
-  CQXMatrixN a = (*this + Transpose()) * T(0.5);
+  CQXMatrixN a(m_size);
   if (!IsHeld() || !a.IsHeld()) return 0;
+  for (std::int32_t i = 0; i < m_size; ++i) {
+    for (std::int32_t j = 0; j < m_size; ++j) a(i, j) = T(0.5) * ((*this)(i, j) + (*this)(j, i));
+  }
   for (std::int32_t k = 0; k < m_size; ++k) {
     if (!(a(k, k) > tolerance)) return 0;
     const std::size_t count = qxElementCount(m_size - k - 1, 1);

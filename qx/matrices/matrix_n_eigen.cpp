@@ -10,19 +10,23 @@
 
 namespace {
 
-/// Sweeps of Jacobi rotations over a symmetric matrix, both triangles filled; the eigenvectors are the rows of vectors.
+/// Sweeps of Jacobi rotations over a symmetric matrix, held in its lower triangle; the eigenvectors are the rows of
+/// vectors.
 ///
-/// Rows p and q take the rotation along memory, their images in columns p and q follow. Elements on the diagonal of a
-/// are not used: the values stand for them.
+/// While p stays, its row and column are held along memory in `current`; of row and column q, what lies in the row is
+/// rotated in place, and what lies in the column is brought along memory first. Elements on the diagonal, and beside
+/// it those of row and column p, are not used meanwhile: the values and `current` stand for them.
 /// @param sweeps on input the limit, on output the number of rotations
 template <typename T>
 qxStatus Sweep(std::size_t n, T* a, T* values, T* vectors, std::int32_t& sweeps, T tolerance) {
-  const qxBlock<T> work = qxMakeBlock<T>(2 * n);
+  const qxBlock<T> work = qxMakeBlock<T>(4 * n);
   const std::int32_t limit = sweeps;
   sweeps = 0;
   if (work == nullptr) return QX_STATUS_OUT_OF_MEMORY;
   T* const b = work.get();
   T* const z = b + n;
+  T* const current = z + n;
+  T* const tail = current + n;
   std::fill_n(vectors, n * n, T(0));
   for (std::size_t i = 0; i < n; ++i) {
     vectors[i * n + i] = 1;
@@ -33,18 +37,19 @@ qxStatus Sweep(std::size_t n, T* a, T* values, T* vectors, std::int32_t& sweeps,
   for (std::int32_t i = 1; i <= limit; ++i) {
     T sum = 0;
     for (std::size_t p = 0; p < n; ++p) {
-      for (std::size_t q = p + 1; q < n; ++q) sum += std::abs(a[p * n + q]);
+      for (std::size_t q = p + 1; q < n; ++q) sum += std::abs(a[q * n + p]);
     }
     if (sum < tolerance || sum == 0) return QX_STATUS_OK;
     const T size = static_cast<T>(n);
     const T threshold = i < 4 ? T(0.2) * sum / (size * size) : T(0);
     for (std::size_t p = 0; p < n; ++p) {
-      T* const rowP = a + p * n;
+      std::copy_n(a + p * n, p + 1, current);
+      for (std::size_t j = p + 1; j < n; ++j) current[j] = a[j * n + p];
       for (std::size_t q = p + 1; q < n; ++q) {
-        const T element = rowP[q];
+        const T element = current[q];
         const T g = 100 * std::abs(element);
         if (i > 4 && isLostBeside(g, values[p]) && isLostBeside(g, values[q])) {
-          rowP[q] = a[q * n + p] = 0;
+          current[q] = 0;
           continue;
         }
         if (!(std::abs(element) > threshold)) continue;
@@ -65,16 +70,17 @@ qxStatus Sweep(std::size_t n, T* a, T* values, T* vectors, std::int32_t& sweeps,
         z[q] += h;
         values[p] -= h;
         values[q] += h;
-        T* const rowQ = a + q * n;
-        qxKernels::JacobiRotate(n, s, tau, rowP, rowQ);
-        rowP[q] = rowQ[p] = 0;
-        for (std::size_t j = 0; j < n; ++j) {
-          a[j * n + p] = rowP[j];
-          a[j * n + q] = rowQ[j];
-        }
+        qxKernels::JacobiRotate(q, s, tau, current, a + q * n);
+        const std::size_t below = n - q - 1;
+        for (std::size_t j = 0; j < below; ++j) tail[j] = a[(q + 1 + j) * n + q];
+        qxKernels::JacobiRotate(below, s, tau, current + q + 1, tail);
+        for (std::size_t j = 0; j < below; ++j) a[(q + 1 + j) * n + q] = tail[j];
+        current[q] = 0;
         qxKernels::JacobiRotate(n, s, tau, vectors + p * n, vectors + q * n);
         ++sweeps;
       }
+      std::copy_n(current, p, a + p * n);
+      for (std::size_t j = p + 1; j < n; ++j) a[j * n + p] = current[j];
     }
     for (std::size_t k = 0; k < n; ++k) {
       b[k] += z[k];
@@ -101,13 +107,13 @@ qxStatus CQXMatrixN<T>::DestructiveJacobiUnitOffset(CQXMatrixN& a, CQXVectorN<T>
   CQXVectorN<T> found(m_size);
   if (!matrix.IsHeld() || !rows.IsHeld() || (found.Data() == nullptr && n > 0)) return QX_STATUS_OUT_OF_MEMORY;
   for (std::int32_t r = 0; r < m_size; ++r) {
-    for (std::int32_t c = r; c < m_size; ++c) matrix(r, c) = matrix(c, r) = a(r + 1, c + 1);
+    for (std::int32_t c = r; c < m_size; ++c) matrix(c, r) = a(r + 1, c + 1);
   }
   const qxStatus status = Sweep(n, matrix.Data(), found.Data(), rows.Data(), sweeps, tolerance);
   if (status != QX_STATUS_OK) return status;
   for (std::int32_t r = 0; r < m_size; ++r) {
-    for (std::int32_t c = r + 1; c < m_size; ++c) a(r + 1, c + 1) = matrix(r, c);
-    vectors.SetPartColVector(r + 1, 1, m_size, 0, rows.RowVector(r));
+    for (std::int32_t c = r + 1; c < m_size; ++c) a(r + 1, c + 1) = matrix(c, r);
+    for (std::int32_t c = 0; c < m_size; ++c) vectors(c + 1, r + 1) = rows(r, c);
   }
   values.ReplacePart(1, 0, m_size, found);
   return status;
@@ -120,7 +126,7 @@ qxStatus CQXMatrixN<T>::SolveByJacobi(T tolerance, T* values, T* vectors, std::i
   const qxBlock<std::int32_t> order = qxMakeBlock<std::int32_t>(n);
   if (!IsHeld() || !a.IsHeld() || !rows.IsHeld() || order == nullptr) return QX_STATUS_OUT_OF_MEMORY;
   for (std::int32_t r = 0; r < m_size; ++r) {
-    for (std::int32_t c = r; c < m_size; ++c) a(r, c) = a(c, r) = (*this)(r, c);
+    for (std::int32_t c = r; c < m_size; ++c) a(c, r) = (*this)(r, c);
   }
   rotations = 50;
   const qxStatus status = Sweep(n, a.Data(), values, rows.Data(), rotations, tolerance);

@@ -41,6 +41,42 @@ T Eliminate(std::size_t n, T* a, T* right, T bound) {
   return det;
 }
 
+/// Doolittle's factors of n x n elements; lowerT is the transpose of L, so that its columns lie along memory. Both
+/// begin as zeros; sums is a work array of n elements.
+/// @return 1; 0 when a pivot is below the tolerance
+template <typename T>
+std::int32_t Factor(std::size_t n, const T* a, T* lowerT, T* upper, T* sums, T tolerance) {
+  for (std::size_t k = 0; k < n; ++k) {
+    qxKernels::CombineRows(k, lowerT + k, n, upper + k, n, n - k, sums);
+    const T pivot = a[k * n + k] - sums[0];
+    if (std::abs(pivot) < tolerance) {
+      if (k > 0) upper[k * n + k] = pivot;
+      return 0;
+    }
+    for (std::size_t m = k; m < n; ++m) upper[k * n + m] = a[k * n + m] - sums[m - k];
+    lowerT[k * n + k] = 1;
+    qxKernels::CombineRows(k, upper + k, n, lowerT + k, n, n - k, sums);
+    for (std::size_t m = k + 1; m < n; ++m) lowerT[k * n + m] = (a[m * n + k] - sums[m - k]) / pivot;
+  }
+  return 1;
+}
+
+/// Inverse of a triangular matrix of n x n elements; what lies on the other side of the diagonal is not read. The
+/// inverse begins as zeros.
+template <typename T>
+void InvertTriangular(std::size_t n, const T* a, bool isLower, T* inverse) {
+  for (std::size_t step = 0; step < n; ++step) {
+    // Row i from the rows that are known already: those above it, or below it, as far as they are not zero.
+    const std::size_t i = isLower ? step : n - 1 - step;
+    const std::size_t first = isLower ? 0 : i + 1;
+    const std::size_t count = isLower ? i : n - 1 - i;
+    T* const row = inverse + i * n;
+    qxKernels::CombineRows(count, a + i * n + first, 1, inverse + first * n + first, n, count, row + first);
+    qxKernels::Divide(count, row + first, -a[i * n + i]);
+    row[i] = 1 / a[i * n + i];
+  }
+}
+
 /// Turns the right sides that Eliminate() left into the solutions.
 template <typename T>
 void SubstituteBack(std::size_t n, const T* a, T* right) {
@@ -54,38 +90,14 @@ void SubstituteBack(std::size_t n, const T* a, T* right) {
 
 template <typename T>
 std::int32_t CQXMatrixN<T>::LU_Decomposition(CQXMatrixN& L, CQXMatrixN& U, T tolerance) const {
-  const std::size_t n = Stride();
-  const CQXMatrixN a(*this);  // L or U may be this matrix
-  CQXMatrixN lower(m_size);   // transposed, so that a column of L lies along memory
-  CQXMatrixN upper(m_size);
-  const qxBlock<T> sums = qxMakeBlock<T>(n);
+  CQXMatrixN lowerT(m_size), upper(m_size);  // L or U may be this matrix
+  const qxBlock<T> sums = qxMakeBlock<T>(Stride());
+  const bool isHeld = IsHeld() && lowerT.IsHeld() && upper.IsHeld() && sums != nullptr;
+  const std::int32_t code = isHeld ? Factor(Stride(), Data(), lowerT.Data(), upper.Data(), sums.get(), tolerance) : 0;
   L.SetToZero();
   U.SetToZero();
-  if (!IsHeld() || !a.IsHeld() || !lower.IsHeld() || !upper.IsHeld() || sums == nullptr) return 0;
-
-  std::int32_t code = 1;
-  for (std::size_t k = 0; k < n; ++k) {
-    T* const rowU = upper.Data() + k * n;
-    T* const columnL = lower.Data() + k * n;
-    std::fill_n(sums.get(), n - k, T(0));
-    for (std::size_t j = 0; j < k; ++j) {
-      qxKernels::AddMultiple(n - k, lower.Data()[j * n + k], upper.Data() + j * n + k, sums.get());
-    }
-    const T pivot = a.Data()[k * n + k] - sums[0];
-    if (std::abs(pivot) < tolerance) {
-      if (k > 0) rowU[k] = pivot;
-      code = 0;
-      break;
-    }
-    for (std::size_t m = k; m < n; ++m) rowU[m] = a.Data()[k * n + m] - sums[m - k];
-    std::fill_n(sums.get(), n - k, T(0));
-    for (std::size_t j = 0; j < k; ++j) {
-      qxKernels::AddMultiple(n - k, upper.Data()[j * n + k], lower.Data() + j * n + k, sums.get());
-    }
-    columnL[k] = 1;
-    for (std::size_t m = k + 1; m < n; ++m) columnL[m] = (a.Data()[m * n + k] - sums[m - k]) / pivot;
-  }
-  L.TakeTransposedResult(m_size, m_size, lower.Data());
+  if (!isHeld) return 0;
+  L.TakeTransposedResult(m_size, m_size, lowerT.Data());
   U.TakeResult(m_size, m_size, upper.Data());
   return code;
 }
@@ -102,6 +114,7 @@ T CQXMatrixN<T>::Det() const {
 
 template <typename T>
 std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, T tolerance) const {
+  const std::size_t n = Stride();
   CQXMatrixN inverse(m_size);
   if (!IsHeld() || !inverse.IsHeld()) return 0;
   if (m_size >= 2 && m_size <= 4) {
@@ -109,14 +122,24 @@ std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, T tolerance) const {
     if (IsInverted(code)) target.TakeResult(m_size, m_size, inverse.Data());
     return code;
   }
-  CQXMatrixN lower(m_size), upper(m_size), inverseOfLower(m_size), inverseOfUpper(m_size);
-  if (LU_Decomposition(lower, upper, tolerance) == 0) {
+  const qxBlock<T> work = qxMakeBlock<T>(5 * n * n + n);
+  if (work == nullptr) return 0;
+  std::fill_n(work.get(), 5 * n * n, T(0));
+  T* const lowerT = work.get();
+  T* const lower = lowerT + n * n;
+  T* const upper = lower + n * n;
+  T* const inverseOfLower = upper + n * n;
+  T* const inverseOfUpper = inverseOfLower + n * n;
+  if (Factor(n, Data(), lowerT, upper, inverseOfUpper + n * n, tolerance) == 0) {
     if (Base::Inverse(inverse, tolerance) == 0) return 0;
   } else {
-    if (std::abs(upper.DetForTriangular()) < tolerance) return 3;
-    if (lower.LowLeftInverse(inverseOfLower, T(0)) == 0 || upper.UpperRightInverse(inverseOfUpper, T(0)) == 0) return 0;
-    qxKernels::MultiplyMatrices(Stride(), Stride(), Stride(), inverseOfUpper.Data(), inverseOfLower.Data(),
-                                inverse.Data());
+    T pivots = 1;
+    for (std::size_t i = 0; i < n; ++i) pivots *= upper[i * n + i];
+    if (std::abs(pivots) < tolerance) return 3;
+    qxKernels::Transpose(n, n, lowerT, lower);
+    InvertTriangular(n, lower, true, inverseOfLower);
+    InvertTriangular(n, upper, false, inverseOfUpper);
+    qxKernels::MultiplyMatrices(n, n, n, inverseOfUpper, inverseOfLower, inverse.Data());
   }
   target.TakeResult(m_size, m_size, inverse.Data());
   return 1;
@@ -148,7 +171,6 @@ std::int32_t CQXMatrixN<T>::DiagInverse(CQXMatrixN& target, T tolerance) const {
 
 template <typename T>
 std::int32_t CQXMatrixN<T>::InverseOfTriangular(CQXMatrixN& target, T tolerance, bool isLower) const {
-  const std::size_t n = Stride();
   const CQXMatrixN a(*this);
   CQXMatrixN inverse(m_size);
   target.SetToZero();
@@ -157,19 +179,7 @@ std::int32_t CQXMatrixN<T>::InverseOfTriangular(CQXMatrixN& target, T tolerance,
   for (std::int32_t i = 0; i < m_size; ++i) {
     if (std::abs(a(i, i)) < tolerance) return 0;
   }
-  for (std::size_t step = 0; step < n; ++step) {
-    // Row i of the inverse from the rows that are known already; they have as many elements as their distance tells.
-    const std::size_t i = isLower ? step : n - 1 - step;
-    T* const row = inverse.Data() + i * n;
-    const std::size_t first = isLower ? 0 : i;
-    row[i] = 1;
-    for (std::size_t j = isLower ? 0 : i + 1; j < (isLower ? i : n); ++j) {
-      const std::size_t start = isLower ? 0 : j;
-      const std::size_t count = isLower ? j + 1 : n - j;
-      qxKernels::AddMultiple(count, -a.Data()[i * n + j], inverse.Data() + j * n + start, row + start);
-    }
-    qxKernels::Divide(isLower ? i + 1 : n - i, row + first, a.Data()[i * n + i]);
-  }
+  InvertTriangular(Stride(), a.Data(), isLower, inverse.Data());
   target.TakeResult(m_size, m_size, inverse.Data());
   return 1;
 }
@@ -204,22 +214,14 @@ std::int32_t CQXMatrixN<T>::InvPreconditioner(CQXMatrixN& target, T tolerance) c
 template <typename T>
 std::int32_t CQXMatrixN<T>::SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, T tolerance) const {
   CQXMatrixN inverse(m_size);
-  if (!IsInverted(Inverse(inverse, tolerance))) return 0;
-  const CQXVectorN<T> solution = inverse * b;
-  if (solution.Data() == nullptr && m_size > 0) return 0;
-  Base::TakeResult(m_size, solution.Data(), x);
-  return 1;
+  return IsInverted(Inverse(inverse, tolerance)) && Base::MultiplyInto(inverse, b, x);
 }
 
 template <typename T>
 std::int32_t CQXMatrixN<T>::SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm, T tolerance,
                                         T& conditionNumber) const {
   CQXMatrixN inverse(m_size);
-  if (!IsInverted(Inverse(inverse, norm, tolerance, conditionNumber))) return 0;
-  const CQXVectorN<T> solution = inverse * b;
-  if (solution.Data() == nullptr && m_size > 0) return 0;
-  Base::TakeResult(m_size, solution.Data(), x);
-  return 1;
+  return IsInverted(Inverse(inverse, norm, tolerance, conditionNumber)) && Base::MultiplyInto(inverse, b, x);
 }
 
 template <typename T>

@@ -14,12 +14,15 @@ std::int32_t CQXAlgebraFunctions<T>::SolveByCongugateGradient(const CQXMatrixN<T
   CQXMatrixN<T> matrix(A), preconditioner(size);
   CQXVectorN<T> right(size);
   const qxBlock<T> work = qxMakeBlock<T>(6 * n);
-  if (work == nullptr || (n > 0 && (matrix.Data() == nullptr || right.Data() == nullptr))) return 0;
+  const bool isHeld = matrix.Data() != nullptr && preconditioner.Data() != nullptr && right.Data() != nullptr;
+  if (work == nullptr || (n > 0 && !isHeld)) return 0;
   right.Fill(b.Data());
   if (!(A.IsSymmetric(tol) != 0 && A.IsPositive(tol) != 0)) {
-    const CQXMatrixN<T> transpose = A.Transpose();
-    matrix = transpose * A;
-    right = transpose * b;
+    const qxBlock<T> transpose = qxMakeBlock<T>(n * n);
+    if (transpose == nullptr) return 0;
+    qxKernels::Transpose(n, n, A.Data(), transpose.get());
+    qxKernels::MultiplyMatrices(n, n, n, transpose.get(), A.Data(), matrix.Data());
+    qxKernels::MultiplyMatrixByVector(n, n, transpose.get(), b.Data(), right.Data());
   }
   const T threshold = tol * tol * right.SquareLength();
   if (diagonalShift > QX_TOLERANCE<T>) {

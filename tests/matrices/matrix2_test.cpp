@@ -93,6 +93,8 @@ TYPED_TEST(Matrix2, PolarDecompositionHasItsOwnSides) {
     M own = m, q;
     EXPECT_EQ(own.PolarDecomposition(own, q, 1), 1);
     EXPECT_EQ(own == u && q == p, true);
+    EXPECT_EQ(m.ExtractOrthogonal(q), 1);
+    EXPECT_EQ(q == u, true);
   }
   M u(1, 2, 3, 4), p = u;
   EXPECT_EQ(M(1, 2, 2, 4).PolarDecomposition(u, p, 0), 0);

@@ -314,42 +314,64 @@ TYPED_TEST(Matrix3, AnySolutionKeepsItsCode) {
   EXPECT_EQ(x == V(), true);
 }
 
-TYPED_TEST(Matrix3, CoordinateMatricesOfThePlane) {
+TYPED_TEST(Matrix3, MotionsOfThePlaneMultiplyFromEitherSide) {
   using T = TypeParam;
   using M = CQXMatrix3<T>;
-  using V = CQXVector3<T>;
-  const M any(1, 2, 3, 4, 5, 6, 0, 0, 1);
-  const T angle = T(0.3);
-  const M rotation(std::cos(angle), -std::sin(angle), 0, std::sin(angle), std::cos(angle), 0, 0, 0, 1);
-  M m = any;
-  m.Rotate(angle, 1);
-  this->ExpectSame(m, rotation * any, 16 * this->eps);
-  m = any;
-  m.Rotate(angle, 0);
-  this->ExpectSame(m, any * rotation, 16 * this->eps);
-  m = any;
-  m.Scale(2, 3, 1);
-  this->ExpectSame(m, M(2, 0, 0, 0, 3, 0, 0, 0, 1) * any, 0);
-  m = any;
-  m.Scale(2, 3, 0);
-  this->ExpectSame(m, any * M(2, 0, 0, 0, 3, 0, 0, 0, 1), 0);
-  m = any;
-  m.Translate(7, 8, 1);
-  this->ExpectSame(m, M(1, 0, 7, 0, 1, 8, 0, 0, 1) * any, 0);
-  m = any;
-  m.Translate(7, 8, 0);
-  this->ExpectSame(m, any * M(1, 0, 7, 0, 1, 8, 0, 0, 1), 0);
+  const M any(1, 2, 3, 4, 5, 6, 0, 0, 1), translation(1, 0, 7, 0, 1, 8, 0, 0, 1);
+  for (const std::int32_t flag : {0, 1}) {
+    const auto expect = [&](const M& moved, const M& motion) {
+      this->ExpectSame(moved, flag != 0 ? motion * any : any * motion, 16 * this->eps);
+    };
+    M m[3] = {any, any, any};
+    m[0].Rotate(T(0.3), flag);
+    expect(m[0], this->Elementary(2, T(0.3) * 180 / std::numbers::pi_v<T>));
+    m[1].Scale(2, 3, flag);
+    expect(m[1], M(2, 0, 0, 0, 3, 0, 0, 0, 1));
+    m[2].Translate(7, 8, flag);
+    expect(m[2], translation);
+  }
+  EXPECT_EQ(any.IsCoordinateMatrix(0) && translation.IsTranslation(0) && !any.IsTranslation(), true);
+  M inverse;
+  ASSERT_EQ(any.InverseCoordinateMatrix(inverse), 0);
+  EXPECT_EQ((any * inverse).IsUnit(16 * this->eps), 1);
+  EXPECT_EQ(M(1, 2, 3, 2, 4, 6, 0, 0, 1).InverseCoordinateMatrix(inverse), 3);
+  EXPECT_EQ(qxMatrix2To3(qxMatrix3To2(any)) == M(1, 2, 0, 4, 5, 0, 0, 0, 1), true);
+}
 
-  EXPECT_EQ(any.IsCoordinateMatrix(0), 1);
-  EXPECT_EQ(any.IsTranslation(), 0);
-  EXPECT_EQ(M(1, 0, 7, 0, 1, 8, 0, 0, 1).IsTranslation(0), 1);
-  EXPECT_EQ(M(1, 0, 7, 0, 1, 8, 0, 0, 2).IsTranslation(), 0);
-  ASSERT_EQ(any.InverseCoordinateMatrix(m), 0);
-  this->ExpectSame(any * m, M(1, 0, 0, 0, 1, 0, 0, 0, 1), 16 * this->eps);
-  EXPECT_EQ(m.RowVector(2) == V(0, 0, 1), true);
-  EXPECT_EQ(M(1, 2, 3, 2, 4, 6, 0, 0, 1).InverseCoordinateMatrix(m), 3);
-  EXPECT_EQ(qxMatrix3To2(qxMatrix2To3(CQXMatrix2<T>(1, 2, 3, 4))) == CQXMatrix2<T>(1, 2, 3, 4), true);
-  EXPECT_EQ(qxMatrix2To3(CQXMatrix2<T>(1, 2, 3, 4)) == M(1, 2, 0, 3, 4, 0, 0, 0, 1), true);
+TYPED_TEST(Matrix3, ScaleAndRotationRebuildTheMap) {
+  using T = TypeParam;
+  using M = CQXMatrix3<T>;
+  M rotation;
+  rotation.SetRotationByEulerAngles(20, 40, -60, QX_ROTATIONS_XYZ);
+  const M stretch(3, 1, 0, 1, 4, -1, 0, -1, 2), diagonal(3, 0, 0, 0, 1, 0, 0, 0, 2);
+  const T bound = 256 * this->eps;
+  for (const std::int32_t side : {0, 1}) {
+    for (const T sign : {T(1), T(-1)}) {
+      for (const bool isStretched : {true, false}) {
+        const M& s = isStretched ? stretch : diagonal;
+        const M m = (side != 0 ? rotation * s : s * rotation) * sign;
+        M out1, d, out3;
+        std::int32_t hasStretch = 9, reflection = 9;
+        ASSERT_EQ(m.ExtractScaleRotation(out1, d, out3, side, bound, hasStretch, reflection), 1);
+        const M& q = side != 0 ? out1 : out3;
+        const M& v = side != 0 ? out3 : out1;
+        EXPECT_EQ(hasStretch, isStretched ? 1 : 0);
+        EXPECT_EQ(reflection, sign < 0 ? 1 : 0);
+        EXPECT_EQ(d.IsDiagonal(bound), 1);
+        EXPECT_EQ(v.IsRotation(bound), 1);
+        this->ExpectSame(q, rotation * sign, bound);
+        this->ExpectSame(v * d * v.Transpose(), s, 4 * bound);
+        if (!isStretched) {
+          EXPECT_EQ(v.IsUnit(0), 1);
+          this->ExpectSame(d, diagonal, bound);  // in the order of the axes
+        }
+      }
+    }
+  }
+  M out1, out2, out3;
+  std::int32_t hasStretch = 9, reflection = 9;
+  EXPECT_EQ(M(1, 2, 3, 2, 4, 6, 0, 0, 1).ExtractScaleRotation(out1, out2, out3, 1, T(1e-6), hasStretch, reflection), 0);
+  EXPECT_EQ(hasStretch == 9 && reflection == 9, true);
 }
 
 }  // namespace

@@ -21,60 +21,43 @@ class Matrix4 : public ::testing::Test {
 };
 TYPED_TEST_SUITE(Matrix4, FloatTypes);
 
-TYPED_TEST(Matrix4, AxisTurnsAreRightHandedFromBothSides) {
-  using T = TypeParam;
-  using M = CQXMatrix4<T>;
-  const T angle = T(0.7), c = std::cos(angle), s = std::sin(angle), bound = 64 * this->eps;
-  const M any = this->Any();
-  const M x(1, 0, 0, 0, 0, c, -s, 0, 0, s, c, 0, 0, 0, 0, 1);
-  const M y(c, 0, s, 0, 0, 1, 0, 0, -s, 0, c, 0, 0, 0, 0, 1);
-  const M z(c, -s, 0, 0, s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
-  M m = any;
-  m.RotateXAxis(angle, 1);
-  this->ExpectSame(m, x * any, bound);
-  m = any;
-  m.RotateXAxis(angle, 0);
-  this->ExpectSame(m, any * x, bound);
-  m = any;
-  m.RotateYAxis(angle, -1);
-  this->ExpectSame(m, y * any, bound);
-  m = any;
-  m.RotateYAxis(angle, 0);
-  this->ExpectSame(m, any * y, bound);
-  m = any;
-  m.RotateZAxis(angle, 2);
-  this->ExpectSame(m, z * any, bound);
-  m = any;
-  m.RotateZAxis(angle, 0);
-  this->ExpectSame(m, any * z, bound);
+TYPED_TEST(Matrix4, MotionsMultiplyFromEitherSide) {
+  using M = CQXMatrix4<TypeParam>;
+  const TypeParam angle = TypeParam(0.7), c = std::cos(angle), s = std::sin(angle);
+  const M any = this->Any(), scaling(2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 5, 0, 0, 0, 0, 1);
+  for (const std::int32_t flag : {0, 1, -3}) {
+    const auto expect = [&](const M& moved, const M& motion) {
+      this->ExpectSame(moved, flag != 0 ? motion * any : any * motion, 64 * this->eps);
+      this->ExpectSame(any.Combine(motion, flag), flag != 0 ? motion * any : any * motion, 0);
+    };
+    M m[4] = {any, any, any, any};
+    m[0].RotateXAxis(angle, flag);
+    expect(m[0], M(1, 0, 0, 0, 0, c, -s, 0, 0, s, c, 0, 0, 0, 0, 1));
+    m[1].RotateYAxis(angle, flag);
+    expect(m[1], M(c, 0, s, 0, 0, 1, 0, 0, -s, 0, c, 0, 0, 0, 0, 1));
+    m[2].RotateZAxis(angle, flag);
+    expect(m[2], M(c, -s, 0, 0, s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1));
+    m[3].Scale(2, 3, 5, flag);
+    expect(m[3], scaling);
+  }
+  this->ExpectSame(any.Reflect(), M(-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1) * any, 0);
 }
 
-TYPED_TEST(Matrix4, ScalingTranslationAndReflection) {
+TYPED_TEST(Matrix4, TranslationFromTheRightShiftsByTheCorner) {
   using M = CQXMatrix4<TypeParam>;
   const M any = this->Any();
-  const M scaling(2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 5, 0, 0, 0, 0, 1);
   M m = any;
-  m.Scale(2, 3, 5, 1);
-  this->ExpectSame(m, scaling * any, 0);
-  m = any;
-  m.Scale(2, 3, 5, 0);
-  this->ExpectSame(m, any * scaling, 0);
-  m = any;
   m.Translate(2, 3, 5, 1);
   this->ExpectSame(m, this->Translation(2, 3, 5) * any, 0);
   m.Unit();
   m.Translate(2, 3, 5, 0);
-  this->ExpectSame(m, this->Translation(3, 4, 6), 0);  // each component is shifted by m(3, 3)
+  this->ExpectSame(m, this->Translation(3, 4, 6), 0);
   m = any;
   m.Translate(2, 3, 5, 0);
   M expected = any * this->Translation(2, 3, 5);
   for (std::int32_t r = 0; r < 3; ++r) expected(r, 3) += any(3, 3);
   expected(3, 3) = any(3, 3);
   this->ExpectSame(m, expected, 0);
-  M reflected = M(-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1) * any;
-  this->ExpectSame(any.Reflect(), reflected, 0);
-  this->ExpectSame(any.Combine(scaling, 0), any * scaling, 0);
-  this->ExpectSame(any.Combine(scaling, 1), scaling * any, 0);
 }
 
 TYPED_TEST(Matrix4, BlockTranslationAndDiagonal) {
@@ -138,6 +121,23 @@ TYPED_TEST(Matrix4, CoordinateMatricesInvertByTheirBlock) {
   EXPECT_EQ(m.InverseCoordinateMatrix(inverse), 3);
   EXPECT_EQ(m.GetLocalCoordinates(local, found), 0);
   EXPECT_EQ(own == inverse && found == local, true);
+}
+
+TYPED_TEST(Matrix4, PolarDecompositionPutsTheRotationWhereTheFlagSays) {
+  using M = CQXMatrix4<TypeParam>;
+  const M m = this->Any() + M(9, 0, 0, 0, 0, 8, 0, 0, 0, 0, 7, 0, 0, 0, 0, 6);
+  M q, s, own = m;
+  ASSERT_EQ(m.PolarDecomposition(q, s, 1), 1);
+  EXPECT_EQ(q.IsOrthogonal(64 * this->eps), 1);
+  EXPECT_EQ(s.IsSymmetric(0), 1);
+  this->ExpectSame(q * s, m, 1024 * this->eps);
+  ASSERT_EQ(m.PolarDecomposition(q, s, 0), 1);
+  this->ExpectSame(s * q, m, 1024 * this->eps);
+  EXPECT_EQ(own.ExtractOrthogonal(own), 1);
+  this->ExpectSame(own, q, 64 * this->eps);
+  own = M();
+  EXPECT_EQ(own.PolarDecomposition(q, s, 0), 0);
+  this->ExpectSame(s * q, m, 1024 * this->eps);
 }
 
 }  // namespace

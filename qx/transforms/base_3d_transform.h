@@ -1,0 +1,57 @@
+#pragma once
+
+#include <qx/foundation/api.h>
+#include <qx/foundation/tolerance.h>
+#include <qx/matrices/matrix4.h>
+#include <qx/transforms/transform_type.h>
+
+#include <cstdint>
+
+/// Transform of space held as one 4x4 matrix M of homogeneous coordinates, which acts on column vectors: a point p
+/// becomes M (p, 1), and the translation is the last column.
+///
+/// The object holds M alone; its kind is told by GetTypeOfTransform(). Distinct transforms may be used from different
+/// threads; const operations on one transform may run in parallel.
+template <typename T>
+class QX_API CQXBase3DTransform {
+ public:
+  /// The unit matrix.
+  CQXBase3DTransform() noexcept { SetToIdentity(); }
+  explicit CQXBase3DTransform(const CQXMatrix4<T>& matrix) noexcept : m_matrix(matrix) {}
+  CQXBase3DTransform(const CQXBase3DTransform& other) noexcept = default;
+
+  virtual ~CQXBase3DTransform();
+
+  /// Copies the matrix.
+  virtual CQXBase3DTransform& operator=(const CQXBase3DTransform& other) noexcept;
+
+  /// The inverse of the matrix; the object is unchanged.
+  /// @param tolerance what the absolute determinant is compared with
+  /// @return 1; 0 when the determinant is below the tolerance, and @p target is untouched.
+  virtual std::int32_t Invert(CQXMatrix4<T>& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+
+  /// QX_TRANSFORM_GENERAL; derived classes return their own kind.
+  [[nodiscard]] virtual qxTransformType GetTypeOfTransform() const noexcept;
+
+  [[nodiscard]] const CQXMatrix4<T>& GetMatrix() const noexcept { return m_matrix; }
+  /// M := @p matrix.
+  void SetTransform(const CQXMatrix4<T>& matrix) noexcept { m_matrix = matrix; }
+  /// M := the unit matrix.
+  void SetToIdentity() noexcept { m_matrix.Unit(); }
+  /// M := @p motion M: the motion acts after what the object holds. @p motion may be GetMatrix().
+  void AddTransform(const CQXMatrix4<T>& motion) noexcept { m_matrix = motion * m_matrix; }
+  /// The product M @p motion when @p flag is 0, so that the motion acts first; otherwise @p motion M.
+  [[nodiscard]] CQXMatrix4<T> Combine(const CQXMatrix4<T>& motion, std::int32_t flag) const noexcept {
+    return m_matrix.Combine(motion, flag);
+  }
+  /// 1 when the bottom row is within the tolerance of (0, 0, 0, 1), bounds included, else 0.
+  [[nodiscard]] std::int32_t IsAffine(T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
+    return m_matrix.IsCoordinateMatrix(tolerance);
+  }
+
+ protected:
+  CQXMatrix4<T> m_matrix;
+};
+
+extern template class QX_API CQXBase3DTransform<float>;
+extern template class QX_API CQXBase3DTransform<double>;

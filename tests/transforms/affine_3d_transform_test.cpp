@@ -1,0 +1,431 @@
+#include <qx/transforms/affine_3d_transform.h>
+#include <qx/vectors/vector_functions.h>
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "tests/transforms/reference.h"
+#include "tests/typed_test.h"
+
+namespace {
+
+using reference::About;
+using reference::Distance;
+using reference::Linear;
+using reference::Matrix;
+using reference::Scaling;
+using reference::Translation;
+
+template <typename T>
+class Affine3D : public ::testing::Test {
+ protected:
+  static constexpr T eps = std::numeric_limits<T>::epsilon();
+
+  CQXMatrix4<T> RandomMatrix() {
+    CQXMatrix4<T> m;
+    for (std::int32_t i = 0; i < 16; ++i) m[i] = random.In(-2, 2);
+    return m;
+  }
+  static Matrix Full(const CQXMatrix4<T>& a) {
+    Matrix result = Linear(a.GetMatrix());
+    for (std::int32_t i = 0; i < 4; ++i) {
+      result.m[std::size_t(i)][3] = double(a(i, 3));
+      result.m[3][std::size_t(i)] = double(a(3, i));
+    }
+    return result;
+  }
+  /// The polar form goes through the square of the matrix, which loses some digits; the axes of a stretch are found to
+  /// the fixed tolerance 1e-6.
+  static constexpr T polarBound = 8192 * eps;
+  static double RebuildBound(const CQXMatrix3<T>& u) { return double(polarBound) + (u.IsUnit(0) != 0 ? 0 : 8e-6); }
+
+  CQXAffine3DTransform<T> transform;
+  reference::Random<T> random;
+};
+TYPED_TEST_SUITE(Affine3D, FloatTypes);
+
+TYPED_TEST(Affine3D, ElementaryMotionsAreSetAndAddedAlike) {
+  using T = TypeParam;
+  using Transform = CQXAffine3DTransform<T>;
+  const CQXVector3<T> t = this->random.Vector(-3, 3), s = this->random.Vector(0.5, 2), c = this->random.Vector(-3, 3);
+  const T a = this->random.In(-2, 2), b = this->random.In(-2, 2);
+  const auto angles = this->random.Angles();
+  const T ax = T(angles[0]), ay = T(angles[1]), az = T(angles[2]);
+  const CQXVector3<T> zAxis(0, 0, 2);
+
+  CQXMatrix3<T> r;
+  r.SetRotationByEulerAngles(ax, ay, az, QX_ROTATIONS_YZX);
+  const Matrix euler = reference::Euler(angles, QX_ROTATIONS_YZX);
+  Matrix shearXY, shearXZ, shearYZ;
+  shearXY.m[0][2] = shearXZ.m[0][1] = shearYZ.m[1][0] = double(a);
+  shearXY.m[1][2] = shearXZ.m[2][1] = shearYZ.m[2][0] = double(b);
+
+  struct Motion {
+    const char* name;
+    std::function<void(Transform&)> set, add;
+    Matrix expected;
+  };
+  const std::vector<Motion> motions = {
+      {"translation", [&](Transform& x) { x.SetTranslation(t); }, [&](Transform& x) { x.AddTranslation(t); },
+       Translation(t)},
+      {"scaling", [&](Transform& x) { x.SetScaling(s); }, [&](Transform& x) { x.AddScaling(s, CQXVector3<T>()); },
+       Scaling(s)},
+      {"scaling about a point", [&](Transform& x) { x.SetScaling(s, c); }, [&](Transform& x) { x.AddScaling(s, c); },
+       About(c, Scaling(s))},
+      {"rotation", [&](Transform& x) { x.SetRotation(r); }, [&](Transform& x) { x.AddRotation(r); }, euler},
+      {"rotation about a point", [&](Transform& x) { x.SetRotation(r, c); }, [&](Transform& x) { x.AddRotation(r, c); },
+       About(c, euler)},
+      {"rotation about an axis", [&](Transform& x) { x.SetRotation(90, zAxis); },
+       [&](Transform& x) { x.AddRotation(90, zAxis); }, reference::AxisRotation(2, 90)},
+      {"angles", [&](Transform& x) { x.SetRotation(ax, ay, az, QX_ROTATIONS_YZX); },
+       [&](Transform& x) { x.AddRotation(ax, ay, az, QX_ROTATIONS_YZX); }, euler},
+      {"angles about a point", [&](Transform& x) { x.SetRotation(ax, ay, az, QX_ROTATIONS_YZX, c); },
+       [&](Transform& x) { x.AddRotation(ax, ay, az, QX_ROTATIONS_YZX, c); }, About(c, euler)},
+      {"bad order", [&](Transform& x) { x.SetRotation(ax, ay, az, qxRotationsOrder(17), c); },
+       [&](Transform& x) { x.AddRotation(ax, ay, az, qxRotationsOrder(17), c); }, Matrix()},
+      {"reflection", [&](Transform& x) { x.SetReflection(); }, [&](Transform& x) { x.AddReflection(); },
+       reference::PointReflection()},
+      {"shear XY", [&](Transform& x) { x.SetShearXY(a, b); }, [&](Transform& x) { x.AddShearXY(a, b); }, shearXY},
+      {"shear XZ", [&](Transform& x) { x.SetShearXZ(a, b); }, [&](Transform& x) { x.AddShearXZ(a, b); }, shearXZ},
+      {"shear YZ", [&](Transform& x) { x.SetShearYZ(a, b); }, [&](Transform& x) { x.AddShearYZ(a, b); }, shearYZ}};
+  for (const Motion& motion : motions) {
+    Transform x(this->RandomMatrix());
+    motion.set(x);
+    EXPECT_LE(Distance(x.GetMatrix(), motion.expected), 64 * this->eps) << motion.name;
+    EXPECT_EQ(x.IsAffine(0), 1) << motion.name;
+    const CQXMatrix4<T> start = this->RandomMatrix();  // any bottom row
+    x.SetTransform(start);
+    motion.add(x);
+    EXPECT_LE(Distance(x.GetMatrix(), motion.expected * this->Full(start)), 256 * this->eps) << motion.name;
+    EXPECT_EQ(x.GetMatrix().RowVector(3) == start.RowVector(3), 1) << motion.name;
+  }
+
+  // A center of almost zero: the length 3e-5 is guarded in double too.
+  for (const T tiny : {T(0), T(1e-7), T(1e-5)}) {
+    this->transform.SetScaling(CQXVector3<T>(5, 6, 7), CQXVector3<T>(tiny, tiny, -tiny));
+    EXPECT_EQ(this->transform.GetTranslation().NormInf(), 0) << tiny;
+  }
+}
+
+TYPED_TEST(Affine3D, CompositesActInTheOrderOfTheirLetters) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  using X = CQXAffine3DTransform<T>;
+  for (int i = 0; i < 60; ++i) {
+    const int order = i % 6;
+    const auto qxOrder = static_cast<qxRotationsOrder>(order);
+    const bool centered = i % 2 == 0;
+    const V t = this->random.Vector(-3, 3), s = this->random.Vector(-2, 2);
+    const V c = centered ? this->random.Vector(-3, 3) : V(), cs = centered ? this->random.Vector(-3, 3) : V();
+    const auto angles = this->random.Angles();
+    const T ax = T(angles[0]), ay = T(angles[1]), az = T(angles[2]);
+    CQXMatrix3<T> r;
+    r.SetRotationByEulerAngles(ax, ay, az, qxOrder);
+
+    const Matrix rotation = reference::Euler(angles, order), scaling = About(cs, Scaling(s));
+    const Matrix translation = Translation(t);
+    // Next to the translation the point c is subtracted once; across the scaling the rotation is about c.
+    const Matrix rt = Translation(t - c) * rotation, tr = Translation(-c) * rotation * translation;
+    const Matrix rc = About(c, rotation);
+    X x;
+    const struct {
+      const char* letters;
+      void (X::*set)(const V&, const CQXMatrix3<T>&, const V&, const V&, const V&) noexcept;
+      void (X::*setByAngles)(const V&, T, T, T, qxRotationsOrder, const V&, const V&, const V&) noexcept;
+      Matrix expected;
+    } composites[] = {{"SRT", &X::SetSRT, &X::SetSRT, rt * scaling},
+                      {"STR", &X::SetSTR, &X::SetSTR, tr * scaling},
+                      {"RTS", &X::SetRTS, &X::SetRTS, scaling * rt},
+                      {"TRS", &X::SetTRS, &X::SetTRS, scaling * tr},
+                      {"RST", &X::SetRST, &X::SetRST, translation * scaling * rc},
+                      {"TSR", &X::SetTSR, &X::SetTSR, rc * scaling * translation}};
+    const auto expect = [&](const std::string& letters, const Matrix& expected) {
+      EXPECT_LE(Distance(x.GetMatrix(), expected), 512 * this->eps) << letters;
+      if (centered) return;
+      Matrix product;
+      for (const char letter : letters)
+        product = (letter == 'S' ? scaling : letter == 'R' ? rotation : translation) * product;
+      EXPECT_LE(Distance(x.GetMatrix(), product), 512 * this->eps) << letters << " by its letters";
+    };
+    for (const auto& composite : composites) {
+      (x.*composite.set)(t, r, c, s, cs);
+      expect(composite.letters, composite.expected);
+      x.SetToIdentity();
+      (x.*composite.setByAngles)(t, ax, ay, az, qxOrder, c, s, cs);
+      expect(composite.letters, composite.expected);
+    }
+    x.SetST(t, s, cs);
+    expect("ST", translation * scaling);
+    x.SetTS(t, s, cs);
+    expect("TS", scaling * translation);
+    x.SetRT(t, r, c);
+    expect("RT", rt);
+    x.SetRT(t, ax, ay, az, qxOrder, c);
+    expect("RT", rt);
+    x.SetTR(t, r, c);
+    expect("TR", tr);
+    x.SetTR(t, ax, ay, az, qxOrder, c);
+    expect("TR", tr);
+    x.SetSR(r, c, s, cs);
+    expect("SR", rc * scaling);
+    x.SetSR(ax, ay, az, qxOrder, c, s, cs);
+    expect("SR", rc * scaling);
+    x.SetRS(r, c, s, cs);
+    expect("RS", scaling * rc);
+    x.SetRS(ax, ay, az, qxOrder, c, s, cs);
+    expect("RS", scaling * rc);
+  }
+}
+
+TYPED_TEST(Affine3D, TheHolderKeepsOneMatrix) {
+  using T = TypeParam;
+  const CQXMatrix4<T> m = this->RandomMatrix(), e = this->RandomMatrix();
+  CQXBase3DTransform<T> base;
+  EXPECT_EQ(base.GetMatrix().IsUnit(0), 1);
+  base.SetTransform(m);
+  EXPECT_TRUE(qxAreAlmostEqual(base.Combine(e, 0), m * e, T(0)));
+  EXPECT_TRUE(qxAreAlmostEqual(base.Combine(e, 7), e * m, T(0)));
+  base.AddTransform(e);
+  EXPECT_TRUE(qxAreAlmostEqual(base.GetMatrix(), e * m, T(0)));
+  base.SetTransform(m);
+  base.AddTransform(base.GetMatrix());
+  EXPECT_TRUE(qxAreAlmostEqual(base.GetMatrix(), m * m, T(0)));
+
+  CQXBase3DTransform<T>& asBase = this->transform;
+  asBase = base;
+  EXPECT_TRUE(qxAreAlmostEqual(this->transform.GetMatrix(), m * m, T(0)));
+  EXPECT_EQ(base.GetTypeOfTransform(), QX_TRANSFORM_GENERAL);
+  EXPECT_EQ(asBase.GetTypeOfTransform(), QX_TRANSFORM_AFFINE);
+
+  CQXMatrix4<T> inverse = e;
+  this->transform.SetTRS({1, 2, 3}, 10, 20, 30, QX_ROTATIONS_ZXY, {}, {1, 2, 3}, {});
+  EXPECT_EQ(asBase.Invert(inverse, T(1e-6)), 1);
+  EXPECT_TRUE((inverse * this->transform.GetMatrix()).IsUnit(64 * this->eps));
+  inverse = e;
+  EXPECT_EQ(asBase.Invert(inverse, T(6.1)), 0);
+  EXPECT_TRUE(qxAreAlmostEqual(inverse, e, T(0)));
+}
+
+TYPED_TEST(Affine3D, ArraysAreTransformedAsSinglePointsAre) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  const CQXAffine3DTransform<T> x(this->RandomMatrix());  // a bottom row that must not be read
+  const CQXMatrix4<T>& m = x.GetMatrix();
+  std::vector<V> source, points(100, V(T(7.0), T(7.0), T(7.0))), vectors = points;
+  for (int i = 0; i < 100; ++i) source.push_back(this->random.Vector(-5, 5));
+  for (const std::int32_t n : {-1, 0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 99}) {
+    x.TransformPoints(n, source.data(), points.data());
+    x.TransformVectors(n, source.data(), vectors.data());
+    std::vector<V> pointsInPlace = source, vectorsInPlace = source;
+    x.TransformPointsInPlace(n, pointsInPlace.data());
+    x.TransformVectorsInPlace(n, vectorsInPlace.data());
+    for (std::int32_t i = 0; i < n; ++i) {
+      const auto at = static_cast<std::size_t>(i);
+      V p = source[at], v = p;
+      const V image(m(0, 0) * p.X() + m(0, 1) * p.Y() + m(0, 2) * p.Z(),
+                    m(1, 0) * p.X() + m(1, 1) * p.Y() + m(1, 2) * p.Z(),
+                    m(2, 0) * p.X() + m(2, 1) * p.Y() + m(2, 2) * p.Z());
+      // The order of operations is laid down, so the results are the same to the last bit.
+      EXPECT_EQ((x.TransformVector(v) - image).NormInf(), 0);
+      EXPECT_EQ((x.TransformPoint(p) - (image + V(m(0, 3), m(1, 3), m(2, 3)))).NormInf(), 0);
+      x.TransformPointInPlace(p);
+      x.TransformVectorInPlace(v);
+      for (const V& same : {points[at], pointsInPlace[at]}) EXPECT_EQ((same - p).NormInf(), 0);
+      for (const V& same : {vectors[at], vectorsInPlace[at]}) EXPECT_EQ((same - v).NormInf(), 0);
+    }
+    const auto end = static_cast<std::size_t>(std::max(n, 0));
+    EXPECT_EQ(points[end].X(), 7);  // nothing beyond the last one is touched
+    EXPECT_EQ((pointsInPlace[end] - source[end]).NormInf(), 0);
+  }
+  x.TransformPoints(0, nullptr, nullptr);
+}
+
+TYPED_TEST(Affine3D, LinesAndPlanesMayBeTransformedInPlace) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  auto& x = this->transform;
+  x.SetSRT({1, 2, 3}, 40, 50, 60, QX_ROTATIONS_XZY, {}, {2, 3, 4}, {});
+  const V p(1, -1, 2), v(3, 1, 1);
+  V point = p, direction = v;
+  x.TransformLine(point, direction, point, direction);
+  EXPECT_EQ((point - x.TransformPoint(p)).NormInf(), 0);
+  EXPECT_EQ((direction - x.TransformVector(v)).NormInf(), 0);
+  direction = v;
+  x.TransformLine(p, direction, direction, point);  // the first output is the second input
+  EXPECT_EQ((point - x.TransformVector(v)).NormInf(), 0);
+
+  for (int i = 0; i < 40; ++i) {
+    const bool keepsAngles = i % 2 == 0;
+    const V normal = this->random.Vector(-2, 2), onPlane = this->random.Vector(-2, 2);
+    const T scale = this->random.In(0.5, 2);
+    x.SetSRT(this->random.Vector(-2, 2), 40, 50, 60, QX_ROTATIONS_XZY, {},
+             keepsAngles ? V(scale, scale, scale) : V(1, 2, 3), {});
+    const CQXVector4<T> plane = qxVector3To4(normal, -normal.Dot(onPlane));
+    CQXVector4<T> image = plane;
+    x.TransformPlane(image, image);
+    EXPECT_EQ((qxCutVector4To3(image) - x.TransformVector(normal)).NormInf(), 0);
+    const V foot = normal * (normal.Dot(onPlane) / normal.Dot(normal));
+    const T bound = 512 * this->eps;
+    EXPECT_NEAR(image.Dot(qxVector3To4(x.TransformPoint(foot), 1)), 0, bound);
+    if (keepsAngles) {
+      EXPECT_NEAR(image.Dot(qxVector3To4(x.TransformPoint(onPlane), 1)), 0, bound);
+    }
+  }
+  CQXVector4<T> image(1, 1, 1, 1);
+  x.TransformPlane({0, 0, 0, 5}, image);
+  EXPECT_EQ(image.NormInf(), 0);
+}
+
+TYPED_TEST(Affine3D, PredicatesLookAtTheWholeMatrix) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  auto& x = this->transform;
+  x.SetTranslation(V(1, 2, 3));
+  EXPECT_EQ(x.IsTranslation(0), 1);
+  EXPECT_EQ(x.IsEuclidean(0), 1);
+  EXPECT_EQ(x.IsOrthogonal(2), 0);
+  EXPECT_EQ(x.IsOrthogonal(3), 1);
+  x.SetRotation(30, V(1, 1, 1));
+  EXPECT_EQ(x.IsRotation(8 * this->eps), 1);
+  EXPECT_EQ(x.IsOrthogonal(8 * this->eps), 1);
+  x.AddReflection();
+  EXPECT_EQ(x.IsRotation(8 * this->eps), 0);
+  EXPECT_EQ(x.IsOrthogonal(8 * this->eps), 1);
+  x.SetScaling(V(2, 2, 2));
+  EXPECT_EQ(x.IsScaling(0), 1);
+  EXPECT_EQ(x.IsScalingByOrigin(0), 1);
+  EXPECT_EQ(x.IsEuclidean(1), 0);
+  EXPECT_EQ(x.IsEuclidean(3), 1);
+  x.AddTranslation(V(T(0.25), 0, 0));
+  EXPECT_EQ(x.IsScalingByOrigin(T(0.5)), 0);
+  CQXMatrix4<T> m = x.GetMatrix();
+  m(3, 1) = T(2e-6);
+  x.SetTransform(m);
+  EXPECT_EQ(x.IsEuclidean(10), 0);  // the bottom row has its own bound
+  EXPECT_EQ(x.IsAffine(T(1e-5)), 1);
+  EXPECT_EQ(x.IsAffine(T(1e-6)), 0);
+  m.SetConstant(std::numeric_limits<T>::quiet_NaN());
+  x.SetTransform(m);
+  EXPECT_EQ(x.IsAffine(1) + x.IsEuclidean(1) + x.IsOrthogonal(1) + x.IsScalingByOrigin(1), 0);
+}
+
+TYPED_TEST(Affine3D, TheOppositeOrderUndoesARotationByNegatedAngles) {
+  using Transform = CQXAffine3DTransform<TypeParam>;
+  for (int order = 0; order < 6; ++order) {
+    const auto opposite = Transform::GetOppositeRotationOrder(static_cast<qxRotationsOrder>(order));
+    this->transform.SetRotation(20, 40, 60, static_cast<qxRotationsOrder>(order));
+    this->transform.AddRotation(-20, -40, -60, opposite);
+    EXPECT_EQ(this->transform.GetMatrix().IsUnit(8 * this->eps), 1) << order;
+  }
+  for (const std::int32_t order : {6, 17, -1}) {
+    EXPECT_EQ(Transform::GetOppositeRotationOrder(static_cast<qxRotationsOrder>(order)), QX_ROTATIONS_XYZ);
+  }
+}
+
+TYPED_TEST(Affine3D, ExtractedPartsRebuildTheMatrix) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  using X = CQXAffine3DTransform<T>;
+  const struct {
+    std::string letters;
+    std::int32_t (X::*extract)(V&, V&, CQXMatrix3<T>&, CQXMatrix3<T>&, std::int32_t&) const;
+  } forms[] = {{"SRT", &X::ExtractSRT}, {"STR", &X::ExtractSTR}, {"RST", &X::ExtractRST},
+               {"RTS", &X::ExtractRTS}, {"TSR", &X::ExtractTSR}, {"TRS", &X::ExtractTRS}};
+  for (int i = 0; i < 120; ++i) {
+    // With and without stretch and reflection; factors apart and equal.
+    V s = this->random.Vector(0.5, 3);
+    if (i % 5 == 0) s = V(2, 2, this->random.In(0.5, 3));
+    this->transform.SetScaling(s);
+    if (i % 2 == 0) {
+      this->transform.AddRotation(T(10 * i), T(20 + i), T(30 - i), QX_ROTATIONS_XYZ);
+      this->transform.AddScaling(this->random.Vector(0.5, 2), V());
+    }
+    if (i % 3 == 0) this->transform.AddReflection();
+    this->transform.AddRotation(T(3 * i), T(5 * i), T(7 * i), QX_ROTATIONS_ZYX);
+    this->transform.AddTranslation(this->random.Vector(-3, 3));
+    for (const auto& form : forms) {
+      V t, factors;
+      CQXMatrix3<T> r, u;
+      std::int32_t reflection = -1;
+      ASSERT_EQ((this->transform.*form.extract)(t, factors, r, u, reflection), 1);
+      EXPECT_EQ(reflection, i % 3 == 0 ? 1 : 0);
+      EXPECT_TRUE(r.IsRotation(this->polarBound));
+      EXPECT_TRUE(u.IsRotation(64 * this->eps));
+      EXPECT_GT(factors.GetMinComponent(0), 0);
+      if (i % 2 != 0 && form.letters.find('S') < form.letters.find('R')) {
+        EXPECT_TRUE(u.IsUnit(0));
+      }
+      Matrix product = reflection != 0 ? reference::PointReflection() : Matrix();
+      for (const char letter : form.letters) {
+        product = (letter == 'T'   ? Translation(t)
+                   : letter == 'R' ? Linear(r)
+                                   : Linear(u) * Scaling(factors) * Linear(u.Transpose())) *
+                  product;
+      }
+      EXPECT_LE(Distance(this->transform.GetMatrix(), product), this->RebuildBound(u)) << form.letters << i;
+    }
+  }
+  CQXMatrix3<T> r, u;
+  V t, s;
+  std::int32_t reflection;
+  this->transform.SetScaling(V(1, 0, 1));
+  for (const auto& form : forms) EXPECT_EQ((this->transform.*form.extract)(t, s, r, u, reflection), 0);
+}
+
+TYPED_TEST(Affine3D, ElementaryTransformsPickTheFormWithoutStretch) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  auto& x = this->transform;
+  V t, s;
+  CQXMatrix3<T> r, u;
+  std::int32_t hasStretch, order, reflection;
+  for (int i = 0; i < 60; ++i) {
+    const int kind = i % 3;  // the scaling first, the rotation first, stretch
+    const bool reflects = i % 2 == 0;
+    const V factors = this->random.Vector(0.5, 3);
+    x.SetToIdentity();
+    if (kind != 1) x.AddScaling(factors, V());
+    if (kind == 2) x.AddShearXY(T(0.5), T(0.25));
+    x.AddRotation(T(7 * i + 10), 20, 30, QX_ROTATIONS_YXZ);
+    if (kind == 1) x.AddScaling(factors, V());
+    if (reflects) x.AddReflection();
+    x.AddTranslation(V(1, 2, 3));
+    ASSERT_EQ(x.ExtractElementaryTransforms(t, s, r, u, hasStretch, order, reflection), 1);
+    EXPECT_EQ(hasStretch, kind == 2 ? 1 : 0);
+    if (kind != 2) {
+      EXPECT_EQ(order, kind);
+      EXPECT_LE((s - factors).NormInf(), this->polarBound);
+      EXPECT_TRUE(u.IsUnit(0));
+    }
+    EXPECT_EQ(reflection, reflects ? 1 : 0);
+    EXPECT_EQ((t - V(1, 2, 3)).NormInf(), 0);
+    EXPECT_TRUE(r.IsRotation(this->polarBound));
+    EXPECT_TRUE(u.IsRotation(64 * this->eps));
+    const Matrix stretch = Linear(u) * Scaling(s) * Linear(u.Transpose());
+    const Matrix product = order == 0 ? Linear(r) * stretch : stretch * Linear(r);
+    const Matrix sign = reflects ? reference::PointReflection() : Matrix();
+    EXPECT_LE(Distance(x.Get3DMatrix(), product * sign), this->RebuildBound(u)) << i;
+
+    EXPECT_EQ((x.ExtractClosestScaling() - s).NormInf(), 0);
+    std::int32_t closestReflection;
+    EXPECT_TRUE(qxAreAlmostEqual(x.ExtractClosestRotation(closestReflection), r, T(0)));
+    EXPECT_EQ(closestReflection, reflection);
+  }
+  x.SetScaling(V(-1, -2, -3));  // a pure diagonal block of negative determinant
+  ASSERT_EQ(x.ExtractElementaryTransforms(t, s, r, u, hasStretch, order, reflection), 1);
+  EXPECT_EQ(reflection, 1);
+  EXPECT_TRUE(r.IsUnit(this->polarBound));
+  for (const T hostile : {T(0), std::numeric_limits<T>::quiet_NaN()}) {
+    x.SetScaling(V(1, hostile, 1));
+    EXPECT_EQ(x.ExtractElementaryTransforms(t, s, r, u, hasStretch, order, reflection), 0);
+    EXPECT_EQ(x.ExtractClosestScaling().NormInf(), 0);
+    reflection = 5;
+    EXPECT_EQ(x.ExtractClosestRotation(reflection).IsUnit(0), 1);
+    EXPECT_EQ(reflection, 0);
+  }
+}
+
+}  // namespace

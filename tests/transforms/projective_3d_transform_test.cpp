@@ -1,0 +1,498 @@
+#include <qx/transforms/projective_3d_transform.h>
+#include <qx/vectors/vector_functions.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "tests/transforms/reference.h"
+#include "tests/typed_test.h"
+
+namespace {
+
+/// The plainest projections: along the normal of the view plane, or from the PRP.
+template <typename T>
+class Camera : public CQXProjective3DTransform<T> {
+  using Base = CQXProjective3DTransform<T>;
+  using V = CQXVector3<T>;
+
+ public:
+  Camera() noexcept = default;
+  using Base::Base;
+  using Base::operator=;
+  using Base::CalculateFrontBackPlanes;
+  using Base::EncloseCornerPoint;
+  using Base::FindBorderType;
+  using Base::FindCoordinatesCenter;
+  using Base::FindLocalAxes;
+  using Base::FindTrianglePlaneIntersection;
+  using Base::IntersectWithBottom;
+  using Base::IntersectWithLeft;
+  using Base::IntersectWithRight;
+  using Base::IntersectWithTop;
+  using Base::IsPointBetweenBackFrontPlanes;
+
+  std::int32_t Initialize() override {
+    this->m_isReady = 0;
+    if (this->m_windowWidth < T(0.5) || this->m_windowHeight < T(0.5)) return 0;
+    this->m_localAxis3 = this->m_projectionNormal;
+    this->m_localAxis3.Normalize();
+    FindLocalAxes(this->m_viewUp, this->m_localAxis3);
+    const V center = this->m_prp + this->m_localAxis3 * this->m_distanceToPlane;
+    this->m_localOrigin = FindCoordinatesCenter(center, this->m_windowWidth, this->m_windowHeight);
+    this->CalculatePlanesCoefficients(center);
+    CalculateFrontBackPlanes();
+    // Row by row: (p - eye) . axis + weight (eye - origin) . axis, with the weight (p - eye) . axis3 / distance.
+    const V eye = isPerspective ? this->m_prp : V();
+    const V weight = isPerspective ? this->m_localAxis3 / this->m_distanceToPlane : V();
+    const T weightAtOrigin = isPerspective ? -weight.Dot(eye) : T(1);
+    const V axes[] = {this->m_localAxis1, this->m_localAxis2, this->m_localAxis3};
+    for (std::int32_t i = 0; i < 3; ++i) {
+      const T shift = axes[i].Dot(eye - this->m_localOrigin);
+      const V row = axes[i] + weight * shift;
+      this->m_matrix.SetRowVector(i, qxVector3To4(row, weightAtOrigin * shift - axes[i].Dot(eye)));
+    }
+    this->m_matrix.SetRowVector(3, qxVector3To4(weight, weightAtOrigin));
+    return this->m_isReady = 1;
+  }
+
+  bool isPerspective = false;
+};
+
+struct Point {
+  double x, y;
+};
+
+/// Projection by vectors in 64-bit floats: where the line from the eye, or along the normal, meets the view plane.
+template <typename T>
+struct Model {
+  CQXVector3<double> origin, axis1, axis2, axis3, eye;
+  bool isPerspective;
+  double width, height, front, back;
+
+  explicit Model(const Camera<T>& camera) : isPerspective(camera.isPerspective) {
+    CQXVector3<T> o, a1, a2, a3;
+    camera.GetLocalCoordinates(o, a1, a2, a3);
+    origin = Wide(o), axis1 = Wide(a1), axis2 = Wide(a2), axis3 = Wide(a3), eye = Wide(camera.GetPRP());
+    T w, h, f, b;
+    camera.GetViewWindowSizes(w, h);
+    camera.GetViewVolumeDistances(f, b);
+    width = double(w), height = double(h), front = double(f), back = double(b);
+  }
+  static CQXVector3<double> Wide(const CQXVector3<T>& v) { return {double(v.X()), double(v.Y()), double(v.Z())}; }
+
+  double Depth(const CQXVector3<double>& p) const { return (p - origin).Dot(axis3); }
+  Point Project(const CQXVector3<double>& p) const {
+    CQXVector3<double> image = p - origin;
+    if (isPerspective) image = eye + (p - eye) * ((origin - eye).Dot(axis3) / (p - eye).Dot(axis3)) - origin;
+    return {image.Dot(axis1), image.Dot(axis2)};
+  }
+  bool IsInside(const Point& q) const { return q.x >= 0 && q.x <= width && q.y >= 0 && q.y <= height; }
+  /// Distance of a point from the nearest line of a border.
+  double Margin(const Point& q) const {
+    return std::min({std::abs(q.x), std::abs(q.x - width), std::abs(q.y), std::abs(q.y - height)});
+  }
+};
+
+/// One step of Sutherland and Hodgman: keeps what is inside; @p cut gives the point between two.
+template <typename P, typename Inside, typename Cut>
+std::vector<P> Clip(const std::vector<P>& polygon, Inside isInside, Cut cut) {
+  std::vector<P> result;
+  for (std::size_t i = 0; i < polygon.size(); ++i) {
+    const P &a = polygon[i], &b = polygon[(i + 1) % polygon.size()];
+    if (isInside(a)) result.push_back(a);
+    if (isInside(a) != isInside(b)) result.push_back(cut(a, b));
+  }
+  return result;
+}
+
+std::vector<Point> ClipByWindow(std::vector<Point> polygon, double w, double h) {
+  const auto atX = [](double x) {
+    return [x](const Point& a, const Point& b) { return Point{x, a.y + (x - a.x) * (b.y - a.y) / (b.x - a.x)}; };
+  };
+  const auto atY = [](double y) {
+    return [y](const Point& a, const Point& b) { return Point{a.x + (y - a.y) * (b.x - a.x) / (b.y - a.y), y}; };
+  };
+  polygon = Clip(
+      polygon, [](const Point& q) { return q.x >= 0; }, atX(0));
+  polygon = Clip(
+      polygon, [w](const Point& q) { return q.x <= w; }, atX(w));
+  polygon = Clip(
+      polygon, [](const Point& q) { return q.y >= 0; }, atY(0));
+  return Clip(
+      polygon, [h](const Point& q) { return q.y <= h; }, atY(h));
+}
+
+/// The polygon that the walk along the outline gives, from the true intersection: of the corners of the window between
+/// an exit and the next entry a single one stays, two or four are left out, and in the place of three stands the
+/// fourth.
+std::vector<Point> OutlineOf(const std::vector<Point>& polygon, double w, double h) {
+  const auto isCorner = [&](const Point& q) { return (q.x == 0 || q.x == w) && (q.y == 0 || q.y == h); };
+  const std::size_t n = polygon.size();
+  std::size_t start = 0;
+  while (start < n && isCorner(polygon[start])) ++start;
+  std::vector<Point> result;
+  if (start == n) return result;
+  std::vector<Point> run;
+  for (std::size_t i = 1; i <= n; ++i) {
+    const Point& q = polygon[(start + i) % n];
+    if (isCorner(q)) {
+      run.push_back(q);
+      continue;
+    }
+    if (run.size() == 1) result.push_back(run[0]);
+    if (run.size() == 3) result.push_back({w - run[1].x, h - run[1].y});
+    run.clear();
+    result.push_back(q);
+  }
+  return result;
+}
+
+template <typename T>
+class Projective : public ::testing::Test {
+ protected:
+  static constexpr T eps = std::numeric_limits<T>::epsilon();
+
+  /// Window coordinates are the x and y of a point, the depth is its z: W = 100, H = 60, front 10, back 50.
+  static Camera<T> AxisAligned() {
+    Camera<T> camera({50, 30, 0}, {0, 0, 1}, {0, 1, 0}, {0, 0, 1}, 0, 100, 60, 10, 50);
+    EXPECT_EQ(camera.Initialize(), 1);
+    return camera;
+  }
+
+  Camera<T> RandomCamera(bool isPerspective) {
+    const CQXVector3<T> prp = random.Vector(-5, 5), up = random.Vector(-1, 1), normal = random.Vector(-1, 1);
+    Camera<T> camera(prp, {}, up, normal, 100, 100, 60, -50, 60);
+    camera.isPerspective = isPerspective;
+    EXPECT_EQ(camera.Initialize(), 1);
+    return camera;
+  }
+
+  CQXVector3<T> PointBefore(const Camera<T>& camera) {
+    CQXVector3<T> origin, a1, a2, a3;
+    camera.GetLocalCoordinates(origin, a1, a2, a3);
+    return origin + a1 * random.In(-60, 160) + a2 * random.In(-60, 120) + a3 * random.In(-85, 90);
+  }
+
+  reference::Random<T> random;
+};
+TYPED_TEST_SUITE(Projective, FloatTypes);
+
+TYPED_TEST(Projective, EverySetterAsksForInitialize) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  Camera<T> camera;
+  EXPECT_EQ(camera.IsReady() + camera.IsUseViewVolume(), 0);
+  EXPECT_EQ(camera.GetMatrix().IsUnit(0), 1);
+  EXPECT_EQ(camera.GetTypeOfTransform(), QX_TRANSFORM_GENERAL);
+  camera = this->AxisAligned();
+  EXPECT_EQ(camera.IsReady() + camera.IsUseViewVolume(), 2);
+  const auto expectNotReady = [&](const char* setter) {
+    EXPECT_EQ(camera.IsReady(), 0) << setter;
+    CQXVector2<T> q1(7, 7), q2(8, 8), out[16];
+    std::int32_t flags[2] = {9, 9}, count = 5;
+    const V points[] = {V(1, 1, 20), V(2, 2, 20), V(3, 1, 20)};
+    EXPECT_EQ(camera.ProjectPoint(points[0], q1), 0);
+    EXPECT_EQ(camera.ProjectPoints(2, points, out, flags), QX_LOCATION_OUTSIDE);
+    EXPECT_EQ(camera.ProjectClippedSegment(points[0], points[1], q1, q2), QX_LOCATION_OUTSIDE);
+    EXPECT_EQ(camera.ProjectClippedTriangle(points, out, count), QX_LOCATION_OUTSIDE);
+    EXPECT_EQ(q1.X() + q2.X() + T(flags[0] + count), 24);
+    EXPECT_EQ(camera.Initialize(), 1);
+  };
+  camera.SetViewWindow(100, 60);
+  expectNotReady("window");
+  camera.SetViewVolumeDistances(10, 50);
+  expectNotReady("distances");
+  camera.UseBackFrontPlanes(0);
+  expectNotReady("planes");
+  EXPECT_EQ(camera.IsUseViewVolume(), 0);
+  camera.SetViewVolumeDistances(10, 50);
+  EXPECT_EQ(camera.IsUseViewVolume(), 1);
+  camera.SetProjectionNormal(V(0, 0, 2));
+  expectNotReady("normal");
+  camera.SetViewUpVector(V(0, 3, 1));
+  expectNotReady("up");
+  camera.Set({50, 30, 0}, {}, {0, 1, 0}, {0, 0, 1}, 0, 100, 60, 10, 50);
+  expectNotReady("all");
+
+  CQXMatrix4<T> matrix = camera.GetMatrix();
+  camera.SetTransform(matrix);
+  camera.AddTransform(matrix);
+  static_cast<CQXBase3DTransform<T>&>(camera) = CQXBase3DTransform<T>(matrix);
+  EXPECT_EQ(camera.IsReady(), 1);
+  camera.SetViewWindow(T(0.4), 60);
+  EXPECT_EQ(camera.Initialize(), 0);
+}
+
+TYPED_TEST(Projective, TheViewFrameIsOrthonormal) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  for (int i = 0; i < 50; ++i) {
+    const Camera<T> camera = this->RandomCamera(i % 2 != 0);
+    const CQXMatrix4<T> frame = camera.GetLocalCoordinates();
+    V origin, a1, a2, a3;
+    camera.GetLocalCoordinates(origin, a1, a2, a3);
+    const V columns[] = {a1, a2, a3, origin};
+    for (std::int32_t c = 0; c < 4; ++c) {
+      EXPECT_EQ(frame.ColVector(c) == qxVector3To4(columns[c], c == 3 ? T(1) : T(0)), 1);
+    }
+    EXPECT_TRUE(frame.GetMatrix().IsRotation(512 * this->eps));  // right-handed
+    T w, h, a, b, c, d, front, back;
+    camera.GetViewWindowSizes(w, h);
+    const V center = camera.GetViewWindowCenter();
+    EXPECT_LE((camera.FindCoordinatesCenter(center, w, h) - origin).NormInf(), 512 * this->eps);
+    camera.GetProjectionPlane(a, b, c, d);
+    camera.GetViewVolumeCoefficients(front, back);
+    EXPECT_NEAR(V(a, b, c).Dot(center) + d, 0, 512 * this->eps);
+    EXPECT_EQ(front, d + 50);
+    EXPECT_EQ(back, d - 60);
+    EXPECT_LE((center - camera.GetPRP() - a3 * camera.GetDistanceToPlane()).NormInf(), 512 * this->eps);
+  }
+}
+
+TYPED_TEST(Projective, PointsAgreeWithTheGeometry) {
+  using T = TypeParam;
+  int results[2] = {};
+  for (int i = 0; i < 4000; ++i) {
+    const Camera<T> camera = this->RandomCamera(i % 2 != 0);
+    const Model<T> model(camera);
+    const CQXVector3<T> p = this->PointBefore(camera);
+    const auto wide = Model<T>::Wide(p);
+    const double depth = model.Depth(wide);
+    if (std::min(std::abs(depth - model.front), std::abs(depth - model.back)) < 0.01) continue;
+    CQXVector2<T> q(-77, -77);
+    const std::int32_t result = camera.ProjectPoint(p, q);
+    if (depth < model.front || depth > model.back) {
+      EXPECT_EQ(result, 0);
+      EXPECT_EQ(q.X(), -77);
+      EXPECT_EQ(camera.IsPointBetweenBackFrontPlanes(p),
+                depth < model.front ? QX_BEFORE_FRONT_PLANE : QX_BEHIND_BACK_PLANE);
+      continue;
+    }
+    const Point expected = model.Project(wide);
+    const double bound = 4000 * double(this->eps);
+    EXPECT_NEAR(q.X(), expected.x, bound);
+    EXPECT_NEAR(q.Y(), expected.y, bound);
+    if (model.Margin(expected) < 0.01) continue;
+    EXPECT_EQ(result, model.IsInside(expected) ? 1 : 0);
+    ++results[result];
+  }
+  EXPECT_GT(std::min(results[0], results[1]), 300);
+
+  const Camera<T> camera = this->AxisAligned();
+  const struct {
+    CQXVector3<T> p;
+    std::int32_t result;
+  } edges[] = {{{5, 5, 10}, 1},    {{5, 5, 50}, 1},     {{0, 0, 20}, 1},
+               {{100, 60, 20}, 1}, {{100.5, 1, 20}, 0}, {{1, T(-0.001), 20}, 0}};
+  CQXVector2<T> q;
+  for (const auto& edge : edges) EXPECT_EQ(camera.ProjectPoint(edge.p, q), edge.result) << edge.p.X();
+  const CQXVector3<T> points[] = {edges[0].p, edges[1].p, edges[4].p, {1, 1, 0}};
+  CQXVector2<T> projections[4];
+  std::int32_t flags[4];
+  EXPECT_EQ(camera.ProjectPoints(2, points, projections, flags), QX_LOCATION_INSIDE);
+  EXPECT_EQ(camera.ProjectPoints(4, points, projections, flags), QX_LOCATION_CLIPPED);
+  EXPECT_EQ(flags[0] * 8 + flags[1] * 4 + flags[2] * 2 + flags[3], 12);
+  EXPECT_EQ(camera.ProjectPoints(2, points + 2, projections, flags), QX_LOCATION_OUTSIDE);
+  EXPECT_EQ(camera.ProjectPoints(0, nullptr, nullptr, nullptr), QX_LOCATION_INSIDE);
+}
+
+TYPED_TEST(Projective, WithoutThePlanesWhatIsBehindTheCameraIsProjected) {
+  using T = TypeParam;
+  Camera<T> camera({0, 0, 0}, {}, {0, 1, 0}, {0, 0, 1}, 10, 100, 60, -5, 50);
+  camera.isPerspective = true;
+  camera.Initialize();
+  const CQXVector3<T> behind(1, 1, -10), inEye(1, 1, 0);
+  CQXVector2<T> q(7, 7), q2, out[16];
+  EXPECT_EQ(camera.ProjectPoint(behind, q), 0);
+  EXPECT_EQ(q.X(), 7);
+  camera.UseBackFrontPlanes(0);
+  camera.Initialize();
+  EXPECT_EQ(camera.ProjectPoint(inEye, q), 0);  // no homogeneous coordinate to divide by
+  EXPECT_EQ(q.X(), 7);
+  const CQXVector3<T> triangle[] = {behind, inEye, {1, 2, 10}};
+  std::int32_t count = 5;
+  EXPECT_EQ(camera.ProjectClippedSegment(behind, inEye, q, q2), QX_LOCATION_OUTSIDE);
+  EXPECT_EQ(camera.ProjectClippedTriangle(triangle, out, count), QX_LOCATION_OUTSIDE);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(camera.ProjectPoint(behind, q), 1);
+  EXPECT_NEAR(std::abs(q.X() - 50), 1, 64 * this->eps);
+}
+
+TYPED_TEST(Projective, SegmentsAreClippedByAPlaneThenByTheWindow) {
+  using T = TypeParam;
+  const Camera<T> camera = this->AxisAligned();
+  const struct {
+    CQXVector3<T> p1, p2;
+    std::int32_t result;
+    CQXVector2<T> q1, q2;
+  } cases[] = {{{10, 10, 20}, {90, 50, 40}, 0, {10, 10}, {90, 50}},
+               {{10, 10, 0}, {30, 10, 20}, 3, {20, 10}, {30, 10}},
+               {{10, 10, 40}, {30, 10, 60}, 4, {10, 10}, {20, 10}},
+               {{10, 10, 60}, {30, 10, 40}, 3, {20, 10}, {30, 10}},
+               {{-20, 10, 0}, {30, 10, 20}, 3, {5, 10}, {30, 10}},  // beside the window only before the plane
+               {{-40, 10, 0}, {30, 10, 20}, 2, {0, 10}, {30, 10}},  // cut by the plane, then by the window
+               {{-10, 30, 20}, {110, 30, 20}, 2, {0, 30}, {100, 30}},
+               {{50, 70, 20}, {50, 30, 20}, 2, {50, 60}, {50, 30}},
+               {{10, 10, 0}, {20, 20, 60}, 1, {}, {}},  // through the whole volume
+               {{10, 10, 0}, {20, 20, 5}, 1, {}, {}},
+               {{-10, 10, 20}, {-5, 20, 20}, 1, {}, {}}};
+  for (const auto& c : cases) {
+    CQXVector2<T> q1(-7, -7), q2(-8, -8);
+    EXPECT_EQ(std::int32_t(camera.ProjectClippedSegment(c.p1, c.p2, q1, q2)), c.result);
+    const bool isLeft = c.result != 1;
+    EXPECT_LE((q1 - (isLeft ? c.q1 : CQXVector2<T>(-7, -7))).NormInf(), 64 * this->eps);
+    EXPECT_LE((q2 - (isLeft ? c.q2 : CQXVector2<T>(-8, -8))).NormInf(), 64 * this->eps);
+  }
+}
+
+TYPED_TEST(Projective, HelpersOfTheWindow) {
+  using T = TypeParam;
+  const Camera<T> camera = this->AxisAligned();
+  CQXVector2<T> q(7, 7);
+  const T corners[5][5][2] = {{},
+                              {{}, {}, {0, 0}, {}, {0, 60}},
+                              {{}, {0, 0}, {}, {100, 0}, {}},
+                              {{}, {}, {100, 0}, {}, {100, 60}},
+                              {{}, {0, 60}, {}, {100, 60}, {}}};
+  for (int b1 = 0; b1 < 5; ++b1) {
+    for (int b2 = 0; b2 < 5; ++b2) {
+      const bool meet = b1 != 0 && b2 != 0 && (b1 + b2) % 2 != 0;
+      q = CQXVector2<T>(7, 7);
+      EXPECT_EQ(camera.EncloseCornerPoint(qxRectangleBorder(b1), qxRectangleBorder(b2), q), meet ? 1 : 0);
+      EXPECT_EQ(q.X(), meet ? corners[b1][b2][0] : 7);
+      EXPECT_EQ(q.Y(), meet ? corners[b1][b2][1] : 7);
+    }
+  }
+  const CQXVector2<T> p(20, 30);
+  EXPECT_EQ(camera.IntersectWithLeft(p, 2, 1), 20);
+  EXPECT_EQ(camera.IntersectWithRight(p, 2, 1), 70);
+  EXPECT_EQ(camera.IntersectWithTop(p, 1, 2), 5);
+  EXPECT_EQ(camera.IntersectWithBottom(p, 1, 2), 35);
+  EXPECT_EQ(camera.FindBorderType({0, 60}, 0), QX_BORDER_LEFT);
+  EXPECT_EQ(camera.FindBorderType({0, 60}, 1), QX_BORDER_BOTTOM);
+}
+
+TYPED_TEST(Projective, TrianglesAreCutByOnePlane) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  const Camera<T> camera = this->AxisAligned();
+  const auto cut = [&](T z0, T z1, T z2) {
+    const V triangle[] = {V(0, 0, z0), V(10, 0, z1), V(0, 10, z2)};
+    qxBackFrontLocation locations[3];
+    for (int i = 0; i < 3; ++i) locations[i] = camera.IsPointBetweenBackFrontPlanes(triangle[i]);
+    V polygon[4];
+    const std::int32_t count = camera.FindTrianglePlaneIntersection(triangle, locations, polygon);
+    return std::vector<V>(polygon, polygon + count);
+  };
+  const auto expect = [&](const std::vector<V>& polygon, const std::vector<V>& expected) {
+    ASSERT_EQ(polygon.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_LE((polygon[i] - expected[i]).NormInf(), 8 * this->eps);
+  };
+  expect(cut(20, 20, 20), {V(0, 0, 20), V(10, 0, 20), V(0, 10, 20)});
+  expect(cut(0, 20, 20), {V(0, 5, 10), V(5, 0, 10), V(10, 0, 20), V(0, 10, 20)});
+  expect(cut(20, 0, 20), {V(0, 0, 20), V(5, 0, 10), V(5, 5, 10), V(0, 10, 20)});
+  expect(cut(0, 0, 20), {V(0, 5, 10), V(5, 5, 10), V(0, 10, 20)});
+  expect(cut(60, 40, 60), {V(5, 0, 50), V(10, 0, 40), V(5, 5, 50)});
+  expect(cut(0, 20, 60), {V(0, T(10) / 6, 10), V(5, 0, 10), V(10, 0, 20), V(0, 10, 60)});  // the front plane alone
+}
+
+TYPED_TEST(Projective, TrianglesAgreeWithASlowClipper) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  using W = CQXVector3<double>;
+  int locations[3] = {}, corners = 0, cutByPlane = 0, walksApart = 0;
+  for (int i = 0; i < 20000; ++i) {
+    Camera<T> camera = this->RandomCamera(i % 2 != 0);
+    const bool useVolume = i % 4 < 2;
+    if (!useVolume) {
+      camera.UseBackFrontPlanes(0);
+      camera.Initialize();
+    }
+    const Model<T> model(camera);
+    V triangle[] = {this->PointBefore(camera), this->PointBefore(camera), this->PointBefore(camera)};
+    if (i % 5 == 0) triangle[1] = triangle[0] + (triangle[1] - triangle[0]) * T(6);  // beyond several corners
+    std::vector<W> polygon;
+    bool anyBefore = false, isNear = false;
+    int outside = 0;
+    for (const V& p : triangle) {
+      polygon.push_back(Model<T>::Wide(p));
+      const double depth = model.Depth(polygon.back());
+      isNear = isNear || (useVolume && std::min(std::abs(depth - model.front), std::abs(depth - model.back)) < 0.05) ||
+               (model.isPerspective && !useVolume && depth < -80) ||
+               (model.isPerspective && std::abs(depth + 100) < 20);
+      anyBefore = anyBefore || depth < model.front;
+      outside += depth < model.front || depth > model.back;
+    }
+    if (isNear) continue;
+    CQXVector2<T> out[17];
+    out[16] = CQXVector2<T>(T(-7.0), T(-7.0));
+    std::int32_t count = -1;
+    const qxRelativeLocation location = camera.ProjectClippedTriangle(triangle, out, count);
+    ++locations[location];
+    EXPECT_LE(count, 12);
+    if (useVolume && outside == 3) {
+      EXPECT_EQ(location, QX_LOCATION_OUTSIDE);
+      continue;
+    }
+    if (useVolume && outside > 0) {
+      const double plane = anyBefore ? model.front : model.back;
+      polygon = Clip(
+          polygon, [&](const W& p) { return anyBefore ? model.Depth(p) >= plane : model.Depth(p) <= plane; },
+          [&](const W& a, const W& b) {
+            return a + (b - a) * ((plane - model.Depth(a)) / (model.Depth(b) - model.Depth(a)));
+          });
+      ++cutByPlane;
+    }
+    std::vector<Point> projected;
+    for (const W& p : polygon) projected.push_back(model.Project(p));
+    const std::vector<Point> common = ClipByWindow(projected, model.width, model.height);
+    const std::vector<Point> expected = OutlineOf(common, model.width, model.height);
+    for (const Point& q : projected) isNear = isNear || model.Margin(q) < 0.01;
+    for (std::size_t k = 0; k < common.size(); ++k) {
+      const Point &a = common[k], &b = common[(k + 1) % common.size()];
+      isNear = isNear || std::hypot(a.x - b.x, a.y - b.y) < 0.01;
+    }
+    if (isNear) continue;
+    walksApart += expected.size() != common.size();
+    corners += expected.size() > 4;
+    const bool isClipped =
+        outside * int(useVolume) > 0 ||
+        !std::all_of(projected.begin(), projected.end(), [&](const Point& q) { return model.IsInside(q); });
+    EXPECT_EQ(location, expected.empty() ? QX_LOCATION_OUTSIDE : isClipped ? QX_LOCATION_CLIPPED : QX_LOCATION_INSIDE);
+    ASSERT_EQ(std::size_t(count), expected.size()) << i;
+    // The same points in the same cyclic order.
+    double best = expected.empty() ? 0 : 1e9;
+    for (std::size_t shift = 0; shift < expected.size(); ++shift) {
+      double worst = 0;
+      for (std::size_t k = 0; k < expected.size(); ++k) {
+        const Point& q = expected[(k + shift) % expected.size()];
+        worst = std::max({worst, std::abs(double(out[k].X()) - q.x), std::abs(double(out[k].Y()) - q.y)});
+      }
+      best = std::min(best, worst);
+    }
+    EXPECT_LE(best, 2e5 * double(this->eps)) << i;
+    EXPECT_EQ(out[16].X(), -7);
+  }
+  EXPECT_GT(std::min({locations[0], locations[1], locations[2], corners, cutByPlane, walksApart}), 40);
+}
+
+TYPED_TEST(Projective, ATriangleOverTheWholeWindowHasNoOutlineInIt) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  const Camera<T> camera = this->AxisAligned();
+  const V covering[] = {V(-1000, -1000, 20), V(1000, -1000, 20), V(50, 2000, 20)};
+  const V corner[] = {V(-20, 10, 20), V(10, -20, 20), V(40, 40, 20)};
+  const V inside[] = {V(1, 1, 20), V(5, 1, 20), V(1, 5, 20)};
+  CQXVector2<T> out[16];
+  std::int32_t count;
+  EXPECT_EQ(camera.ProjectClippedTriangle(covering, out, count), QX_LOCATION_OUTSIDE);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(camera.ProjectClippedTriangle(corner, out, count), QX_LOCATION_CLIPPED);
+  ASSERT_EQ(count, 4);
+  EXPECT_EQ(out[3].NormInf(), 0);  // the corner, in the place of the edge outside
+  EXPECT_EQ(camera.ProjectClippedTriangle(inside, out, count), QX_LOCATION_INSIDE);
+  EXPECT_EQ(count, 3);
+}
+
+}  // namespace
