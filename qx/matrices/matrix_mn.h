@@ -4,6 +4,8 @@
 #include <qx/matrices/matrix_norm.h>
 #include <qx/vectors/vector_n.h>
 
+#include <algorithm>
+
 /// Run-time-sized rectangular matrix of float or double: orthogonal factorisations, singular values, rank,
 /// pseudo-inverse.
 ///
@@ -261,7 +263,7 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
 
   /// Length of the array of singular numbers.
   [[nodiscard]] std::int32_t SingularCount() const noexcept {
-    return this->RowsNb() < this->ColsNb() ? this->RowsNb() : this->ColsNb();
+    return std::max(std::min(this->RowsNb(), this->ColsNb()), 0);
   }
   /// Takes what fits of a rows x columns result and forgets rank and singular numbers.
   void TakeResult(std::int32_t rows, std::int32_t columns, const T* source) noexcept;

@@ -305,7 +305,7 @@ void CQXMatrixMN<T>::MoveZeroColumns(std::int32_t rows, std::int32_t columns, T*
 template <typename T>
 std::int32_t CQXMatrixMN<T>::Decompose(Wanted wanted, T tolerance, SingularForm& form) const {
   const bool isWide = this->RowsNb() < this->ColsNb();
-  const std::int32_t rows = isWide ? this->ColsNb() : this->RowsNb();
+  const std::int32_t rows = std::max({this->RowsNb(), this->ColsNb(), 0});
   const std::int32_t columns = SingularCount();
   if (isWide) std::swap(wanted.left, wanted.right);
   const std::int32_t leftCount = wanted.left > 0 ? std::clamp(wanted.left, columns, std::max(columns, rows)) : 0;
