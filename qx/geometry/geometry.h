@@ -158,7 +158,7 @@ class QX_API CQXGeometry {
   /// An end inside is copied exactly; a clipped coordinate is exactly the one of the border. A segment that is a point,
   /// and one that touches the rectangle in a point, is left as a point.
   /// @param[out] qa,qb ends of what is left, in the direction of the segment; may be @p a and @p b
-  /// @return 1; 0 when nothing is left, also for ends that are not numbers: the outputs are untouched.
+  /// @return 1; 0 when nothing is left, also for ends that are not finite: the outputs are untouched.
   template <typename T>
   static std::int32_t ClipSegmentToRectangle(const CQXVector2<T>& a, const CQXVector2<T>& b, const CQXVector2<T>& lo,
                                              const CQXVector2<T>& hi, CQXVector2<T>& qa, CQXVector2<T>& qb);
