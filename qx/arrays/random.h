@@ -66,14 +66,15 @@ class QX_API CQXRandom {
   /// The distribution and Initialize() play no part; the number comes from SWB when that is the algorithm, otherwise
   /// from Xorshift 32. The two extreme words of the generator step over the ends: a unit number of exactly 1 gives
   /// high + 1, one of exactly 0 gives low - 1 for a low end of 0 and below. In double that is one word in 2^32 each,
-  /// in float the upper one is one word in 2^25: clamp where it matters. Beyond 32 bits the result is -2^31.
+  /// in float the upper one is one word in 2^25: clamp where it matters. Beyond 32 bits the result is -2^31. The unit
+  /// numbers of the float generator have 24 bits: of a span above 2^24 it skips numbers.
   std::int32_t GetIntegerNumber32(std::int32_t low, std::int32_t high) noexcept;
 
   /// Whole number from @p low to @p high; @p low when high <= low. The two ends have half the weight of the others.
   ///
   /// The distribution and Initialize() play no part; the number comes from SWB when that is the algorithm, otherwise
-  /// from Xorshift 64. It goes through double: of a span above 2^53 not every number occurs, and the upper end may be
-  /// exceeded by the rounding of the span.
+  /// from Xorshift 64. It goes through double: of a span above 2^53, in the float generator above 2^24, not every
+  /// number occurs, and above 2^53 the rounding of the span may step over the upper end and wrap around beyond 64 bits.
   std::int64_t GetIntegerNumber64(std::int64_t low, std::int64_t high) noexcept;
 
   /// Writes @p n whole numbers between @p low and @p high, in either order; the two ends have half the weight of the
