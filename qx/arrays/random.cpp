@@ -16,8 +16,7 @@ constexpr std::uint64_t defaultX64[4] = {0x0139408DCBBF7A44, 0x07F4809ED9054ADF,
 constexpr std::uint64_t seedFactor = 0xB11924E1;
 constexpr std::uint64_t seedPrimes[13] = {3, 5, 7, 13, 17, 19, 23, 37, 47, 59, 61, 67, 71};
 
-template <typename T>
-constexpr T scale32 = T(4294967295.0);
+constexpr double scale32 = 4294967295.0;  // for float too, where it has no equal: one rounding at the end
 template <typename T>
 constexpr T scale64 = T(0x1p-64);
 
@@ -181,7 +180,7 @@ std::uint64_t CQXRandom<T>::Xorshift64() noexcept {
 
 template <typename T>
 T CQXRandom<T>::GetXorshift32() noexcept {
-  return static_cast<T>(Xorshift32()) / scale32<T>;
+  return static_cast<T>(static_cast<T>(Xorshift32()) / scale32);
 }
 
 template <typename T>
@@ -208,7 +207,7 @@ T CQXRandom<T>::SWB() noexcept {
 
 template <typename T>
 T CQXRandom<T>::GetUniformXorshift32() noexcept {
-  return static_cast<T>(Xorshift32()) * m_range / scale32<T> + m_lower;
+  return static_cast<T>(static_cast<T>(Xorshift32()) * m_range / scale32 + m_lower);
 }
 
 template <typename T>

@@ -33,9 +33,10 @@ TYPED_TEST_SUITE(Random, FloatTypes);
 
 TYPED_TEST(Random, WordsAreThoseOfTheRecurrences) {
   CQXRandom<TypeParam> random;
+  random.SetUniform(1, 2);
   random.Initialize();
   for (const std::uint32_t word : {0xDCA345EAu, 0x1B5116E6u, 0x951049AAu, 0xD88D00B0u}) {
-    EXPECT_EQ(random.GetNumber(), static_cast<TypeParam>(word) / TypeParam(4294967295.0));
+    EXPECT_EQ(random.GetNumber(), static_cast<TypeParam>(static_cast<TypeParam>(word) / 4294967295.0 + 1));
     EXPECT_EQ(random.GetXorshift32Seed(), word);
   }
   random.SetXorshift32Seed(1);
