@@ -28,6 +28,14 @@ constexpr T zigguratV = T(0.00991256303526217);
 template <typename T>
 constexpr T zigguratExponent = T(-5.925815736115027);
 
+/// The word as a number, the same as by static_cast, which branches on the highest bit: a coin toss in every draw.
+template <typename T>
+T WordToFloat(std::uint64_t word) noexcept {
+  if (word < std::uint64_t{1} << 56) return static_cast<T>(static_cast<std::int64_t>(word));
+  // Half the word, its last bit standing for the two below it, rounds as the word does.
+  return static_cast<T>(static_cast<std::int64_t>((word >> 1) | (word & 1))) * 2;
+}
+
 template <typename T>
 T GuardedLog(T x) noexcept {
   return std::log(x <= QX_TOLERANCE<T> ? QX_TOLERANCE<T> : x);
@@ -185,7 +193,7 @@ T CQXRandom<T>::GetXorshift32() noexcept {
 
 template <typename T>
 T CQXRandom<T>::GetXorshift64() noexcept {
-  return static_cast<T>(Xorshift64()) * scale64<T>;
+  return WordToFloat<T>(Xorshift64()) * scale64<T>;
 }
 
 template <typename T>
@@ -212,7 +220,7 @@ T CQXRandom<T>::GetUniformXorshift32() noexcept {
 
 template <typename T>
 T CQXRandom<T>::GetUniformXorshift64() noexcept {
-  return static_cast<T>(Xorshift64()) * m_range * scale64<T> + m_lower;
+  return WordToFloat<T>(Xorshift64()) * m_range * scale64<T> + m_lower;
 }
 
 template <typename T>
