@@ -35,6 +35,7 @@ class QX_API CQXRandom {
 
   /// Core generator: 0 Xorshift 32, 1 Xorshift 64, 2 SWB; any other code is kept and draws as 0 does.
   void SetAlgorithm(std::int32_t algorithm) noexcept;
+  /// The code given to SetAlgorithm().
   [[nodiscard]] std::int32_t GetAlgorithm() const noexcept { return m_algorithm; }
   /// 0 uniform, 1 normal, 2 exponential.
   [[nodiscard]] std::int32_t GetDistribution() const noexcept { return m_distribution; }
@@ -97,7 +98,9 @@ class QX_API CQXRandom {
   void SetXorshift32Seeds(std::uint32_t w0, std::uint32_t w1, std::uint32_t w2, std::uint32_t w3) noexcept;
   /// Sets the whole 64-bit state. Four zeros yield nothing but zeros.
   void SetXorshift64Seeds(std::uint64_t s0, std::uint64_t s1, std::uint64_t s2, std::uint64_t s3) noexcept;
+  /// The whole state, in order.
   void GetXorshift32Seeds(std::uint32_t& w0, std::uint32_t& w1, std::uint32_t& w2, std::uint32_t& w3) const noexcept;
+  /// The whole state, in order.
   void GetXorshift64Seeds(std::uint64_t& s0, std::uint64_t& s1, std::uint64_t& s2, std::uint64_t& s3) const noexcept;
 
   /// Copies 32 numbers, which should be in [0, 1], into the SWB table. Index and borrow stay.
@@ -107,6 +110,7 @@ class QX_API CQXRandom {
   /// Sets the place in the SWB table, stored as the remainder of @p index by 32 with the sign of @p index, and the
   /// borrow. Every stored index is used modulo 32.
   void SetSWBState(std::int32_t index, T borrow) noexcept;
+  /// The stored place in the SWB table, -31 to 31, and the borrow.
   void GetSWBState(std::int32_t& index, T& borrow) const noexcept;
 
   /// Seeds what the algorithm in force draws from by the wall clock in whole seconds: the Xorshift state of its width,

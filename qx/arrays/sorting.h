@@ -79,8 +79,10 @@ class QX_API CQXSorting {
   /// @p inPlace says, and does not grow: a larger @p n leaves its size as it is.
   void SetData(std::int32_t n, std::int32_t inPlace, std::int32_t ascending, std::int32_t absolute) noexcept;
 
+  /// Number of elements and flags.
   void GetData(std::int32_t& n, std::int32_t& inPlace, std::int32_t& ascending, std::int32_t& absolute) const noexcept;
 
+  /// Sets the flags of the order, and keeps the array.
   void SetSortingType(std::int32_t ascending, std::int32_t absolute) noexcept;
 
   /// The array worked on: the private copy or the caller's array; null for an empty object.

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 /// Level of significance of a test: how often a good sample fails, in percent. A higher level is a stricter test.
+/// A value that is not listed counts as 5 percent, except in KolmogorovSmirnovTest().
 enum qxSignificanceLevel : std::int32_t { QX_SIGNIFICANCE_20 = 0, QX_SIGNIFICANCE_10 = 1, QX_SIGNIFICANCE_5 = 2 };
 
 /// Probability with which a confidence interval holds the true value.
@@ -38,7 +39,9 @@ class QX_API CQXStatistics {
   /// Looks at @p n elements of @p data.
   CQXStatistics(std::int32_t n, T* data) noexcept : m_size(n), m_data(data) {}
 
+  /// Looks at @p n elements of the same data.
   void SetSize(std::int32_t n) noexcept { m_size = n; }
+  /// Looks at @p n elements of @p data.
   void SetData(std::int32_t n, T* data) noexcept {
     m_size = n;
     m_data = data;
