@@ -1,5 +1,5 @@
 #include <qx/interpolation/interpolation.h>
-#include <qx/vectors/vector_functions.h>
+#include <qx/transforms/affine_3d_transform.h>
 
 #include <cmath>
 
@@ -8,16 +8,14 @@ namespace {
 /// The matrix (a | d) over 0, 0, 0, 1.
 template <typename T>
 CQXMatrix4<T> Affine(const CQXMatrix3<T>& a, const CQXVector3<T>& d) {
-  CQXMatrix4<T> result = qxMatrix3To4(a);
-  result.SetColVector(3, qxVector3To4(d, 1));
-  return result;
+  return CQXAffine3DTransform<T>(a, d).GetMatrix();
 }
 
 template <typename T>
 CQXMatrix4<T> Translation(const CQXVector3<T>& d) {
-  CQXMatrix3<T> unit;
-  unit.Unit();
-  return Affine(unit, d);
+  CQXAffine3DTransform<T> transform;
+  transform.SetTranslation(d);
+  return transform.GetMatrix();
 }
 
 /// A scaling about a point.

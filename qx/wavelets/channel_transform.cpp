@@ -11,6 +11,7 @@ using qxInternal::BandsCount;
 using qxInternal::Extent;
 using qxInternal::LevelTransform;
 using qxInternal::LiftingSchedule;
+using qxInternal::MakeShell;
 using qxInternal::Rect;
 
 namespace {
@@ -24,12 +25,22 @@ bool HasEffect(T factor) {
 
 template <typename T>
 T LowNorm(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization) {
+  if (normalization == QX_NORMALIZATION_NONE) return 1;
   return filter.GetLowNorm(normalization == QX_NORMALIZATION_1 ? 1 : 0);
 }
 
 template <typename T>
 T HighNorm(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization) {
+  if (normalization == QX_NORMALIZATION_NONE) return 1;
   return filter.GetHighNorm(normalization == QX_NORMALIZATION_1 ? 1 : 0);
+}
+
+/// The factors that take the normalization of a tree away.
+template <typename T>
+BandFactors<T> InverseFactors(const CQXChannel<T>& tree) {
+  const qxWaveletNormalization normalization = tree.GetTypeOfNormalization();
+  return {tree.GetType(), 1 / LowNorm(*tree.GetFilter(), normalization),
+          1 / HighNorm(*tree.GetFilter(), normalization)};
 }
 
 /// What the lifting steps make of the low band of a constant signal of ones.
@@ -61,9 +72,7 @@ bool CQXChannel<T>::IsTransformedBy(const CQXWaveletFilter<T>* filter, qxChannel
 /// Whether the sub-channels from @p firstBand on stand there with samples, in the places of one level of this channel.
 template <typename T>
 bool CQXChannel<T>::HasRawBands(std::int32_t firstBand) const noexcept {
-  if (m_decomposed == 0 || m_filter == nullptr || BandsCount(m_type) == 0 || GetSubChannelsNb() != BandsCount(m_type)) {
-    return false;
-  }
+  if (m_decomposed == 0 || BandsCount(m_type) == 0 || GetSubChannelsNb() != BandsCount(m_type)) return false;
   for (std::int32_t band = firstBand; band < GetSubChannelsNb(); ++band) {
     const CQXChannel* channel = SubChannel(band);
     if (channel == nullptr || channel->m_data == nullptr) return false;
@@ -72,45 +81,39 @@ bool CQXChannel<T>::HasRawBands(std::int32_t firstBand) const noexcept {
   return true;
 }
 
-/// Whether every band of every level is there; a raw channel lacks none.
+/// Whether every band of every level is there, and every filter; a raw channel lacks none.
 template <typename T>
 bool CQXChannel<T>::IsComplete() const noexcept {
   const CQXChannel* channel = this;
   for (; channel->m_decomposed != 0; channel = channel->SubChannel(0)) {
     const CQXChannel* low = channel->SubChannel(0);
-    if (low == nullptr || !channel->HasRawBands(low->m_decomposed != 0 ? 1 : 0)) return false;
+    if (low == nullptr || channel->m_filter == nullptr || !channel->HasRawBands(low->m_decomposed != 0 ? 1 : 0))
+      return false;
     if (Extent(*low) != BandRect(channel->m_type, 0, Extent(*channel))) return false;
   }
   return channel == this || channel->m_data != nullptr;
 }
 
-/// Moves a block of samples into the bands of this level, through the lifting steps when there is a filter.
+/// The transform between a block of samples and the bands of this level; without a filter nothing is lifted.
 template <typename T>
-void CQXChannel<T>::PassSamples(const CQXWaveletFilter<T>* filter, const T* source) const {
+LevelTransform<T> CQXChannel<T>::MakeLevelTransform(const CQXWaveletFilter<T>* filter) const {
   T* bands[4] = {};
   for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) bands[band] = SubChannel(band)->m_data.get();
-  LevelTransform<T>(Extent(*this), m_type, filter, bands).Forward(source);
-}
-
-/// Moves the samples of the bands of this level into a block, back through the lifting steps when there is a filter.
-template <typename T>
-void CQXChannel<T>::CollectSamples(const CQXWaveletFilter<T>* filter, T* target) const {
-  T* bands[4] = {};
-  for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) bands[band] = SubChannel(band)->m_data.get();
-  LevelTransform<T>(Extent(*this), m_type, filter, bands).Inverse(target);
+  return LevelTransform<T>(Extent(*this), m_type, filter, bands);
 }
 
 template <typename T>
 void CQXChannel<T>::Split(const CQXChannel& source) {
   if (HasRawBands(0) && source.m_data != nullptr && source.m_columns == m_columns && source.m_rows == m_rows) {
-    PassSamples(nullptr, source.m_data.get());
+    MakeLevelTransform(nullptr).Forward(source.m_data.get());
   }
 }
 
 template <typename T>
 void CQXChannel<T>::Unite(CQXChannel* target) const {
-  if (HasRawBands(0) && target->m_data != nullptr && target->m_columns == m_columns && target->m_rows == m_rows) {
-    CollectSamples(nullptr, target->m_data.get());
+  if (HasRawBands(0) && target != nullptr && target->m_data != nullptr && target->m_columns == m_columns &&
+      target->m_rows == m_rows) {
+    MakeLevelTransform(nullptr).Inverse(target->m_data.get());
   }
 }
 
@@ -135,7 +138,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::TransformOneLevel(const CQXWavelet
   level->m_normalization = m_normalization;
   level->CreateBands(type);
   if (level->m_decomposed != 0) {
-    level->PassSamples(filter, m_data.get());
+    level->MakeLevelTransform(filter).Forward(m_data.get());
     Destroy();
   }
   return level;
@@ -144,7 +147,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::TransformOneLevel(const CQXWavelet
 template <typename T>
 CQXChannel<T>* CQXChannel<T>::FWTStep(const CQXWaveletFilter<T>* filter, qxChannelType type) {
   if (m_decomposed == 0) return TransformOneLevel(filter, type).release();
-  if (filter == nullptr || !IsTransformedBy(filter, type)) return nullptr;
+  if (filter == nullptr || BandsCount(type) == 0 || !IsTransformedBy(filter, type)) return nullptr;
   CQXChannel* parent = this;
   while (parent->SubChannel(0) != nullptr && parent->SubChannel(0)->m_decomposed != 0) parent = parent->SubChannel(0);
   CQXChannel* low = parent->SubChannel(0);
@@ -156,16 +159,17 @@ CQXChannel<T>* CQXChannel<T>::FWTStep(const CQXWaveletFilter<T>* filter, qxChann
 
 template <typename T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWTStep() {
-  if (!HasRawBands(0)) return nullptr;
+  if (m_filter == nullptr || !HasRawBands(0)) return nullptr;
   auto raw = std::make_unique<CQXChannel>(m_columns, m_rows, m_offsetX, m_offsetY);
   raw->m_filter = m_filter;
   raw->m_normalization = m_normalization;
   raw->TakeUninitialisedSamples();
-  CollectSamples(m_filter, raw->m_data.get());
+  MakeLevelTransform(m_filter).Inverse(raw->m_data.get());
   return raw;
 }
 
-/// The levels that a raw channel allows, up to @p depth; the channel is consumed. Null when not one level is possible.
+/// The levels that a raw channel allows, up to @p depth, not normalized; the channel is consumed. Null when not one
+/// level is possible.
 template <typename T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWTRawChannel(const CQXWaveletFilter<T>* filter, qxChannelType type,
                                                             std::int32_t depth) {
@@ -173,15 +177,13 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWTRawChannel(const CQXWaveletFilt
   std::unique_ptr<CQXChannel> tree = TransformOneLevel(filter, type);
   if (tree == nullptr) return nullptr;
   Clear();
-  std::int32_t levels = 1;
-  for (CQXChannel* last = tree.get(); levels < depth; ++levels) {
+  for (CQXChannel* last = tree.get(); depth > 1; --depth) {
     std::unique_ptr<CQXChannel> level = last->SubChannel(0)->TransformOneLevel(filter, type);
     if (level == nullptr) break;
     CQXChannel* next = level.get();
     last->SetSubChannel(std::move(level), 0);
     last = next;
   }
-  tree->Normalize(levels, tree->m_normalization);
   return tree;
 }
 
@@ -191,7 +193,9 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWT(const CQXWaveletFilter<T>* fil
   if (filter == nullptr) return nullptr;
   if (m_decomposed == 0) {
     std::unique_ptr<CQXChannel> tree = FWTRawChannel(filter, type, depth);
-    return tree != nullptr ? std::move(tree) : CloneRawChannel();
+    if (tree == nullptr) return CloneRawChannel();
+    tree->Normalize();
+    return tree;
   }
   std::unique_ptr<CQXChannel> tree = CloneDecomposedChannel();
   tree->FWTInPlace(filter, type, depth);
@@ -201,20 +205,23 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWT(const CQXWaveletFilter<T>* fil
 template <typename T>
 void CQXChannel<T>::FWTInPlace(const CQXWaveletFilter<T>* filter, qxChannelType type, std::int32_t depth) {
   if (filter == nullptr || (m_decomposed != 0 && !IsTransformedBy(filter, type))) return;
+  const qxWaveletNormalization normalization = m_normalization;
   CQXChannel* lowest = LowestLow();
   std::unique_ptr<CQXChannel> tree = lowest->FWTRawChannel(filter, type, depth);
   if (tree == nullptr) return;
+  tree->Normalize(tree->GetDepth(), normalization);
   lowest->Swap(*tree);
   m_filter = filter;
+  m_normalization = normalization;
   Inherit();
 }
 
 template <typename T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::DestroyingIFWT() {
   if (!IsComplete()) return nullptr;
-  Denormalize();
   std::vector<CQXChannel*, qxBlockAllocator<CQXChannel*>> levels;
   for (CQXChannel* level = this; level->m_decomposed != 0; level = level->SubChannel(0)) levels.push_back(level);
+  Denormalize();
   while (levels.size() > 1) {
     std::unique_ptr<CQXChannel> low = levels.back()->IFWTStep();
     levels.pop_back();
@@ -250,9 +257,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
     Rect wanted, wide;
     BandFactors<T> factors;
   };
-  const bool normalized = m_normalization != QX_NORMALIZATION_NONE;
-  BandFactors<T> factors(m_type, normalized ? 1 / LowNorm(*m_filter, m_normalization) : T(1),
-                         normalized ? 1 / HighNorm(*m_filter, m_normalization) : T(1));
+  BandFactors<T> factors = InverseFactors(*this);
   T lowestFactor = 1;
   std::vector<Level, qxBlockAllocator<Level>> levels;
   const CQXChannel* lowest = this;
@@ -260,16 +265,14 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
   for (; lowest->m_decomposed != 0; lowest = lowest->SubChannel(0)) {
     const Rect wide = Widened(rect, Extent(*lowest));
     levels.push_back({lowest, rect, wide, factors});
-    rect = BandRect(m_type, 0, wide);
+    rect = BandRect(lowest->m_type, 0, wide);
     lowestFactor = factors.OfLowest();
     factors.GoDown();
   }
 
   // Upwards: the low band from below, the high bands cut out of the tree.
   const auto cut = [](const CQXChannel& source, const Rect& r, T factor) {
-    auto piece = std::make_unique<CQXChannel>(static_cast<std::int32_t>(r.right - r.left),
-                                              static_cast<std::int32_t>(r.bottom - r.top),
-                                              static_cast<std::int32_t>(r.left), static_cast<std::int32_t>(r.top));
+    std::unique_ptr<CQXChannel> piece = MakeShell<CQXChannel>(r);
     piece->TakeUninitialisedSamples();
     piece->PasteRawChannel(source);
     if (HasEffect(factor)) piece->EnhanceRawData(factor);
@@ -278,19 +281,19 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
   std::unique_ptr<CQXChannel> piece = cut(*lowest, rect, lowestFactor);
   for (; !levels.empty(); levels.pop_back()) {
     const Level& level = levels.back();
-    CQXChannel shell(static_cast<std::int32_t>(level.wide.right - level.wide.left),
-                     static_cast<std::int32_t>(level.wide.bottom - level.wide.top),
-                     static_cast<std::int32_t>(level.wide.left), static_cast<std::int32_t>(level.wide.top));
-    shell.m_filter = level.channel->m_filter;
-    shell.m_type = level.channel->m_type;
-    shell.m_decomposed = 1;
-    shell.SetSubChannelsNb(BandsCount(shell.m_type));
-    shell.SetSubChannel(std::move(piece), 0);
-    for (std::int32_t band = 1; band < shell.GetSubChannelsNb(); ++band) {
-      const Rect r = BandRect(shell.m_type, band, level.wide);
-      shell.SetSubChannel(cut(*level.channel->SubChannel(band), r, level.factors.Of(band)), band);
+    const std::unique_ptr<CQXChannel> shell = MakeShell<CQXChannel>(level.wide);
+    shell->m_filter = level.channel->m_filter;
+    shell->m_type = level.channel->m_type;
+    shell->m_decomposed = 1;
+    shell->SetSubChannelsNb(BandsCount(shell->m_type));
+    shell->SetSubChannel(std::move(piece), 0);
+    for (std::int32_t band = 1; band < shell->GetSubChannelsNb(); ++band) {
+      const Rect r = BandRect(shell->m_type, band, level.wide);
+      shell->SetSubChannel(cut(*level.channel->SubChannel(band), r, level.factors.Of(band)), band);
     }
-    piece = cut(*shell.IFWTStep(), level.wanted, T(1));
+    const std::unique_ptr<CQXChannel> raw = shell->IFWTStep();
+    if (raw == nullptr) return nullptr;
+    piece = cut(*raw, level.wanted, T(1));
   }
   piece->m_filter = m_filter;
   piece->m_normalization = m_normalization;
@@ -359,8 +362,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledLowChannel() const {
   if (lowest->m_data == nullptr) return nullptr;
   std::unique_ptr<CQXChannel> scaled = lowest->CloneRawChannel();
   if (m_decomposed == 0 || m_filter == nullptr) return scaled;
-  const bool normalized = m_normalization != QX_NORMALIZATION_NONE;
-  const T gain = LowGain(*m_filter) * (normalized ? LowNorm(*m_filter, m_normalization) : T(1));
+  const T gain = LowGain(*m_filter) * LowNorm(*m_filter, m_normalization);
   const T factor = 1 / (m_type == QX_CHANNEL_2D ? gain * gain : gain);
   T product = 1;
   for (std::int32_t depth = GetDepth(); depth > 0; --depth) product *= factor;
@@ -373,8 +375,8 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledHighChannel(std::int32_t 
   const CQXChannel* channel = band >= 1 && level >= 1 ? SubChannel(level, band) : nullptr;
   if (channel == nullptr || channel->m_data == nullptr) return nullptr;
   std::unique_ptr<CQXChannel> scaled = channel->CloneRawChannel();
-  if (m_filter == nullptr || m_normalization == QX_NORMALIZATION_NONE) return scaled;
-  BandFactors<T> factors(m_type, 1 / LowNorm(*m_filter, m_normalization), 1 / HighNorm(*m_filter, m_normalization));
+  if (m_filter == nullptr) return scaled;
+  BandFactors<T> factors = InverseFactors(*this);
   for (; level > 1; --level) factors.GoDown();
   if (HasEffect(factors.Of(band))) scaled->EnhanceRawData(factors.Of(band));
   return scaled;

@@ -133,6 +133,38 @@ TYPED_TEST(WaveletDecomposition, ChangesOfFilterTypeAndNormalizationTakeTheImage
   image.SetChannel(std::make_unique<CQXChannel<TypeParam>>(), 3);
 }
 
+TYPED_TEST(WaveletDecomposition, ChannelsMayBeChangedFromOutside) {
+  CQXWaveletDecomposition<TypeParam> image = this->MakeImage();
+  image[0]->FWTInPlace(image.GetFilter(), QX_CHANNEL_2D, 2);
+  EXPECT_EQ(image.IsDecomposed(), 1);
+  image[0]->SetTypeOfNormalization(QX_NORMALIZATION_NONE);  // the image's own counts on the way back
+  this->ExpectPixels(image);
+
+  // A plane with fields of its own is transformed with those of the image.
+  image[1]->CopyRawChannel(MakeNoisyChannel<TypeParam>(24, 20));
+  CQXWaveletDecomposition<TypeParam> inPlace(this->MakeImage());
+  inPlace[1]->CopyRawChannel(MakeNoisyChannel<TypeParam>(24, 20));
+  const auto tree = image.FWT(2, QX_CHANNEL_2D);
+  inPlace.FWTInPlace(2, QX_CHANNEL_2D);
+  for (const auto* channel : {(*tree)[1], inPlace[1]}) {
+    EXPECT_EQ(channel->GetDepth(), 2);
+    EXPECT_EQ(channel->GetTypeOfNormalization(), QX_NORMALIZATION_2);
+  }
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*(*tree)[1], *inPlace[1], 0), 1);
+
+  // The new pixels may be those of an old plane.
+  CQXWaveletDecomposition<TypeParam> gray;
+  gray.SetImage(24, 20, 1, this->m_pixels.data());
+  gray.SetImage(20, 24, 1, gray[0]->GetData());
+  EXPECT_EQ(gray.GetImageWidth(), 20);
+  EXPECT_EQ((*gray[0])(1, 0), this->m_pixels[20]);
+
+  // Without a filter a tree is taken back: nothing points to the filter of another image.
+  gray.SetChannel((*tree)[0]->CloneDecomposedChannel(), 0);
+  EXPECT_EQ(gray.IsDecomposed(), 0);
+  EXPECT_EQ(gray[0]->GetFilter(), nullptr);
+}
+
 TYPED_TEST(WaveletDecomposition, DepthsAndTypesMayDifferByChannel) {
   CQXWaveletDecomposition<TypeParam> image = this->MakeImage();
   const std::int32_t depths[] = {1, 0, 3};
@@ -178,9 +210,9 @@ TYPED_TEST(WaveletDecomposition, ScaledBandsKeepTheBrightnessOfAConstantPicture)
 
 TYPED_TEST(WaveletDecomposition, ChannelOperationsRunOnEveryPlane) {
   CQXWaveletDecomposition<TypeParam> image = this->MakeImage();
-  TypeParam shifted[3] = {}, ratiosShifted[3] = {};
+  TypeParam thresholds[3] = {}, ratios[3] = {};
   std::int32_t calls = 0;
-  const auto spun = image.ReduceNoiseByCircularShifts(shifted, ratiosShifted, 2, 2, 1, QX_DENOISING_BAND_VARIANCE,
+  const auto spun = image.ReduceNoiseByCircularShifts(thresholds, ratios, 2, 2, 1, QX_DENOISING_BAND_VARIANCE,
                                                       [&calls](std::int32_t done, std::int32_t total) {
                                                         EXPECT_EQ(done, ++calls);
                                                         EXPECT_EQ(total, 9);
@@ -188,39 +220,30 @@ TYPED_TEST(WaveletDecomposition, ChannelOperationsRunOnEveryPlane) {
   EXPECT_EQ(calls, 9);
   EXPECT_EQ(spun->IsDecomposed(), 0);
   const auto tree = image.FWT(2, QX_CHANNEL_2D);
-  TypeParam thresholds[3] = {}, ratios[3] = {};
+  EXPECT_EQ(tree->ReduceNoiseByCircularShifts(thresholds, ratios, 1, 1, 0, QX_DENOISING_GIVEN), nullptr);
   tree->EstimateThresholds(thresholds, ratios);
-  for (std::int32_t i = 0; i < 3; ++i) {
-    TypeParam threshold, ratio;
-    (*tree)[i]->EstimateThreshold(threshold, ratio);
-    EXPECT_EQ(thresholds[i], threshold);
-    EXPECT_EQ(ratios[i], ratio);
-  }
   const auto direct = tree->ReduceNoiseDirectly(thresholds, ratios, 0);
-  const auto reduced = tree->ReduceNoise(thresholds, ratios, 0, QX_DENOISING_UNIVERSAL);
-  for (std::int32_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(ratios[i], 1);
-    EXPECT_GT(shifted[i], 0);
-    TypeParam threshold = 0, ratio = 0;
-    const auto clean = (*tree)[i]->CleanBelowThreshold(threshold, ratio, 0, QX_DENOISING_UNIVERSAL);
-    EXPECT_EQ(qxAreChannelsAlmostEqual(*clean, *(*reduced)[i], 0), 1);
-  }
   const TypeParam half[] = {TypeParam(0.5), TypeParam(0.5), TypeParam(0.5)};
-  const auto mixed = tree->MixByLevels(*reduced, half),
-             combined = tree->Combine(*reduced, TypeParam(0.5), TypeParam(0.5));
-  EXPECT_EQ(mixed->DecompositionsAreAlmostEqual(*combined, 0), 1);
-  EXPECT_EQ(tree->ReduceNoiseByCircularShifts(shifted, ratios, 1, 1, 0, QX_DENOISING_GIVEN), nullptr);
-  CQXWaveletDecomposition<TypeParam> sharp(*tree), levels(*tree), bands(*tree);
+  const auto mixed = tree->MixByLevels(*direct, half), sum = tree->Combine(*direct, half[0], half[0]);
+  EXPECT_EQ(mixed->DecompositionsAreAlmostEqual(*sum, 0), 1);
+  CQXWaveletDecomposition<TypeParam> sharp(*tree), levels(*tree), bands(*tree), edited(*tree);
   const TypeParam factors[] = {2, 1, 1};
   sharp.EnhanceSharpFeatures(2);
   levels.EnhanceSharpFeatures(2, 1);
-  for (std::int32_t band = 1; band < 4; ++band) bands.EnhanceSharpFeatures(2, 1, band);
-  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(levels, 0), 1);
-  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(bands, 0), 1);
-  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(*tree, TypeParam(1e-3)), 0);
-  CQXWaveletDecomposition<TypeParam> edited(*tree);
   edited.EditByLevels(factors);
-  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(edited, 0), 1);
+  for (std::int32_t band = 1; band < 4; ++band) bands.EnhanceSharpFeatures(2, 1, band);
+  for (const auto* same : {&levels, &bands, &edited}) EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(*same, 0), 1);
+  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(*tree, TypeParam(1e-3)), 0);
+  const auto reduced = tree->ReduceNoise(thresholds, ratios, 0, QX_DENOISING_UNIVERSAL);
+  for (std::int32_t i = 0; i < 3; ++i) {
+    TypeParam threshold, ratio;
+    (*tree)[i]->EstimateThreshold(threshold, ratio);
+    EXPECT_EQ(qxAreChannelsAlmostEqual(*(*tree)[i]->CleanDirectly(threshold, ratio, 0), *(*direct)[i], 0), 1);
+    EXPECT_EQ(qxAreChannelsAlmostEqual(*(*tree)[i]->CleanBelowThreshold(threshold, ratio, 0, QX_DENOISING_UNIVERSAL),
+                                       *(*reduced)[i], 0),
+              1);
+    EXPECT_EQ(thresholds[i], threshold);
+  }
 }
 
 }  // namespace
