@@ -250,12 +250,13 @@ TYPED_TEST(Matrix3, ScaleAndRotationRebuildTheMap) {
   using M = CQXMatrix3<T>;
   M rotation, out[3];
   rotation.SetRotationByEulerAngles(20, 40, -60, QX_ROTATIONS_XYZ);
-  const M stretches[] = {M(3, 0, 0, 0, 1, 0, 0, 0, 2), M(3, 1, 0, 1, 4, -1, 0, -1, 2)};
+  const M stretches[] = {M(3, 0, 0, 0, 1, 0, 0, 0, 2), M(3, 1, 0, 1, 4, -1, 0, -1, 2), M(3, -1, 0, -1, 4, -1, 0, -1, 2),
+                         M(2, 1, 0, 1, 4, 1, 0, 1, 3)};
   const T bound = 256 * eps<T>;
   std::int32_t hasStretch, reflection;
-  for (int code = 0; code < 8; ++code) {
-    const std::int32_t side = code & 1, isReflected = code >> 1 & 1, isStretched = code >> 2;
-    const M q = isReflected != 0 ? -rotation : rotation, s = stretches[isStretched];
+  for (int code = 0; code < 16; ++code) {
+    const std::int32_t side = code & 1, isReflected = code >> 1 & 1, isStretched = code < 4 ? 0 : 1;
+    const M q = isReflected != 0 ? -rotation : rotation, s = stretches[code >> 2];
     const M m = side != 0 ? q * s : s * q;
     ASSERT_EQ(m.ExtractScaleRotation(out[0], out[1], out[2], side, bound, hasStretch, reflection), 1);
     const M &foundQ = out[side != 0 ? 0 : 2], &v = out[side != 0 ? 2 : 0], &d = out[1];
