@@ -15,6 +15,7 @@
 #include <qx/foundation/tolerance.h>
 #include <qx/foundation/unroll.h>
 #include <qx/geometry/geometry.h>
+#include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/fixed_lanes.h>
@@ -27,8 +28,12 @@
 #include <qx/matrices/matrix_norm.h>
 #include <qx/solvers/algebra.h>
 #include <qx/solvers/optimization.h>
+#include <qx/transforms/affine_3d_transform.h>
+#include <qx/transforms/base_3d_transform.h>
+#include <qx/transforms/projective_3d_transform.h>
 #include <qx/transforms/quaternion.h>
 #include <qx/transforms/rotations_order.h>
+#include <qx/transforms/transform_type.h>
 #include <qx/vectors/base_vector.h>
 #include <qx/vectors/fixed_array.h>
 #include <qx/vectors/fixed_vector.h>

@@ -86,9 +86,9 @@ void CQXSLDE2<T>::FindTypeOfGeneralSolution() {
 
 template <typename T>
 void CQXSLDE2<T>::FindComplexBasis() {
+  CQXBaseVector<CQXComplex<T>> v(2);
   m_generalType = QX_SLDE2_COMPLEX;
   m_eigenvectors[0] = m_eigenvectors[1] = CQXVector2<T>();
-  CQXBaseVector<CQXComplex<T>> v(2);
   if (v.Data() == nullptr) return;
   m_A.FindEigenvectorComplex({m_eigenvalues.X(), m_eigenvalues.Y()}, v, m_precision);
   m_eigenvectors[0] = {v[0].Real(), v[1].Real()};

@@ -70,7 +70,8 @@ class QX_API CQXSLDE2 {
   /// for comes out as exactly zero, the other unit vector and QX_SLDE2_1_EXP_2_EIGENVECTORS take its place, so that the
   /// initial condition holds.
   ///
-  /// It may throw std::bad_alloc for a complex pair; when memory is refused by a null, the basis is zero.
+  /// A complex pair needs a small block of memory. When it is refused by an exception, the system is not classified;
+  /// when by a null, the basis is zero.
   void CalculateGeneralSolution();
 
   /// Finds the constants of the general solution for the initial condition. Nothing happens before

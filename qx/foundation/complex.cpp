@@ -41,6 +41,13 @@ T FloorPart(T x) {
 }
 
 template <typename T>
+T CeilPart(T x) {
+  if (x <= 0) return Truncate(x);
+  const T truncated = Truncate(x);
+  return std::abs(x - truncated) < QX_TOLERANCE<T> ? truncated : Truncate(x + 1);
+}
+
+template <typename T>
 T RoundPart(T x) {
   return x >= 0 ? Truncate(x + T(0.5)) : Truncate(x - T(0.5));
 }
@@ -103,8 +110,7 @@ CQXComplex<T> CQXComplex<T>::Floor() const noexcept {
 
 template <typename T>
 CQXComplex<T> CQXComplex<T>::Ceil() const noexcept {
-  // ceil(x) = -floor(-x); the sum with zero turns the negative zero of a zero part into zero.
-  return {T(0) - FloorPart(-m_real), T(0) - FloorPart(-m_imag)};
+  return {CeilPart(m_real), CeilPart(m_imag)};
 }
 
 template <typename T>

@@ -15,7 +15,8 @@
 /// - In-place arithmetic (`+=`, `-=`, `*=`, `/=`) changes the algebraic form only. A trigonometric form that was
 ///   calculated before goes stale and is still reported by Magn() and AngleInDegrees(). Call Set(z.Real(), z.Imag()).
 /// - Assignment keeps the old value when the new one is closer than about 3.16e-5 (float: 3.16e-4), because the
-///   distance is taken through the guarded root. Use Set() to store a value exactly.
+///   distance is taken through the guarded root, and when the distance is not a number: with such a part in
+///   either number, or the same infinity in both. Use Set() to store a value exactly.
 ///
 /// Power() and Roots() fill the cache of a const object: one object must not be shared by threads during these calls.
 template <typename T>
@@ -30,8 +31,8 @@ class QX_API CQXComplex {
   /// Copies both forms and the precision.
   constexpr CQXComplex(const CQXComplex& other) noexcept = default;
 
-  /// Takes over both forms of @p other, unless the guarded distance between the two is not above this object's
-  /// precision: then nothing changes. The precision of this object stays.
+  /// Takes over both forms of @p other when the guarded distance between the two is above this object's precision;
+  /// otherwise, and when the distance is not a number, nothing changes. The precision of this object stays.
   CQXComplex& operator=(const CQXComplex& other) noexcept {
     if (GuardedDistance(other) > m_precision) {
       m_real = other.m_real;
@@ -120,7 +121,8 @@ class QX_API CQXComplex {
   /// Largest whole number not above each part. A negative part within QX_TOLERANCE of its truncation takes the
   /// truncation. Whole numbers go through 32 bits: a part beyond that range, or not a number, gives -2^31.
   [[nodiscard]] CQXComplex Floor() const noexcept;
-  /// Smallest whole number not below each part; the mirror image of Floor().
+  /// Smallest whole number not below each part. A positive part within QX_TOLERANCE of its truncation takes the
+  /// truncation. Whole numbers go through 32 bits as in Floor().
   [[nodiscard]] CQXComplex Ceil() const noexcept;
   /// Nearest whole number of each part, halves away from zero; through 32 bits as in Floor().
   [[nodiscard]] CQXComplex Round() const noexcept;

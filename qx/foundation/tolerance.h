@@ -39,7 +39,7 @@ inline constexpr T QX_OVERFLOW_VALUE = T(std::numeric_limits<float>::max());
 ///
 /// The test is on x and not on its root: no length strictly between 0 and 3.16e-5 (float: 3.16e-4) is ever reported,
 /// and a vector of true length 1e-5 has length 0. Scale tiny data before taking lengths.
-/// Not a number and numbers below -QX_TOLERANCE give not a number.
+/// Not a number, and a negative number outside the dead zone, give not a number.
 template <typename T>
 [[nodiscard]] inline T qxGuardedSqrt(T x) noexcept {
   if (std::abs(x) < QX_TOLERANCE<T>) return T(0);

@@ -61,30 +61,37 @@ class Octagon {
       const Point b = ToPoint(points[extreme[(k + 1) % 8]]);
       const Point edge = b - a;
       const double length = std::sqrt(SquareLength(edge));
+      if (!std::isfinite(length)) {
+        m_count = 0;  // no use
+        return;
+      }
       if (!(length > 0)) continue;
-      m_normals[m_count] = {-edge.y / length, edge.x / length};
-      m_offsets[m_count] = Dot(m_normals[m_count], a) + margin;
+      m_normalX[m_count] = -edge.y / length;
+      m_normalY[m_count] = edge.x / length;
+      m_offset[m_count] = m_normalX[m_count] * a.x + m_normalY[m_count] * a.y + margin;
       ++m_count;
     }
     // Repeat a side in the unused places, so that the test has no loop of its own length.
     for (int k = m_count; k < 8 && m_count > 0; ++k) {
-      m_normals[k] = m_normals[0];
-      m_offsets[k] = m_offsets[0];
+      m_normalX[k] = m_normalX[0];
+      m_normalY[k] = m_normalY[0];
+      m_offset[k] = m_offset[0];
     }
   }
 
   [[nodiscard]] bool HasArea() const { return m_count > 2; }
 
-  /// False for not a number.
   [[nodiscard]] bool IsWellInside(Point p) const {
-    bool is = true;
-    for (int k = 0; k < 8; ++k) is = is & (Dot(m_normals[k], p) > m_offsets[k]);
-    return is;
+    double depth[8];
+    for (int k = 0; k < 8; ++k) depth[k] = m_normalX[k] * p.x + m_normalY[k] * p.y - m_offset[k];
+    for (int k = 0; k < 4; ++k) depth[k] = std::min(depth[k], depth[k + 4]);
+    return std::min(std::min(depth[0], depth[1]), std::min(depth[2], depth[3])) > 0;
   }
 
  private:
-  Point m_normals[8];
-  double m_offsets[8];
+  double m_normalX[8];
+  double m_normalY[8];
+  double m_offset[8];
   int m_count = 0;
 };
 
@@ -145,6 +152,38 @@ class CellIndex {
   qxBlock<std::size_t> m_next;
 };
 
+/// Sorts by y, then x, from @p sites to @p sorted: by buckets of equal height first, then each bucket.
+/// @return false when there is no memory.
+template <typename T>
+bool SortUpwards(std::size_t count, const Site<T>* sites, Site<T>* sorted) {
+  constexpr std::size_t bucketSize = 4;
+  const auto isBelow = [](const Site<T>& a, const Site<T>& b) { return a.y < b.y || (a.y == b.y && a.x < b.x); };
+  double low = static_cast<double>(sites[0].y);
+  double high = low;
+  for (std::size_t i = 1; i < count; ++i) {
+    low = std::min(low, static_cast<double>(sites[i].y));
+    high = std::max(high, static_cast<double>(sites[i].y));
+  }
+  const double height = high - low;
+  const double scale = static_cast<double>(count / bucketSize) / height;
+  // One bucket where all are in one row, or coordinates are not finite.
+  const std::size_t buckets = std::isfinite(height) && std::isfinite(scale) ? count / bucketSize + 1 : 1;
+  const auto bucketOf = [&](const Site<T>& site) {
+    if (buckets == 1) return std::size_t{0};
+    return std::min(buckets - 1, static_cast<std::size_t>((static_cast<double>(site.y) - low) * scale));
+  };
+  const qxBlock<std::size_t> ends = qxMakeBlock<std::size_t>(buckets + 1);
+  if (ends == nullptr) return false;
+  std::fill_n(ends.get(), buckets + 1, std::size_t{0});
+  for (std::size_t i = 0; i < count; ++i) ++ends[bucketOf(sites[i]) + 1];
+  for (std::size_t k = 1; k <= buckets; ++k) ends[k] += ends[k - 1];
+  for (std::size_t i = 0; i < count; ++i) sorted[ends[bucketOf(sites[i])]++] = sites[i];
+  for (std::size_t k = 0, start = 0; k < buckets; start = ends[k], ++k) {
+    if (ends[k] - start > 1) std::sort(sorted + start, sorted + ends[k], isBelow);
+  }
+  return true;
+}
+
 /// Drops the points that coincide with a kept one, the start of the hull being kept before all others. The points are
 /// in ascending order of y and stay so.
 /// @return the number of kept points; 0 when there is no memory.
@@ -200,41 +239,41 @@ bool LiesBefore(Point near, Point far) {
          (std::abs(near.x) <= closeness && std::abs(far.x) <= closeness);
 }
 
-/// Index of the vertex that a hull starts with: the leftmost one of the lowest run.
+/// Index of the leftmost point of the lowest run: where a hull starts. The lowest point comes first, and the others are
+/// in the order of a hull or ascend in y, so that the run is at both ends.
 template <typename Vertex>
-std::size_t FindStart(std::size_t size, const Vertex* hull) {
-  double lowest = ToPoint(hull[0]).y;
-  for (std::size_t i = 1; i < size; ++i) lowest = std::min(lowest, ToPoint(hull[i]).y);
-  std::size_t start = size;
-  for (std::size_t i = 0; i < size; ++i) {
-    const Point p = ToPoint(hull[i]);
-    if (p.y < lowest + closeness && (start == size || p.x < ToPoint(hull[start]).x)) start = i;
-  }
-  return start < size ? start : 0;
+std::size_t FindStart(std::size_t size, const Vertex* points) {
+  const double end = ToPoint(points[0]).y + closeness;
+  const auto isInRun = [&](std::size_t i) { return ToPoint(points[i]).y < end; };
+  std::size_t start = 0;
+  const auto include = [&](std::size_t i) {
+    if (ToPoint(points[i]).x < ToPoint(points[start]).x) start = i;
+  };
+  for (std::size_t i = 1; i < size && isInRun(i); ++i) include(i);
+  for (std::size_t i = size; i-- > 1 && isInRun(i);) include(i);
+  return start;
 }
 
 /// Writes the vertices of a strict hull from @p start on, without those that give way to a farther one.
 /// @return the number of vertices.
 template <typename T>
 std::size_t WriteHull(std::size_t size, const Site<T>* strict, std::size_t start, CQXVector2<T>* hull) {
-  const auto at = [&](std::size_t i) { return ToPoint(strict[(start + i) % size]); };
+  const auto position = [=](std::size_t i) { return start + i < size ? start + i : start + i - size; };
+  const auto at = [&](std::size_t i) { return ToPoint(strict[position(i)]); };
   std::size_t written = 0;
   for (std::size_t current = 0; current < size;) {
-    const Site<T>& site = strict[(start + current) % size];
+    const Site<T>& site = strict[position(current)];
     hull[written++] = CQXVector2<T>(site.x, site.y);
     const Point origin = at(current);
     std::size_t winner = current + 1;
     std::size_t deviant = current + 1;  // the vertex farthest from the line to the next one; it only moves forward
     while (winner < size) {
       const Point next = at(winner + 1) - origin;
-      const double length = std::sqrt(SquareLength(next));
+      if (!(SquareLength(at(winner) - origin) < SquareLength(next) && LiesBefore(at(current + 1) - origin, next)))
+        break;
       const auto deviation = [&](std::size_t i) { return std::abs(Cross(next, at(i) - origin)); };
       while (deviant < winner && deviation(deviant + 1) > deviation(deviant)) ++deviant;
-      const Point nearest = at(current + 1) - origin;
-      if (!(SquareLength(at(winner) - origin) < SquareLength(next) && LiesBefore(nearest, next) &&
-            deviation(deviant) <= closeness * length)) {
-        break;
-      }
+      if (!(deviation(deviant) <= closeness * std::sqrt(SquareLength(next)))) break;
       ++winner;
     }
     current = winner;
@@ -254,7 +293,7 @@ void CQXGeometry::BuildConvexHull(std::int32_t n, const CQXVector2<T>* points, s
   m = 0;
   if (n <= 0) return;
   const std::size_t given = static_cast<std::size_t>(n);
-  const qxBlock<Site<T>> sites = qxMakeBlock<Site<T>>(given);
+  const qxBlock<Site<T>> sites = qxMakeBlock<Site<T>>(given + 1);
   if (sites == nullptr) return;
   const Octagon octagon(given, points);
   const bool hasArea = octagon.HasArea();
@@ -263,14 +302,12 @@ void CQXGeometry::BuildConvexHull(std::int32_t n, const CQXVector2<T>* points, s
     sites[count] = {points[i].X(), points[i].Y()};
     if (!(hasArea && octagon.IsWellInside(ToPoint(points[i]))) && IsNumber(points[i])) ++count;
   }
+  const qxBlock<Site<T>> sorted = qxMakeBlock<Site<T>>(count);
+  if (count == 0 || sorted == nullptr || !SortUpwards(count, sites.get(), sorted.get())) return;
+  count = DropCoincident(count, sorted.get(), FindStart(count, sorted.get()));
   if (count == 0) return;
-  std::sort(sites.get(), sites.get() + count,
-            [](const Site<T>& a, const Site<T>& b) { return a.y < b.y || (a.y == b.y && a.x < b.x); });
-  count = DropCoincident(count, sites.get(), FindStart(count, sites.get()));
-  const qxBlock<Site<T>> strict = qxMakeBlock<Site<T>>(count + 1);
-  if (count == 0 || strict == nullptr) return;
-  const std::size_t size = FindStrictHull(count, sites.get(), strict.get());
-  m = static_cast<std::int32_t>(WriteHull(size, strict.get(), FindStart(size, strict.get()), hull));
+  const std::size_t size = FindStrictHull(count, sorted.get(), sites.get());
+  m = static_cast<std::int32_t>(WriteHull(size, sites.get(), FindStart(size, sites.get()), hull));
 }
 
 template <typename T>
@@ -331,6 +368,8 @@ std::int32_t CQXGeometry::UpdateConvexHallEdge(const CQXVector2<T>& point, std::
   std::copy(hull + first, hull + last + 1, hull);
   n = last - first + 1;
   hull[n++] = added;
+  const auto isLower = [](const CQXVector2<T>& v, const CQXVector2<T>& w) { return v.Y() < w.Y(); };
+  std::rotate(hull, std::min_element(hull, hull + n, isLower), hull + n);
   std::rotate(hull, hull + FindStart(static_cast<std::size_t>(n), hull), hull + n);
   return 1;
 }

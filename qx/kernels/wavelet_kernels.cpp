@@ -97,18 +97,8 @@ void Lift(T* target, const T* const* sources, const T* coefficients, std::int32_
 }
 
 template <typename T>
-void Scale(T* data, std::size_t count, T factor) noexcept {
-  for (std::size_t i = 0; i < count; ++i) data[i] *= factor;
-}
-
-template <typename T>
 void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t count) noexcept {
   for (std::size_t i = 0; i < count; ++i) target[i] = a[i] * weightA + b[i] * weightB;
-}
-
-template <typename T>
-void Accumulate(T* __restrict target, const T* __restrict source, std::size_t count) noexcept {
-  for (std::size_t i = 0; i < count; ++i) target[i] += source[i];
 }
 
 template <typename T>
@@ -141,9 +131,7 @@ void Threshold(T* data, std::size_t count, T threshold, bool clearsAtThreshold, 
   template void Deinterleave(const T*, T*, T*, std::size_t) noexcept;                          \
   template void Interleave(const T*, const T*, T*, std::size_t) noexcept;                      \
   template void Lift(T*, const T* const*, const T*, std::int32_t, bool, std::size_t) noexcept; \
-  template void Scale(T*, std::size_t, T) noexcept;                                            \
   template void Blend(T*, const T*, const T*, T, T, std::size_t) noexcept;                     \
-  template void Accumulate(T*, const T*, std::size_t) noexcept;                                \
   template T LargestMagnitude(const T*, std::size_t) noexcept;                                 \
   template void Magnitudes(const T*, T*, std::size_t) noexcept;                                \
   template void Threshold(T*, std::size_t, T, bool, bool) noexcept;

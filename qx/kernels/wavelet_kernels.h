@@ -23,15 +23,9 @@ template <typename T>
 void Lift(T* target, const T* const* sources, const T* coefficients, std::int32_t taps, bool subtract,
           std::size_t count) noexcept;
 
-template <typename T>
-void Scale(T* data, std::size_t count, T factor) noexcept;
-
 /// target := a weightA + b weightB; the target may be a or b.
 template <typename T>
 void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t count) noexcept;
-
-template <typename T>
-void Accumulate(T* target, const T* source, std::size_t count) noexcept;
 
 template <typename T>
 [[nodiscard]] T LargestMagnitude(const T* data, std::size_t count) noexcept;

@@ -41,16 +41,16 @@ CQXBaseMatrix<T>::CQXBaseMatrix(std::int32_t rows, std::int32_t columns) : CQXBa
 }
 
 template <typename T>
-CQXBaseMatrix<T> CQXBaseMatrix<T>::Shaped() const {
+CQXBaseMatrix<T> CQXBaseMatrix<T>::Shaped(std::size_t count) const {
   CQXBaseMatrix result(0, 0, Unset());
   result.m_rows = m_rows;
   result.m_columns = m_columns;
-  if (Count() > 0) result.m_data = qxMakeBlock<T>(Count());
+  if (count > 0) result.m_data = qxMakeBlock<T>(count);
   return result;
 }
 
 template <typename T>
-CQXBaseMatrix<T>::CQXBaseMatrix(const CQXBaseMatrix& other) : CQXBaseMatrix(other.Shaped()) {
+CQXBaseMatrix<T>::CQXBaseMatrix(const CQXBaseMatrix& other) : CQXBaseMatrix(other.Shaped(other.Count())) {
   qxKernels::Copy(Count(), other.Data(), Data());
 }
 
@@ -65,7 +65,7 @@ CQXBaseMatrix<T>::~CQXBaseMatrix() = default;
 
 template <typename T>
 CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator=(const CQXBaseMatrix& other) {
-  if (this != &other && other.Data() != nullptr) qxKernels::Copy(Count(), other.Data(), Data());
+  if (this != &other) qxKernels::Copy(CountWith(other), other.Data(), Data());
   return *this;
 }
 
@@ -94,7 +94,7 @@ void CQXBaseMatrix<T>::SetDiagonal(T value) noexcept {
 template <typename T>
 CQXBaseVector<T> CQXBaseMatrix<T>::Diagonal() const {
   CQXBaseVector<T> diagonal(DiagonalCount());
-  for (std::int32_t i = 0; i < DiagonalCount(); ++i) diagonal[i] = (*this)(i, i);
+  if (diagonal.Data() != nullptr) CopyStrided(diagonal.Dim(), Data(), Size(m_columns) + 1, diagonal.Data(), 1);
   return diagonal;
 }
 
@@ -152,7 +152,7 @@ CQXBaseVector<T> CQXBaseMatrix<T>::ColVector(std::int32_t c) const {
 template <typename T>
 void CQXBaseMatrix<T>::CopyPartRow(std::int32_t row, std::int32_t column, std::int32_t count, std::int32_t sourceRow,
                                    std::int32_t sourceColumn, const CQXBaseMatrix& source) noexcept {
-  if (count <= 0 || Count() == 0) return;
+  if (count <= 0 || CountWith(source) == 0) return;
   qxKernels::Copy(Size(count), &source(sourceRow, sourceColumn), &(*this)(row, column));
 }
 
@@ -160,25 +160,26 @@ template <typename T>
 void CQXBaseMatrix<T>::CopyPartColumn(std::int32_t column, std::int32_t row, std::int32_t count,
                                       std::int32_t sourceColumn, std::int32_t sourceRow,
                                       const CQXBaseMatrix& source) noexcept {
-  if (count <= 0 || Count() == 0) return;
+  if (count <= 0 || CountWith(source) == 0) return;
   CopyStrided(count, &source(sourceRow, sourceColumn), Size(source.m_columns), &(*this)(row, column), Size(m_columns));
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetPartRowVector(std::int32_t row, std::int32_t column, std::int32_t count,
                                         std::int32_t vectorStart, const CQXBaseVector<T>& vector) noexcept {
-  if (count <= 0 || Count() == 0) return;
+  if (count <= 0 || Count() == 0 || vector.Data() == nullptr) return;
   qxKernels::Copy(Size(count), vector.Data() + vectorStart, &(*this)(row, column));
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetPartColVector(std::int32_t column, std::int32_t row, std::int32_t count,
                                         std::int32_t vectorStart, const CQXBaseVector<T>& vector) noexcept {
-  if (count <= 0 || Count() == 0) return;
+  if (count <= 0 || Count() == 0 || vector.Data() == nullptr) return;
   CopyStrided(count, vector.Data() + vectorStart, 1, &(*this)(row, column), Size(m_columns));
 }
 
-/// Calls visit(position in the block, index in the flat array) for the positions of the rectangle inside the block.
+/// Calls visit(position in the block, index in the flat array) for the positions of the rectangle inside the block, in
+/// the order of the flat array: where a rectangle wraps into the next row, the last to be visited counts.
 template <typename T>
 template <typename Visitor>
 void CQXBaseMatrix<T>::VisitPart(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow,
@@ -186,13 +187,20 @@ void CQXBaseMatrix<T>::VisitPart(std::int32_t firstRow, std::int32_t firstColumn
   if (firstRow < 0 || firstRow > lastRow || lastRow >= m_rows) return;
   if (firstColumn < 0 || firstColumn > lastColumn || lastColumn >= m_rows) return;
   const std::size_t count = Count();
-  const std::size_t height = Size(lastRow - firstRow + 1);
-  const std::size_t width = Size(lastColumn - firstColumn + 1);
-  const std::size_t first = Position(firstRow, firstColumn);
-  for (std::size_t r = 0; r < height; ++r) {
-    for (std::size_t c = 0; c < width; ++c) {
-      const std::size_t position = first + r * Size(m_columns) + c;
-      if (position < count) visit(position, byRows != 0 ? r * width + c : c * height + r);
+  if (count == 0) return;
+  std::size_t i = 0;
+  const auto visitElement = [&](std::int32_t r, std::int32_t c) {
+    const std::size_t position = Position(r, c);
+    if (position < count) visit(position, i);
+    ++i;
+  };
+  if (byRows != 0) {
+    for (std::int32_t r = firstRow; r <= lastRow; ++r) {
+      for (std::int32_t c = firstColumn; c <= lastColumn; ++c) visitElement(r, c);
+    }
+  } else {
+    for (std::int32_t c = firstColumn; c <= lastColumn; ++c) {
+      for (std::int32_t r = firstRow; r <= lastRow; ++r) visitElement(r, c);
     }
   }
 }
@@ -221,12 +229,12 @@ void CQXBaseMatrix<T>::PrintPartOfMatrix(std::int32_t firstRow, std::int32_t fir
 
 template <typename T>
 void CQXBaseMatrix<T>::Add(const CQXBaseMatrix& m) noexcept {
-  qxKernels::Add(Count(), Data(), m.Data());
+  qxKernels::Add(CountWith(m), Data(), m.Data());
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::Sub(const CQXBaseMatrix& m) noexcept {
-  qxKernels::Subtract(Count(), Data(), m.Data());
+  qxKernels::Subtract(CountWith(m), Data(), m.Data());
 }
 
 template <typename T>
@@ -259,35 +267,35 @@ CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator/=(T divisor) noexcept {
 
 template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::operator+(const CQXBaseMatrix& m) const {
-  CQXBaseMatrix result = Shaped();
+  CQXBaseMatrix result = Shaped(CountWith(m));
   qxKernels::Sum(result.Count(), Data(), m.Data(), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::operator-(const CQXBaseMatrix& m) const {
-  CQXBaseMatrix result = Shaped();
+  CQXBaseMatrix result = Shaped(CountWith(m));
   qxKernels::Difference(result.Count(), Data(), m.Data(), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::operator*(T factor) const {
-  CQXBaseMatrix result = Shaped();
+  CQXBaseMatrix result = Shaped(Count());
   qxKernels::Product(result.Count(), Data(), factor, result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::operator/(T divisor) const {
-  CQXBaseMatrix result = Shaped();
+  CQXBaseMatrix result = Shaped(Count());
   qxKernels::Quotient(result.Count(), Data(), divisor, result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::Negate() const {
-  CQXBaseMatrix result = Shaped();
+  CQXBaseMatrix result = Shaped(Count());
   qxKernels::Negation(result.Count(), Data(), result.Data());
   return result;
 }
@@ -321,7 +329,7 @@ CQXBaseVector<T> CQXBaseMatrix<T>::operator*(const CQXBaseVector<T>& v) const {
 
 template <typename T>
 std::int32_t CQXBaseMatrix<T>::operator==(const CQXBaseMatrix& m) const noexcept {
-  return m_rows == m.m_rows && m_columns == m.m_columns && !qxKernels::AreDifferent(Count(), Data(), m.Data());
+  return m_rows == m.m_rows && m_columns == m.m_columns && !qxKernels::AreDifferent(CountWith(m), Data(), m.Data());
 }
 
 template <typename T>

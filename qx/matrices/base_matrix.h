@@ -18,13 +18,14 @@ template <typename T>
 class QX_API CQXBaseMatrix {
  public:
   /// Zero matrix. When memory is refused by a null, the sizes are set and the matrix holds no elements: every operation
-  /// but element access then does nothing.
+  /// but element access then does nothing; operations with it on the right find no elements there.
   CQXBaseMatrix(std::int32_t rows, std::int32_t columns);
   /// Square zero matrix.
   explicit CQXBaseMatrix(std::int32_t size) : CQXBaseMatrix(size, size) {}
   /// Copies rows x columns elements of @p source, row-major.
   template <std::same_as<T> Element>
-  CQXBaseMatrix(std::int32_t rows, std::int32_t columns, const Element* source) : CQXBaseMatrix(rows, columns) {
+  CQXBaseMatrix(std::int32_t rows, std::int32_t columns, const Element* source)
+      : CQXBaseMatrix(rows, columns, Unset()) {
     Fill(source);
   }
   /// Copies size x size elements of @p source, row-major.
@@ -83,8 +84,12 @@ class QX_API CQXBaseMatrix {
   void SetColumn(std::int32_t c, const T* source) noexcept;
   [[nodiscard]] CQXBaseVector<T> RowVector(std::int32_t r) const;
   [[nodiscard]] CQXBaseVector<T> ColVector(std::int32_t c) const;
-  void SetRowVector(std::int32_t r, const CQXBaseVector<T>& v) noexcept { SetRow(r, v.Data()); }
-  void SetColVector(std::int32_t c, const CQXBaseVector<T>& v) noexcept { SetColumn(c, v.Data()); }
+  void SetRowVector(std::int32_t r, const CQXBaseVector<T>& v) noexcept {
+    if (v.Data() != nullptr) SetRow(r, v.Data());
+  }
+  void SetColVector(std::int32_t c, const CQXBaseVector<T>& v) noexcept {
+    if (v.Data() != nullptr) SetColumn(c, v.Data());
+  }
 
   // Parts of rows and columns. Nothing is tested; a count of 0 or less does nothing.
 
@@ -149,11 +154,15 @@ class QX_API CQXBaseMatrix {
   /// Tag of the constructor that leaves the elements unset.
   struct Unset {};
   CQXBaseMatrix(std::int32_t rows, std::int32_t columns, Unset);
-  /// A matrix of the same sizes with its elements unset; without a block when this one has none.
-  [[nodiscard]] CQXBaseMatrix Shaped() const;
+  /// A matrix of the same sizes with its @p count elements unset; without a block for none.
+  [[nodiscard]] CQXBaseMatrix Shaped(std::size_t count) const;
 
   /// Number of elements that the block holds: none when memory was refused.
   [[nodiscard]] std::size_t Count() const noexcept { return m_data != nullptr ? qxElementCount(m_rows, m_columns) : 0; }
+  /// Number of elements that an operation with @p m on the right reaches: none when memory was refused to either.
+  [[nodiscard]] std::size_t CountWith(const CQXBaseMatrix& m) const noexcept {
+    return m.m_data != nullptr ? Count() : 0;
+  }
   [[nodiscard]] std::size_t Position(std::int32_t r, std::int32_t c) const noexcept {
     return static_cast<std::size_t>(r) * static_cast<std::size_t>(m_columns) + static_cast<std::size_t>(c);
   }

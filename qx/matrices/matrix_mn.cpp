@@ -180,12 +180,12 @@ T CQXMatrixMN<T>::Mean() const noexcept {
 
 template <typename T>
 T CQXMatrixMN<T>::InnerProduct(const Base& m) const noexcept {
-  return qxKernels::Dot(this->Count(), Data(), m.Data());
+  return qxKernels::Dot(this->CountWith(m), Data(), m.Data());
 }
 
 template <typename T>
 T CQXMatrixMN<T>::CorrelationCoefficient(const Base& m) const noexcept {
-  const std::size_t count = this->Count();
+  const std::size_t count = this->CountWith(m);
   const T mean = Mean();
   const T otherMean = qxKernels::SumOfElements(count, m.Data()) / static_cast<T>(count);
   T variance = 0, otherVariance = 0, covariance = 0;

@@ -4,6 +4,8 @@
 #include <qx/matrices/matrix_norm.h>
 #include <qx/vectors/vector_n.h>
 
+#include <algorithm>
+
 /// Run-time-sized rectangular matrix of float or double: orthogonal factorisations, singular values, rank,
 /// pseudo-inverse.
 ///
@@ -261,7 +263,7 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
 
   /// Length of the array of singular numbers.
   [[nodiscard]] std::int32_t SingularCount() const noexcept {
-    return this->RowsNb() < this->ColsNb() ? this->RowsNb() : this->ColsNb();
+    return std::max(std::min(this->RowsNb(), this->ColsNb()), 0);
   }
   /// Takes what fits of a rows x columns result and forgets rank and singular numbers.
   void TakeResult(std::int32_t rows, std::int32_t columns, const T* source) noexcept;
@@ -271,6 +273,8 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   static void TakeResult(std::int32_t count, const T* source, CQXBaseVector<T>& target) noexcept;
   /// The rank becomes unknown and the singular numbers go.
   void ForgetResults() const noexcept;
+  /// Takes what fits of matrix b into @p x, which may be @p b. @return false when memory was refused.
+  static bool MultiplyInto(const CQXMatrixMN& matrix, const CQXBaseVector<T>& b, CQXBaseVector<T>& x);
   /// True when every element is finite.
   [[nodiscard]] bool IsFinite() const noexcept;
 

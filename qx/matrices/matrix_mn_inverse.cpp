@@ -92,14 +92,12 @@ std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, T tolerance) const {
 template <typename T>
 std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const {
   const std::int32_t size = this->RowsNb();
-  CQXMatrixMN inverse(this->IsSquare() != 0 ? size : 0);
-  bool inverted = false;
-  if (size >= 2 && size <= 4 && this->IsSquare() != 0 && this->Count() > 0 && inverse.Count() > 0) {
-    inverted = qxInvertInClosedForm(size, Data(), inverse.Data(), tolerance) == 0;
-  } else {
-    inverted = Inverse(inverse, tolerance) == 1;
-  }
   conditionNumber = QX_OVERFLOW_VALUE<T>;
+  if (this->IsSquare() == 0) return 0;
+  CQXMatrixMN inverse(size);
+  if (this->Count() != qxElementCount(size, size) || inverse.Count() != this->Count()) return 0;
+  const bool inverted = size >= 2 && size <= 4 ? qxInvertInClosedForm(size, Data(), inverse.Data(), tolerance) == 0
+                                               : Inverse(inverse, tolerance) == 1;
   if (!inverted) return 0;
   conditionNumber = Norm(norm) * inverse.Norm(norm);
   target.TakeResult(size, size, inverse.Data());
@@ -127,11 +125,16 @@ template <typename T>
 std::int32_t CQXMatrixMN<T>::PseudoSolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm,
                                                T& conditionNumber) const {
   CQXMatrixMN inverse(this->ColsNb(), this->RowsNb());
-  if (inverse.Count() != this->Count() || PseudoInverse(inverse, norm, conditionNumber) == 0) return 0;
-  const CQXVectorN<T> solution = inverse * b;
-  if (solution.Data() == nullptr && this->ColsNb() > 0) return 0;
-  TakeResult(this->ColsNb(), solution.Data(), x);
-  return 1;
+  return PseudoInverse(inverse, norm, conditionNumber) == 1 && MultiplyInto(inverse, b, x);
+}
+
+template <typename T>
+bool CQXMatrixMN<T>::MultiplyInto(const CQXMatrixMN& matrix, const CQXBaseVector<T>& b, CQXBaseVector<T>& x) {
+  const CQXVectorN<T> product = matrix * b;
+  const bool isHeld = matrix.Count() == qxElementCount(matrix.RowsNb(), matrix.ColsNb()) &&
+                      (product.Data() != nullptr || matrix.RowsNb() <= 0);
+  if (isHeld && x.Data() != nullptr) x.FillPart(product.Data(), 0, product.Dim());
+  return isHeld;
 }
 
 template class CQXMatrixMN<float>;

@@ -305,7 +305,7 @@ void CQXMatrixMN<T>::MoveZeroColumns(std::int32_t rows, std::int32_t columns, T*
 template <typename T>
 std::int32_t CQXMatrixMN<T>::Decompose(Wanted wanted, T tolerance, SingularForm& form) const {
   const bool isWide = this->RowsNb() < this->ColsNb();
-  const std::int32_t rows = isWide ? this->ColsNb() : this->RowsNb();
+  const std::int32_t rows = std::max({this->RowsNb(), this->ColsNb(), 0});
   const std::int32_t columns = SingularCount();
   if (isWide) std::swap(wanted.left, wanted.right);
   const std::int32_t leftCount = wanted.left > 0 ? std::clamp(wanted.left, columns, std::max(columns, rows)) : 0;
@@ -422,8 +422,8 @@ std::int32_t CQXMatrixMN<T>::ThinSVDUnitOffsetInPlace(CQXMatrixMN& a, CQXVectorN
   CQXMatrixMN left(rows, columns);
   CQXMatrixMN right(columns);
   CQXVectorN<T> values(columns);
-  if (matrix.ThinSVD(left, right, values) == 0) return 0;
-  if (left.Count() != matrix.Count() || right.Count() != qxElementCount(columns, columns)) return 0;
+  const bool isHeld = left.Count() == matrix.Count() && right.Count() == qxElementCount(columns, columns);
+  if (!isHeld || (columns > 0 && values.Data() == nullptr) || matrix.ThinSVD(left, right, values) == 0) return 0;
   a.InsertMatrix(left, 1, 1, rows, columns);
   v.InsertMatrix(right, 1, 1, columns, columns);
   singular.ReplacePart(1, 0, columns, values);

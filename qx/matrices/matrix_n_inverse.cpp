@@ -214,22 +214,14 @@ std::int32_t CQXMatrixN<T>::InvPreconditioner(CQXMatrixN& target, T tolerance) c
 template <typename T>
 std::int32_t CQXMatrixN<T>::SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, T tolerance) const {
   CQXMatrixN inverse(m_size);
-  if (!IsInverted(Inverse(inverse, tolerance))) return 0;
-  const CQXVectorN<T> solution = inverse * b;
-  if (solution.Data() == nullptr && m_size > 0) return 0;
-  Base::TakeResult(m_size, solution.Data(), x);
-  return 1;
+  return IsInverted(Inverse(inverse, tolerance)) && Base::MultiplyInto(inverse, b, x);
 }
 
 template <typename T>
 std::int32_t CQXMatrixN<T>::SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm, T tolerance,
                                         T& conditionNumber) const {
   CQXMatrixN inverse(m_size);
-  if (!IsInverted(Inverse(inverse, norm, tolerance, conditionNumber))) return 0;
-  const CQXVectorN<T> solution = inverse * b;
-  if (solution.Data() == nullptr && m_size > 0) return 0;
-  Base::TakeResult(m_size, solution.Data(), x);
-  return 1;
+  return IsInverted(Inverse(inverse, norm, tolerance, conditionNumber)) && Base::MultiplyInto(inverse, b, x);
 }
 
 template <typename T>

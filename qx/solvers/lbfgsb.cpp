@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 void CQXOptimization::LBFGSB_Freev(std::int32_t n, std::int32_t& freeCount, std::int32_t* freeIndex,
                                    std::int32_t& enterCount, std::int32_t& leaveCount, std::int32_t* enteringIndex,
@@ -23,7 +24,9 @@ void CQXOptimization::LBFGSB_Freev(std::int32_t n, std::int32_t& freeCount, std:
       if (!wasFree && isFree) enteringIndex[enterCount++] = variable;
     }
   }
-  update = memoryCount > 0 && (update != 0 || enterCount > 0 || leaveCount > 0) ? 1 : 0;
+  const bool isChanged = enterCount > 0 || leaveCount > 0;
+  update = memoryCount > 0 && (update != 0 || isChanged) ? 1 : 0;
+  if (iteration > 0 && isConstrained != 0 && !isChanged) return;  // the list is as it was
   freeCount = 0;
   std::int32_t others = n;
   for (std::int32_t i = 0; i < n; ++i) freeIndex[boundState[i] <= 0 ? freeCount++ : --others] = i;
@@ -36,41 +39,48 @@ BoundedMinimizer<T>::BoundedMinimizer(std::int32_t n, std::int32_t m, const Boun
                                       const Objective<T>& objective, CQXVectorN<T>& x)
     : m_n(n),
       m_m(m),
+      m_count(static_cast<std::size_t>(n)),
       m_bounds(bounds),
       m_objective(objective),
       m_x(x),
       m_gradient(n),
       m_memory(n, m),
       m_subspace(n, m),
-      m_target(qxMakeBlock<T>(static_cast<std::size_t>(n))),
-      m_direction(qxMakeBlock<T>(static_cast<std::size_t>(n))),
-      m_start(qxMakeBlock<T>(static_cast<std::size_t>(n))),
-      m_gradientBefore(qxMakeBlock<T>(static_cast<std::size_t>(n))),
-      m_breakpoints(qxMakeBlock<T>(static_cast<std::size_t>(n))),
+      m_lower(qxMakeBlock<T>(m_count)),
+      m_upper(qxMakeBlock<T>(m_count)),
+      m_target(qxMakeBlock<T>(m_count)),
+      m_direction(qxMakeBlock<T>(m_count)),
+      m_start(qxMakeBlock<T>(m_count)),
+      m_gradientBefore(qxMakeBlock<T>(m_count)),
+      m_breakpoints(qxMakeBlock<T>(m_count)),
       m_small(qxMakeBlock<T>(8 * static_cast<std::size_t>(m))),
-      m_order(qxMakeBlock<std::int32_t>(static_cast<std::size_t>(n))),
-      m_freeIndex(qxMakeBlock<std::int32_t>(static_cast<std::size_t>(n))),
-      m_entering(qxMakeBlock<std::int32_t>(static_cast<std::size_t>(n))),
-      m_boundState(qxMakeBlock<std::int32_t>(static_cast<std::size_t>(n))) {}
+      m_order(qxMakeBlock<std::int32_t>(m_count)),
+      m_freeIndex(qxMakeBlock<std::int32_t>(m_count)),
+      m_entering(qxMakeBlock<std::int32_t>(m_count)),
+      m_boundState(qxMakeBlock<std::int32_t>(m_count)) {}
 
 template <typename T>
 bool BoundedMinimizer<T>::HasMemory() const {
-  return m_gradient.Data() != nullptr && m_memory.HasMemory() && m_subspace.HasMemory() && m_target != nullptr &&
-         m_direction != nullptr && m_start != nullptr && m_gradientBefore != nullptr && m_breakpoints != nullptr &&
-         m_small != nullptr && m_order != nullptr && m_freeIndex != nullptr && m_entering != nullptr &&
-         m_boundState != nullptr;
+  return m_gradient.Data() != nullptr && m_memory.HasMemory() && m_subspace.HasMemory() && m_lower != nullptr &&
+         m_upper != nullptr && m_target != nullptr && m_direction != nullptr && m_start != nullptr &&
+         m_gradientBefore != nullptr && m_breakpoints != nullptr && m_small != nullptr && m_order != nullptr &&
+         m_freeIndex != nullptr && m_entering != nullptr && m_boundState != nullptr;
 }
 
-/// Moves x onto the bounds and sets what never changes of the states.
+/// Moves x onto the bounds and sets what never changes.
 template <typename T>
 void BoundedMinimizer<T>::Initialize() {
-  for (std::int32_t i = 0; i < m_n; ++i) {
-    m_x[i] = m_bounds.Keep(i, m_x[i]);
-    std::int32_t& state = m_boundState[static_cast<std::size_t>(i)];
-    state = QX_STATE_FREE;
-    if (m_bounds.kinds[i] == QX_UNCONSTRAINED) state = QX_STATE_NO_BOUND;
-    if (m_bounds.kinds[i] == QX_BOTH_BOUNDS && m_bounds.upper[i] - m_bounds.lower[i] <= 0) state = QX_STATE_FIXED;
-    if (m_bounds.kinds[i] != QX_BOTH_BOUNDS) m_isBoxed = false;
+  constexpr T infinity = std::numeric_limits<T>::infinity();
+  for (std::size_t i = 0; i < m_count; ++i) {
+    const QX_OPTIMIZATION_CONSTRAINTS kind = m_bounds.kinds[i];
+    m_lower[i] = kind == QX_LOWER_BOUND || kind == QX_BOTH_BOUNDS ? m_bounds.lower[i] : -infinity;
+    m_upper[i] = kind == QX_UPPER_BOUND || kind == QX_BOTH_BOUNDS ? m_bounds.upper[i] : infinity;
+    T& x = m_x.Data()[i];
+    x = Keep(i, x);
+    m_boundState[i] = QX_STATE_FREE;
+    if (kind == QX_UNCONSTRAINED) m_boundState[i] = QX_STATE_NO_BOUND;
+    if (kind == QX_BOTH_BOUNDS && m_upper[i] - m_lower[i] <= 0) m_boundState[i] = QX_STATE_FIXED;
+    if (kind != QX_BOTH_BOUNDS) m_isBoxed = false;
   }
 }
 
@@ -80,20 +90,48 @@ void BoundedMinimizer<T>::Evaluate() {
   m_objective.CalculateGradient(m_x, m_gradient);
 }
 
+/// Of a component that points out of a bound only the distance to the bound counts. Not a number when a component is.
 template <typename T>
 T BoundedMinimizer<T>::ProjectedGradientNorm() const {
-  T norm = 0;
-  for (std::int32_t i = 0; i < m_n; ++i) {
-    T slope = m_gradient[i];
-    if (slope >= 0) {
-      if (m_bounds.HasLower(i)) slope = std::min(slope, m_x[i] - m_bounds.lower[i]);
-    } else {
-      if (m_bounds.HasUpper(i)) slope = std::max(slope, m_x[i] - m_bounds.upper[i]);
-    }
+  const T* x = m_x.Data();
+  const T* gradient = m_gradient.Data();
+  const T square = qxKernels::SumOfSquares(m_count, gradient);
+  if (std::isnan(square)) return square;
+  constexpr std::size_t lanes = 8;  // the maxima of a strip do not wait for one another
+  T norms[lanes] = {};
+  const auto include = [&](std::size_t i, T& norm) {
+    const T toLower = x[i] - m_lower[i];
+    const T toUpper = x[i] - m_upper[i];
+    T slope = gradient[i];
+    slope = slope > toLower ? toLower : slope;
+    slope = slope < toUpper ? toUpper : slope;
     const T magnitude = std::abs(slope);
-    if (magnitude > norm || std::isnan(magnitude)) norm = magnitude;  // not a number stays
+    norm = magnitude > norm ? magnitude : norm;
+  };
+  const std::size_t whole = m_count - m_count % lanes;
+  for (std::size_t i = 0; i < whole; i += lanes) {
+    for (std::size_t k = 0; k < lanes; ++k) include(i + k, norms[k]);
   }
-  return norm;
+  for (std::size_t i = whole; i < m_count; ++i) include(i, norms[0]);
+  return *std::max_element(norms, norms + lanes);
+}
+
+/// The part of the direction from @p origin, a point within the bounds, that keeps them: at most @p part.
+/// @param[out] blocking the variable that meets its bound first; not changed when the whole part is feasible
+template <typename T>
+T BoundedMinimizer<T>::FeasiblePart(const T* origin, T part, std::size_t& blocking) const {
+  const T* direction = m_direction.get();
+  const T* lower = m_lower.get();
+  const T* upper = m_upper.get();
+  for (std::size_t i = 0; i < m_count; ++i) {
+    const T room = std::abs((direction[i] < 0 ? lower[i] : upper[i]) - origin[i]);
+    const T change = std::abs(direction[i]);
+    if (change * part > room) {
+      part = room / change;
+      blocking = i;
+    }
+  }
+  return part;
 }
 
 template <typename T>
@@ -119,23 +157,18 @@ bool BoundedMinimizer<T>::SearchTowardsTarget() {
   constexpr T stepMin = 0;
   constexpr int maxEvaluations = 20;
 
-  const std::size_t count = static_cast<std::size_t>(m_n);
   const T* direction = m_direction.get();
-  T stepMax = T(1e10);
-  if (m_iterations == 0) {
-    stepMax = 1;
-  } else {
-    for (std::int32_t i = 0; i < m_n; ++i) stepMax = m_bounds.FeasiblePart(i, m_x[i], direction[i], stepMax);
-  }
+  // The target keeps the bounds, so that the first step of 1 does; how far one may go is asked for when it matters.
+  T stepMax = 1;
+  bool isLimitKnown = m_iterations == 0;
   m_step = 1;
   if (m_iterations == 0 && !m_isBoxed) {
-    m_step = std::min(1 / qxGuardedSqrt(qxKernels::SumOfSquares(count, direction)), stepMax);
+    m_step = std::min(1 / qxGuardedSqrt(qxKernels::SumOfSquares(m_count, direction)), stepMax);
   }
-  m_step = std::min(m_step, stepMax);
-  qxKernels::Copy(count, m_x.Data(), m_start.get());
-  qxKernels::Copy(count, m_gradient.Data(), m_gradientBefore.get());
+  qxKernels::Copy(m_count, m_x.Data(), m_start.get());
+  qxKernels::Copy(m_count, m_gradient.Data(), m_gradientBefore.get());
   m_fBefore = m_f;
-  m_slopeBefore = qxKernels::Dot(count, m_gradient.Data(), direction);
+  m_slopeBefore = qxKernels::Dot(m_count, m_gradient.Data(), direction);
   if (m_slopeBefore >= 0) return false;
 
   const T testSlope = decrease * m_slopeBefore;
@@ -147,14 +180,13 @@ bool BoundedMinimizer<T>::SearchTowardsTarget() {
   T high = m_step + extrapolationHigh * m_step;
   for (int evaluations = 0; evaluations < maxEvaluations; ++evaluations) {
     if (m_step == 1) {
-      qxKernels::Copy(count, m_target.get(), m_x.Data());
+      qxKernels::Copy(m_count, m_target.get(), m_x.Data());
     } else {
-      for (std::int32_t i = 0; i < m_n; ++i) {
-        m_x[i] = m_bounds.Keep(i, m_step * direction[i] + m_start[static_cast<std::size_t>(i)]);
-      }
+      T* x = m_x.Data();
+      for (std::size_t i = 0; i < m_count; ++i) x[i] = Keep(i, m_step * direction[i] + m_start[i]);
     }
     Evaluate();
-    m_slope = qxKernels::Dot(count, m_gradient.Data(), direction);
+    m_slope = qxKernels::Dot(m_count, m_gradient.Data(), direction);
 
     const T testValue = m_fBefore + m_step * testSlope;
     if (isFirstStage && m_f <= testValue && m_slope >= std::min(decrease, curvature) * m_slopeBefore) {
@@ -162,10 +194,18 @@ bool BoundedMinimizer<T>::SearchTowardsTarget() {
     }
     const bool isStuck = interval.isBracketed && (m_step <= low || m_step >= high);
     const bool isNarrow = interval.isBracketed && high - low <= narrow * high;
+    const bool hasConverged = m_f <= testValue && std::abs(m_slope) <= curvature * -m_slopeBefore;
+    if (hasConverged) return true;
+    if (!isLimitKnown) {
+      std::size_t blocking = m_count;
+      stepMax = FeasiblePart(m_start.get(), T(1e10), blocking);
+      width = stepMax - stepMin;
+      formerWidth = 2 * width;
+      isLimitKnown = true;
+    }
     const bool isAtMax = m_step == stepMax && m_f <= testValue && m_slope <= testSlope;
     const bool isAtMin = m_step == stepMin && (m_f > testValue || m_slope >= testSlope);
-    const bool hasConverged = m_f <= testValue && std::abs(m_slope) <= curvature * -m_slopeBefore;
-    if (hasConverged || isStuck || isNarrow || isAtMax || isAtMin) return true;
+    if (isStuck || isNarrow || isAtMax || isAtMin) return true;
 
     const StepPoint<T> trial{m_step, m_f, m_slope};
     if (isFirstStage && m_f <= interval.best.value && m_f > testValue) {
@@ -193,8 +233,8 @@ bool BoundedMinimizer<T>::SearchTowardsTarget() {
       m_step = interval.best.step;
     }
   }
-  qxKernels::Copy(count, m_start.get(), m_x.Data());
-  qxKernels::Copy(count, m_gradientBefore.get(), m_gradient.Data());
+  qxKernels::Copy(m_count, m_start.get(), m_x.Data());
+  qxKernels::Copy(m_count, m_gradientBefore.get(), m_gradient.Data());
   m_f = m_fBefore;
   return false;
 }
@@ -202,24 +242,22 @@ bool BoundedMinimizer<T>::SearchTowardsTarget() {
 /// Takes the last step into the model, unless its curvature is too small.
 template <typename T>
 void BoundedMinimizer<T>::UpdateModel() {
-  const std::size_t count = static_cast<std::size_t>(m_n);
   T* difference = m_gradientBefore.get();
-  qxKernels::Difference(count, m_gradient.Data(), difference, difference);
+  qxKernels::Difference(m_count, m_gradient.Data(), difference, difference);
   T sy = m_slope - m_slopeBefore;
   T scale = -m_slopeBefore;
   if (!(std::abs(m_step - 1) <= QX_TOLERANCE<T>)) {
     sy *= m_step;
     scale *= m_step;
-    qxKernels::Multiply(count, m_direction.get(), m_step);
+    qxKernels::Multiply(m_count, m_direction.get(), m_step);
   }
   if (sy <= QX_TOLERANCE<T> * scale) return;
   m_isAppended = 1;
-  if (!m_memory.Append(m_direction.get(), difference, sy, qxKernels::SumOfSquares(count, difference))) ForgetModel();
+  if (!m_memory.Append(m_direction.get(), difference, sy, qxKernels::SumOfSquares(m_count, difference))) ForgetModel();
 }
 
 template <typename T>
 T BoundedMinimizer<T>::Minimize(T xTol, T fTol, T gTol, std::int32_t maxIterations, QX_OPTIMIZATION_INFO& info) {
-  const std::size_t count = static_cast<std::size_t>(m_n);
   Initialize();
   Evaluate();
   if (ProjectedGradientNorm() <= gTol) {
@@ -232,10 +270,10 @@ T BoundedMinimizer<T>::Minimize(T xTol, T fTol, T gTol, std::int32_t maxIteratio
       ForgetModel();
       continue;
     }
-    for (std::int32_t i = 0; i < m_n; ++i) {
-      T& target = m_target[static_cast<std::size_t>(i)];
-      target = m_bounds.Keep(i, target);
-      m_direction[static_cast<std::size_t>(i)] = target - m_x[i];
+    const T* x = m_x.Data();
+    for (std::size_t i = 0; i < m_count; ++i) {
+      m_target[i] = Keep(i, m_target[i]);
+      m_direction[i] = m_target[i] - x[i];
     }
     if (!SearchTowardsTarget()) {
       if (m_memory.Count() == 0) {
@@ -251,8 +289,8 @@ T BoundedMinimizer<T>::Minimize(T xTol, T fTol, T gTol, std::int32_t maxIteratio
     if (ProjectedGradientNorm() <= gTol) {
       info = QX_OPT_GRADIENT_CONVERGED;
     } else {
-      qxKernels::Difference(count, m_x.Data(), m_start.get(), m_start.get());
-      const T moved = qxGuardedSqrt(qxKernels::SumOfSquares(count, m_start.get()), QX_TOLERANCE_SQUARED<T>);
+      qxKernels::Difference(m_count, m_x.Data(), m_start.get(), m_start.get());
+      const T moved = qxGuardedSqrt(qxKernels::SumOfSquares(m_count, m_start.get()), QX_TOLERANCE_SQUARED<T>);
       const T bound = fTol * std::max(std::max(std::abs(m_fBefore), std::abs(m_f)), T(1));
       if (moved <= xTol) {
         info = QX_OPT_STEP_CONVERGED;
@@ -290,6 +328,9 @@ T MinimizeWithBounds(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, T xTol, T
 }
 
 }  // namespace
+
+template class BoundedMinimizer<float>;
+template class BoundedMinimizer<double>;
 
 }  // namespace qxSolvers
 

@@ -146,17 +146,19 @@ bool BoundedMinimizer<T>::MinimizeInSubspace() {
   m_isFactored = true;
 
   // Reduced gradient of the model at the Cauchy point, negated; zero for the bound variables throughout.
-  const std::size_t count = static_cast<std::size_t>(m_n);
   const T theta = m_memory.Theta();
   const T* c = SmallVector(1);  // W'(Cauchy point - x)
   T* v = SmallVector(2);
   T* residual = m_direction.get();
   const auto dropBound = [&] {
-    for (std::size_t i = 0; i < count; ++i) residual[i] = m_boundState[i] > 0 ? T(0) : residual[i];
+    if (m_freeCount == m_n) return;
+    const std::int32_t* states = m_boundState.get();
+    for (std::size_t i = 0; i < m_count; ++i) residual[i] = states[i] > 0 ? T(0) : residual[i];
   };
   const T* x = m_x.Data();
   const T* gradient = m_gradient.Data();
-  for (std::size_t i = 0; i < count; ++i) residual[i] = -theta * (m_target[i] - x[i]) - gradient[i];
+  T* target = m_target.get();
+  for (std::size_t i = 0; i < m_count; ++i) residual[i] = -theta * (target[i] - x[i]) - gradient[i];
   m_memory.MultiplyByMiddle(c, v);
   m_memory.AddProduct(v, residual);
   dropBound();
@@ -165,25 +167,16 @@ bool BoundedMinimizer<T>::MinimizeInSubspace() {
   m_subspace.Solve(v);
   for (std::int32_t j = 0; j < 2 * m_memory.Count(); ++j) v[j] /= theta;
   m_memory.AddProduct(v, residual);
-  qxKernels::Multiply(count, residual, 1 / theta);
+  qxKernels::Multiply(m_count, residual, 1 / theta);
   dropBound();
 
-  T part = 1;
-  std::int32_t blocking = -1;
-  for (std::int32_t k = 0; k < m_freeCount; ++k) {
-    const std::int32_t i = m_freeIndex[static_cast<std::size_t>(k)];
-    const T feasible = m_bounds.FeasiblePart(i, m_target[static_cast<std::size_t>(i)], residual[i], part);
-    if (feasible < part) {
-      part = feasible;
-      blocking = i;
-    }
-  }
-  if (blocking >= 0) {
-    m_target[static_cast<std::size_t>(blocking)] =
-        residual[blocking] > 0 ? m_bounds.upper[blocking] : m_bounds.lower[blocking];
+  std::size_t blocking = m_count;
+  const T part = FeasiblePart(target, 1, blocking);
+  if (blocking < m_count) {
+    target[blocking] = residual[blocking] > 0 ? m_upper[blocking] : m_lower[blocking];
     residual[blocking] = 0;
   }
-  qxKernels::AddMultiple(count, m_target.get(), part, residual);
+  qxKernels::AddMultiple(m_count, target, part, residual);
   return true;
 }
 

@@ -20,15 +20,15 @@ CQXBaseVector<T>::CQXBaseVector(std::int32_t dimension, T value) : CQXBaseVector
 }
 
 template <typename T>
-CQXBaseVector<T> CQXBaseVector<T>::Shaped() const {
+CQXBaseVector<T> CQXBaseVector<T>::Shaped(std::size_t count) const {
   CQXBaseVector result;
   result.m_dimension = m_dimension;
-  if (Count() > 0) result.m_data = qxMakeBlock<T>(Count());
+  if (count > 0) result.m_data = qxMakeBlock<T>(count);
   return result;
 }
 
 template <typename T>
-CQXBaseVector<T>::CQXBaseVector(const CQXBaseVector& other) : CQXBaseVector(other.Shaped()) {
+CQXBaseVector<T>::CQXBaseVector(const CQXBaseVector& other) : CQXBaseVector(other.Shaped(other.Count())) {
   qxKernels::Copy(Count(), other.Data(), Data());
 }
 
@@ -41,7 +41,7 @@ CQXBaseVector<T>::~CQXBaseVector() = default;
 
 template <typename T>
 CQXBaseVector<T>& CQXBaseVector<T>::operator=(const CQXBaseVector& other) {
-  if (this != &other && other.Data() != nullptr) qxKernels::Copy(Count(), other.Data(), Data());
+  if (this != &other) qxKernels::Copy(CountWith(other), other.Data(), Data());
   return *this;
 }
 
@@ -81,7 +81,7 @@ void CQXBaseVector<T>::DumpPart(std::int32_t start, std::int32_t count, T* targe
 template <typename T>
 void CQXBaseVector<T>::ReplacePart(std::int32_t start, std::int32_t sourceStart, std::int32_t count,
                                    const CQXBaseVector& source) noexcept {
-  if (count <= 0 || Count() == 0) return;
+  if (count <= 0 || CountWith(source) == 0) return;
   qxKernels::Copy(qxElementCount(count, 1), source.Data() + sourceStart, Data() + start);
 }
 
@@ -96,12 +96,12 @@ void CQXBaseVector<T>::SetDimension(std::int32_t newDimension) {
 
 template <typename T>
 void CQXBaseVector<T>::Add(const CQXBaseVector& v) noexcept {
-  qxKernels::Add(Count(), Data(), v.Data());
+  qxKernels::Add(CountWith(v), Data(), v.Data());
 }
 
 template <typename T>
 void CQXBaseVector<T>::Sub(const CQXBaseVector& v) noexcept {
-  qxKernels::Subtract(Count(), Data(), v.Data());
+  qxKernels::Subtract(CountWith(v), Data(), v.Data());
 }
 
 template <typename T>
@@ -140,54 +140,54 @@ CQXBaseVector<T>& CQXBaseVector<T>::operator/=(const T& divisor) noexcept {
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::operator+(const CQXBaseVector& v) const {
-  CQXBaseVector result = Shaped();
+  CQXBaseVector result = Shaped(CountWith(v));
   qxKernels::Sum(result.Count(), Data(), v.Data(), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::operator-(const CQXBaseVector& v) const {
-  CQXBaseVector result = Shaped();
+  CQXBaseVector result = Shaped(CountWith(v));
   qxKernels::Difference(result.Count(), Data(), v.Data(), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::operator*(const T& factor) const {
-  CQXBaseVector result = Shaped();
+  CQXBaseVector result = Shaped(Count());
   qxKernels::Product(result.Count(), Data(), T(factor), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::operator/(const T& divisor) const {
-  CQXBaseVector result = Shaped();
+  CQXBaseVector result = Shaped(Count());
   qxKernels::Quotient(result.Count(), Data(), T(divisor), result.Data());
   return result;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseVector<T>::Negate() const {
-  CQXBaseVector result = Shaped();
+  CQXBaseVector result = Shaped(Count());
   qxKernels::Negation(result.Count(), Data(), result.Data());
   return result;
 }
 
 template <typename T>
 T CQXBaseVector<T>::Dot(const CQXBaseVector& v) const noexcept {
-  return qxKernels::Dot(Count(), Data(), v.Data());
+  return qxKernels::Dot(CountWith(v), Data(), v.Data());
 }
 
 template <typename T>
 T CQXBaseVector<T>::DotForPart(std::int32_t first, std::int32_t last, const CQXBaseVector& v) const noexcept {
-  if (first > last || Count() == 0) return T(0);
+  if (first > last || CountWith(v) == 0) return T(0);
   const std::int64_t count = std::int64_t{last} - first + 1;
   return qxKernels::Dot(static_cast<std::size_t>(count), Data() + first, v.Data() + first);
 }
 
 template <typename T>
 std::int32_t CQXBaseVector<T>::operator==(const CQXBaseVector& v) const noexcept {
-  return m_dimension == v.m_dimension && !qxKernels::AreDifferent(Count(), Data(), v.Data());
+  return m_dimension == v.m_dimension && !qxKernels::AreDifferent(CountWith(v), Data(), v.Data());
 }
 
 template <typename T>

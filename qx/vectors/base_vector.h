@@ -26,13 +26,13 @@ class QX_API CQXBaseVector {
   /// Empty vector: dimension 0 and no block.
   CQXBaseVector() noexcept = default;
   /// Vector of zeros. When memory is refused by a null, the dimension is set and the vector holds no elements: every
-  /// operation but indexing then does nothing.
+  /// operation but indexing then does nothing; operations with it on the right find no elements there.
   explicit CQXBaseVector(std::int32_t dimension);
   /// Every element is @p value; a literal 0 is the value 0.
   CQXBaseVector(std::int32_t dimension, T value);
   /// Copies @p dimension elements of @p source.
   template <std::same_as<T> Element>
-  CQXBaseVector(std::int32_t dimension, const Element* source) : CQXBaseVector(dimension) {
+  CQXBaseVector(std::int32_t dimension, const Element* source) : CQXBaseVector(dimension, Unset()) {
     Fill(source);
   }
   /// Deep copy.
@@ -119,11 +119,15 @@ class QX_API CQXBaseVector {
   /// Tag of the constructor that leaves numbers unset.
   struct Unset {};
   CQXBaseVector(std::int32_t dimension, Unset);
-  /// A vector of the same dimension with its elements unset; without a block when this one has none.
-  [[nodiscard]] CQXBaseVector Shaped() const;
+  /// A vector of the same dimension with its @p count elements unset; without a block for none.
+  [[nodiscard]] CQXBaseVector Shaped(std::size_t count) const;
 
   /// Number of elements that the block holds: none when memory was refused.
   [[nodiscard]] std::size_t Count() const noexcept { return m_data != nullptr ? qxElementCount(m_dimension, 1) : 0; }
+  /// Number of elements that an operation with @p v on the right reaches: none when memory was refused to either.
+  [[nodiscard]] std::size_t CountWith(const CQXBaseVector& v) const noexcept {
+    return v.m_data != nullptr ? Count() : 0;
+  }
 
  private:
   [[nodiscard]] std::size_t CountOfPart(std::int32_t start, std::int32_t count) const noexcept;

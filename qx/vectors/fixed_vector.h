@@ -1,13 +1,11 @@
 #pragma once
 
-#include <qx/foundation/api.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/vectors/fixed_array.h>
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 template <typename T>
 class CQXVectorN;

@@ -1,8 +1,8 @@
+#include <qx/kernels/array_kernels.h>
 #include <qx/wavelets/channel.h>
 #include <qx/wavelets/internal/band_geometry.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -210,9 +210,7 @@ void CQXChannel<T>::CreateBands(qxChannelType type) {
   SetSubChannelsNb(BandsCount(type));
   for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) {
     const Rect rect = BandRect(type, band, qxInternal::Extent(*this));
-    auto channel = std::make_unique<CQXChannel>(
-        static_cast<std::int32_t>(rect.right - rect.left), static_cast<std::int32_t>(rect.bottom - rect.top),
-        static_cast<std::int32_t>(rect.left), static_cast<std::int32_t>(rect.top));
+    std::unique_ptr<CQXChannel> channel = qxInternal::MakeShell<CQXChannel>(rect);
     channel->TakeUninitialisedSamples();
     channel->m_filter = m_filter;
     channel->m_type = type;
@@ -234,13 +232,16 @@ void CQXChannel<T>::CreateOneLevelSubChannels(const CQXWaveletFilter<T>* filter,
 
 template <typename T>
 void CQXChannel<T>::CreateOneLevelSubChannels(const CQXChannel& source) {
-  CQXChannel shell;
-  source.CloneOneLevelSubChannels(&shell);
-  shell.Clean();
-  for (const auto& subChannel : shell.m_subChannels) {
-    if (subChannel != nullptr && subChannel->m_data == nullptr) subChannel->Initialize();
+  SubChannels subChannels(source.m_subChannels.size());
+  for (std::size_t i = 0; i < subChannels.size(); ++i) {
+    const CQXChannel* model = source.m_subChannels[i].get();
+    if (model == nullptr) continue;
+    subChannels[i] = std::make_unique<CQXChannel>(model->m_columns, model->m_rows, model->m_offsetX, model->m_offsetY);
+    subChannels[i]->Initialize();
+    subChannels[i]->SetDecompositionTypes(m_filter, source.m_type, m_normalization);
   }
-  std::swap(m_subChannels, shell.m_subChannels);
+  std::swap(m_subChannels, subChannels);
+  m_type = source.m_type;
   m_decomposed = m_subChannels.empty() ? 0 : 1;
   if (m_decomposed != 0) m_data.reset();
 }
@@ -266,6 +267,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CloneRawChannel() const {
 
 template <typename T>
 void CQXChannel<T>::CloneOneLevelSubChannels(CQXChannel* target) const {
+  if (target == nullptr) return;
   SubChannels clones(m_subChannels.size());
   for (std::size_t i = 0; i < clones.size(); ++i) {
     if (m_subChannels[i] != nullptr) clones[i] = m_subChannels[i]->CloneRawChannel();
@@ -310,8 +312,7 @@ std::int32_t CQXChannel<T>::RawChannelIsAlmostEqual(const CQXChannel& other, T t
     return 0;
   }
   if (m_data == nullptr) return 1;
-  return std::equal(m_data.get(), m_data.get() + Count(), other.m_data.get(),
-                    [tolerance](T a, T b) { return std::abs(a - b) <= tolerance; });
+  return qxKernels::AreWithin(Count(), m_data.get(), other.m_data.get(), tolerance);
 }
 
 std::int32_t qxCalculateMaximumDepth(std::int32_t size) noexcept {
@@ -330,8 +331,8 @@ void qxInsertPartRectData(const T* source, T* target, std::int32_t sourceColumns
                           std::int32_t width, std::int32_t height) noexcept {
   if (width <= 0) return;
   for (std::int32_t row = 0; row < height; ++row) {
-    const std::ptrdiff_t from = std::ptrdiff_t{sourceY + row} * sourceColumns + sourceX;
-    const std::ptrdiff_t to = std::ptrdiff_t{targetY + row} * targetColumns + targetX;
+    const std::ptrdiff_t from = (std::ptrdiff_t{sourceY} + row) * sourceColumns + sourceX;
+    const std::ptrdiff_t to = (std::ptrdiff_t{targetY} + row) * targetColumns + targetX;
     std::memmove(target + to, source + from, static_cast<std::size_t>(width) * sizeof(T));
   }
 }

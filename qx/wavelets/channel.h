@@ -124,10 +124,11 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// Copies filter, type and normalization to every channel of the tree.
   void Inherit();
 
-  /// Makes sub-channels of zeros with the sizes and offsets of those of @p source.
+  /// Makes sub-channels of zeros with the sizes and offsets of those of @p source, and takes its type. Samples and tree
+  /// of this channel are freed. A source without sub-channels gives none.
   void CreateOneLevelSubChannels(const CQXChannel& source);
   /// Makes sub-channels of zeros of one level, with sizes and offsets by the parity rule, and stores the three fields.
-  /// Samples and tree of this channel are freed. A type that is no transform makes none.
+  /// Samples and tree of this channel are freed. A type that is no transform makes none and frees the tree alone.
   void CreateOneLevelSubChannels(const CQXWaveletFilter<T>* filter, qxChannelType type,
                                  qxWaveletNormalization normalization);
   /// Turns the deepest level into a raw low band of zeros, so that the depth falls by one.
@@ -235,7 +236,9 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// The forward transform of @p depth levels, with the normalization of this channel.
   ///
   /// A raw channel is consumed: it is empty after the call, with all fields cleared. A decomposed channel stays as it
-  /// was and the result has @p depth levels more. Levels that FWTStep() refuses are left out without a report.
+  /// was and the result has @p depth levels more. Levels that FWTStep() refuses are left out without a report. Types 1
+  /// and 2 are never refused for the direction that divides: levels of one sample go on for as long as @p depth says,
+  /// so take it from qxCalculateMaximumDepth().
   /// @return a new channel; a plain copy where nothing can be done (depth below 1, no level possible, unknown type, a
   /// tree of another type or wavelet); null without a filter.
   [[nodiscard]] std::unique_ptr<CQXChannel> FWT(const CQXWaveletFilter<T>* filter, qxChannelType type,
@@ -315,7 +318,8 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// The first pass takes the normalization of this channel, the others QX_NORMALIZATION_2: set that one.
   /// @param threshold,ratio as in CleanBelowThreshold() for each pass anew; the means are written
   /// @param progress called after each pass
-  /// @return a new raw channel; null for a decomposed channel, or without samples or filter
+  /// @return a new raw channel; null for a decomposed channel, or without a block of samples or a filter; a copy for
+  /// an empty block
   [[nodiscard]] std::unique_ptr<CQXChannel> CleanWithCircularShifts(T& threshold, T& ratio, std::int32_t shifts,
                                                                     const CQXWaveletFilter<T>* filter,
                                                                     std::int32_t depth, std::int32_t soft,
@@ -328,7 +332,7 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// Largest of the centre (with its sign) and the magnitudes of the neighbours above, left, right and lower right.
   ///
   /// The lower right one counts where there is a next row, also from the last column, where it is the first sample of
-  /// the row after that; beyond the block it does not count.
+  /// the row after that; beyond the block it does not count. Without columns it is 0.
   [[nodiscard]] T GetAbsMaxInMask(const T* data, std::int32_t index, std::int32_t columns,
                                   std::int32_t rows) const noexcept;
 
@@ -348,7 +352,7 @@ class QX_API CQXChannel : public qxBlockAllocated {
   void EditByLevels(const T* factors);
 
   /// Blends two trees: every band of level i + 1 becomes (1 - w) this + w other with w = weights[i]; the lowest low
-  /// band takes weights[depth]. Bands that @p other lacks, or has in another size, stay as here.
+  /// band takes weights[depth]. Bands that @p other lacks (null lacks all), or has in another size, stay as here.
   /// @param result rebuilt as the blend; may be this channel or @p other. For null the blend is returned instead
   /// @return the blend when @p result is null, otherwise null
   std::unique_ptr<CQXChannel> MixByLevels(CQXChannel* other, const T* weights, CQXChannel* result) const;
@@ -390,7 +394,7 @@ class QX_API CQXChannel : public qxBlockAllocated {
   void PasteTree(qxChannelType type, const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width,
                  std::int32_t height);
   template <typename Weights>
-  [[nodiscard]] std::unique_ptr<CQXChannel> BlendWith(const CQXChannel& other, Weights weights) const;
+  [[nodiscard]] std::unique_ptr<CQXChannel> BlendWith(const CQXChannel* other, Weights weights) const;
 
   std::int32_t m_columns = 0;
   std::int32_t m_rows = 0;

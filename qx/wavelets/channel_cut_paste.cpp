@@ -7,17 +7,11 @@ using qxInternal::AllowsLevel;
 using qxInternal::BandRect;
 using qxInternal::BandsCount;
 using qxInternal::Extent;
+using qxInternal::MakeShell;
 using qxInternal::Rect;
 using qxInternal::RectAt;
 
 namespace {
-
-template <typename T>
-std::unique_ptr<CQXChannel<T>> MakeShell(const Rect& rect) {
-  return std::make_unique<CQXChannel<T>>(static_cast<std::int32_t>(rect.right - rect.left),
-                                         static_cast<std::int32_t>(rect.bottom - rect.top),
-                                         static_cast<std::int32_t>(rect.left), static_cast<std::int32_t>(rect.top));
-}
 
 /// Copies what a rectangle in absolute coordinates holds of the source's samples to the same place in the target.
 template <typename T>
@@ -33,11 +27,8 @@ void CopyRect(const CQXChannel<T>& source, CQXChannel<T>& target, const Rect& re
       static_cast<std::int32_t>(common.right - common.left), static_cast<std::int32_t>(common.bottom - common.top));
 }
 
-/// Where each band of a level stands in the packed form of the level, relative to the place of the level itself.
-template <typename T>
-Rect PackedPlace(const CQXChannel<T>& level, std::int32_t band) {
-  const qxChannelType type = level.GetType();
-  const Rect extent = Extent(level);
+/// Where each band of a level of this extent stands in the packed form of the level.
+Rect PackedPlace(qxChannelType type, std::int32_t band, const Rect& extent) {
   const Rect low = BandRect(type, QX_SUBCHANNEL_LL, extent);
   const Rect own = BandRect(type, band, extent);
   const std::int64_t left = qxInternal::IsHighInColumns(type, band) ? low.right - low.left : 0;
@@ -57,14 +48,16 @@ void MovePackedBand(const Rect& place, Band* band, Move move) {
 template <typename T, typename Channel, typename Move>
 void MovePackedBands(Channel& tree, Move move) {
   Channel* level = &tree;
-  for (; level->IsDecomposed() != 0 && BandsCount(level->GetType()) == level->GetSubChannelsNb();
-       level = level->SubChannel(0)) {
+  Rect extent = Extent(tree);
+  for (; level != nullptr && level->IsDecomposed() != 0; level = level->SubChannel(0)) {
+    const qxChannelType type = level->GetType();
+    if (BandsCount(type) != level->GetSubChannelsNb()) return;
     for (std::int32_t band = 1; band < level->GetSubChannelsNb(); ++band) {
-      MovePackedBand<T>(PackedPlace(*level, band), level->SubChannel(band), move);
+      MovePackedBand<T>(PackedPlace(type, band, extent), level->SubChannel(band), move);
     }
-    if (level->SubChannel(0) == nullptr) return;
+    extent = BandRect(type, 0, extent);
   }
-  MovePackedBand<T>(Rect{0, 0, level->GetColsNb(), level->GetRowsNb()}, level, move);
+  MovePackedBand<T>(Rect{0, 0, extent.right - extent.left, extent.bottom - extent.top}, level, move);
 }
 
 }  // namespace
@@ -110,11 +103,11 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutFromRawChannel(std::int32_t x, 
                                                                 std::int32_t height) const {
   const Rect rect = RectAt(*this, x, y, width, height);
   if (m_decomposed != 0 || rect.IsEmpty() || !Extent(*this).Contains(rect)) return nullptr;
-  std::unique_ptr<CQXChannel> piece = MakeShell<T>(rect);
+  std::unique_ptr<CQXChannel> piece = MakeShell<CQXChannel>(rect);
   piece->SetDecompositionTypes(m_filter, m_type, m_normalization);
   if (m_data != nullptr) {
     piece->TakeUninitialisedSamples();
-    CopyRect(*this, *piece, rect);
+    qxExtractRectData(m_data.get(), m_columns, x, y, width, height, piece->m_data.get());
   }
   return piece;
 }
@@ -125,7 +118,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutTree(qxChannelType type, std::i
                                                       std::int32_t width, std::int32_t height) const {
   const Rect rect = RectAt(*this, x, y, width, height);
   if (m_decomposed == 0 || m_type != type || rect.IsEmpty() || !Extent(*this).Contains(rect)) return nullptr;
-  std::unique_ptr<CQXChannel> piece = MakeShell<T>(rect);
+  std::unique_ptr<CQXChannel> piece = MakeShell<CQXChannel>(rect);
   CQXChannel* target = piece.get();
   for (const CQXChannel* level = this; level != nullptr && level->m_decomposed != 0; level = level->SubChannel(0)) {
     target->CreateOneLevelSubChannels(m_filter, type, m_normalization);

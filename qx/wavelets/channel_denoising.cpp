@@ -1,5 +1,6 @@
 #include <qx/arrays/random.h>
 #include <qx/arrays/statistics.h>
+#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/wavelet_kernels.h>
 #include <qx/wavelets/channel.h>
 
@@ -80,12 +81,12 @@ void CleanMasked(CQXChannel<T>& band, T threshold, bool shrink) {
   }
 }
 
-/// Turns a plane round: the sample at (row, column) goes to (row + downwards, column + rightwards).
+/// Turns a plane that holds samples round: the sample at (row, column) goes to (row + downwards, column + rightwards).
 template <typename T>
 void Rotate(const T* source, T* target, std::int32_t columns, std::int32_t rows, std::int32_t downwards,
             std::int32_t rightwards) {
   for (std::int32_t row = 0; row < rows; ++row, source += columns) {
-    T* to = target + std::ptrdiff_t{(row + downwards) % rows} * columns;
+    T* to = target + ((std::ptrdiff_t{row} + downwards) % rows) * columns;
     std::rotate_copy(source, source + (columns - rightwards) % columns, source + columns, to);
   }
 }
@@ -187,6 +188,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
                                                                       qxWaveletDenoising method,
                                                                       const qxProgress& progress) const {
   if (m_decomposed != 0 || m_data == nullptr || filter == nullptr) return nullptr;
+  if (Count() == 0) return CloneRawChannel();
   const std::int32_t rounds = std::clamp(shifts, 0, std::numeric_limits<std::int32_t>::max() - 1);
   const T factor = 1 / (static_cast<T>(rounds) + 1);
   T thresholds = 0;
@@ -207,19 +209,21 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
   CQXRandom<T> random;
   random.SetUniform(0, 1);
   random.Initialize();
+  const auto distance = [&random](std::int32_t size) {
+    // The generator may step one beyond its ends.
+    return static_cast<std::int32_t>((std::int64_t{random.GetIntegerNumber32(0, size / 4)} + size) % size);
+  };
   const qxBlock<T> turned = qxMakeBlockOrThrow<T>(Count());
   for (std::int32_t round = 1; round <= rounds; ++round) {
-    // The generator may step one beyond its upper end.
-    const std::int32_t down = m_rows > 0 ? random.GetIntegerNumber32(0, m_rows / 4) % m_rows : 0;
-    const std::int32_t right = m_columns > 0 ? random.GetIntegerNumber32(0, m_columns / 4) % m_columns : 0;
+    const std::int32_t down = distance(m_rows);
+    const std::int32_t right = distance(m_columns);
     auto picture = std::make_unique<CQXChannel>(m_columns, m_rows, m_offsetX, m_offsetY);
     picture->TakeUninitialisedSamples();
     picture->m_normalization = QX_NORMALIZATION_2;
     Rotate(m_data.get(), picture->m_data.get(), m_columns, m_rows, down, right);
     picture = clean(std::move(picture));
-    Rotate(picture->m_data.get(), turned.get(), m_columns, m_rows, (m_rows - down) % std::max(m_rows, 1),
-           (m_columns - right) % std::max(m_columns, 1));
-    qxKernels::Accumulate(sum->m_data.get(), turned.get(), Count());
+    Rotate(picture->m_data.get(), turned.get(), m_columns, m_rows, m_rows - down, m_columns - right);
+    qxKernels::Add(Count(), sum->m_data.get(), turned.get());
     if (progress) progress(round + 1, rounds + 1);
   }
   sum->EnhanceRawData(factor);
@@ -232,6 +236,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
 template <typename T>
 T CQXChannel<T>::GetAbsMaxInMask(const T* data, std::int32_t index, std::int32_t columns,
                                  std::int32_t rows) const noexcept {
+  if (columns <= 0) return 0;
   const std::int32_t row = index / columns;
   const std::int32_t column = index % columns;
   T largest = data[index];

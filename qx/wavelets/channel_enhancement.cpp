@@ -1,3 +1,4 @@
+#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/wavelet_kernels.h>
 #include <qx/wavelets/channel.h>
 
@@ -5,7 +6,7 @@
 
 template <typename T>
 void CQXChannel<T>::EnhanceRawData(T factor) {
-  if (m_data != nullptr) qxKernels::Scale(m_data.get(), Count(), factor);
+  if (m_data != nullptr) qxKernels::Multiply(Count(), m_data.get(), factor);
 }
 
 template <typename T>
@@ -54,10 +55,10 @@ void CQXChannel<T>::EditByLevels(const T* factors) {
 /// level, numbered from 0, the lowest low band counting as the level after the last.
 template <typename T>
 template <typename Weights>
-std::unique_ptr<CQXChannel<T>> CQXChannel<T>::BlendWith(const CQXChannel& other, Weights weights) const {
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::BlendWith(const CQXChannel* other, Weights weights) const {
   std::unique_ptr<CQXChannel> blend = CloneDecomposedChannel();
   CQXChannel* target = blend.get();
-  const CQXChannel* source = &other;
+  const CQXChannel* source = other;
   const auto blendBand = [&weights](CQXChannel& band, const CQXChannel* with, std::int32_t level) {
     if (band.m_data == nullptr || with == nullptr || with->m_data == nullptr) return;
     if (band.m_columns != with->m_columns || band.m_rows != with->m_rows) return;
@@ -65,13 +66,13 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::BlendWith(const CQXChannel& other,
     qxKernels::Blend(band.m_data.get(), band.m_data.get(), with->m_data.get(), own, others, band.Count());
   };
   std::int32_t level = 0;
-  for (; target->m_decomposed != 0 && source->m_decomposed != 0; ++level) {
+  for (; target->m_decomposed != 0 && source != nullptr && source->m_decomposed != 0; ++level) {
     for (std::int32_t band = 1; band < target->GetSubChannelsNb(); ++band) {
       if (target->SubChannel(band) != nullptr) blendBand(*target->SubChannel(band), source->SubChannel(band), level);
     }
     target = target->SubChannel(0);
     source = source->SubChannel(0);
-    if (target == nullptr || source == nullptr) return blend;
+    if (target == nullptr) return blend;
   }
   blendBand(*target, source, level);
   return blend;
@@ -81,7 +82,7 @@ template <typename T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::MixByLevels(CQXChannel* other, const T* weights,
                                                           CQXChannel* result) const {
   std::unique_ptr<CQXChannel> blend =
-      BlendWith(*other, [weights](std::int32_t level) { return std::pair<T, T>(1 - weights[level], weights[level]); });
+      BlendWith(other, [weights](std::int32_t level) { return std::pair<T, T>(1 - weights[level], weights[level]); });
   if (result == nullptr) return blend;
   result->Swap(*blend);
   return nullptr;
@@ -89,7 +90,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::MixByLevels(CQXChannel* other, con
 
 template <typename T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::Combine(CQXChannel* other, T a, T b, CQXChannel* result) const {
-  std::unique_ptr<CQXChannel> blend = BlendWith(*other, [a, b](std::int32_t) { return std::pair<T, T>(a, b); });
+  std::unique_ptr<CQXChannel> blend = BlendWith(other, [a, b](std::int32_t) { return std::pair<T, T>(a, b); });
   if (result == nullptr) return blend;
   result->Swap(*blend);
   return nullptr;

@@ -11,6 +11,7 @@ using qxInternal::BandsCount;
 using qxInternal::Extent;
 using qxInternal::LevelTransform;
 using qxInternal::LiftingSchedule;
+using qxInternal::MakeShell;
 using qxInternal::Rect;
 
 namespace {
@@ -61,9 +62,7 @@ bool CQXChannel<T>::IsTransformedBy(const CQXWaveletFilter<T>* filter, qxChannel
 /// Whether the sub-channels from @p firstBand on stand there with samples, in the places of one level of this channel.
 template <typename T>
 bool CQXChannel<T>::HasRawBands(std::int32_t firstBand) const noexcept {
-  if (m_decomposed == 0 || m_filter == nullptr || BandsCount(m_type) == 0 || GetSubChannelsNb() != BandsCount(m_type)) {
-    return false;
-  }
+  if (m_decomposed == 0 || BandsCount(m_type) == 0 || GetSubChannelsNb() != BandsCount(m_type)) return false;
   for (std::int32_t band = firstBand; band < GetSubChannelsNb(); ++band) {
     const CQXChannel* channel = SubChannel(band);
     if (channel == nullptr || channel->m_data == nullptr) return false;
@@ -72,13 +71,14 @@ bool CQXChannel<T>::HasRawBands(std::int32_t firstBand) const noexcept {
   return true;
 }
 
-/// Whether every band of every level is there; a raw channel lacks none.
+/// Whether every band of every level is there, and every filter; a raw channel lacks none.
 template <typename T>
 bool CQXChannel<T>::IsComplete() const noexcept {
   const CQXChannel* channel = this;
   for (; channel->m_decomposed != 0; channel = channel->SubChannel(0)) {
     const CQXChannel* low = channel->SubChannel(0);
-    if (low == nullptr || !channel->HasRawBands(low->m_decomposed != 0 ? 1 : 0)) return false;
+    if (low == nullptr || channel->m_filter == nullptr || !channel->HasRawBands(low->m_decomposed != 0 ? 1 : 0))
+      return false;
     if (Extent(*low) != BandRect(channel->m_type, 0, Extent(*channel))) return false;
   }
   return channel == this || channel->m_data != nullptr;
@@ -109,7 +109,8 @@ void CQXChannel<T>::Split(const CQXChannel& source) {
 
 template <typename T>
 void CQXChannel<T>::Unite(CQXChannel* target) const {
-  if (HasRawBands(0) && target->m_data != nullptr && target->m_columns == m_columns && target->m_rows == m_rows) {
+  if (HasRawBands(0) && target != nullptr && target->m_data != nullptr && target->m_columns == m_columns &&
+      target->m_rows == m_rows) {
     CollectSamples(nullptr, target->m_data.get());
   }
 }
@@ -144,7 +145,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::TransformOneLevel(const CQXWavelet
 template <typename T>
 CQXChannel<T>* CQXChannel<T>::FWTStep(const CQXWaveletFilter<T>* filter, qxChannelType type) {
   if (m_decomposed == 0) return TransformOneLevel(filter, type).release();
-  if (filter == nullptr || !IsTransformedBy(filter, type)) return nullptr;
+  if (filter == nullptr || BandsCount(type) == 0 || !IsTransformedBy(filter, type)) return nullptr;
   CQXChannel* parent = this;
   while (parent->SubChannel(0) != nullptr && parent->SubChannel(0)->m_decomposed != 0) parent = parent->SubChannel(0);
   CQXChannel* low = parent->SubChannel(0);
@@ -156,7 +157,7 @@ CQXChannel<T>* CQXChannel<T>::FWTStep(const CQXWaveletFilter<T>* filter, qxChann
 
 template <typename T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWTStep() {
-  if (!HasRawBands(0)) return nullptr;
+  if (m_filter == nullptr || !HasRawBands(0)) return nullptr;
   auto raw = std::make_unique<CQXChannel>(m_columns, m_rows, m_offsetX, m_offsetY);
   raw->m_filter = m_filter;
   raw->m_normalization = m_normalization;
@@ -165,7 +166,8 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWTStep() {
   return raw;
 }
 
-/// The levels that a raw channel allows, up to @p depth; the channel is consumed. Null when not one level is possible.
+/// The levels that a raw channel allows, up to @p depth, not normalized; the channel is consumed. Null when not one
+/// level is possible.
 template <typename T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWTRawChannel(const CQXWaveletFilter<T>* filter, qxChannelType type,
                                                             std::int32_t depth) {
@@ -173,15 +175,13 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWTRawChannel(const CQXWaveletFilt
   std::unique_ptr<CQXChannel> tree = TransformOneLevel(filter, type);
   if (tree == nullptr) return nullptr;
   Clear();
-  std::int32_t levels = 1;
-  for (CQXChannel* last = tree.get(); levels < depth; ++levels) {
+  for (CQXChannel* last = tree.get(); depth > 1; --depth) {
     std::unique_ptr<CQXChannel> level = last->SubChannel(0)->TransformOneLevel(filter, type);
     if (level == nullptr) break;
     CQXChannel* next = level.get();
     last->SetSubChannel(std::move(level), 0);
     last = next;
   }
-  tree->Normalize(levels, tree->m_normalization);
   return tree;
 }
 
@@ -191,7 +191,9 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWT(const CQXWaveletFilter<T>* fil
   if (filter == nullptr) return nullptr;
   if (m_decomposed == 0) {
     std::unique_ptr<CQXChannel> tree = FWTRawChannel(filter, type, depth);
-    return tree != nullptr ? std::move(tree) : CloneRawChannel();
+    if (tree == nullptr) return CloneRawChannel();
+    tree->Normalize();
+    return tree;
   }
   std::unique_ptr<CQXChannel> tree = CloneDecomposedChannel();
   tree->FWTInPlace(filter, type, depth);
@@ -201,11 +203,14 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWT(const CQXWaveletFilter<T>* fil
 template <typename T>
 void CQXChannel<T>::FWTInPlace(const CQXWaveletFilter<T>* filter, qxChannelType type, std::int32_t depth) {
   if (filter == nullptr || (m_decomposed != 0 && !IsTransformedBy(filter, type))) return;
+  const qxWaveletNormalization normalization = m_normalization;
   CQXChannel* lowest = LowestLow();
   std::unique_ptr<CQXChannel> tree = lowest->FWTRawChannel(filter, type, depth);
   if (tree == nullptr) return;
+  tree->Normalize(tree->GetDepth(), normalization);
   lowest->Swap(*tree);
   m_filter = filter;
+  m_normalization = normalization;
   Inherit();
 }
 
@@ -260,16 +265,14 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
   for (; lowest->m_decomposed != 0; lowest = lowest->SubChannel(0)) {
     const Rect wide = Widened(rect, Extent(*lowest));
     levels.push_back({lowest, rect, wide, factors});
-    rect = BandRect(m_type, 0, wide);
+    rect = BandRect(lowest->m_type, 0, wide);
     lowestFactor = factors.OfLowest();
     factors.GoDown();
   }
 
   // Upwards: the low band from below, the high bands cut out of the tree.
   const auto cut = [](const CQXChannel& source, const Rect& r, T factor) {
-    auto piece = std::make_unique<CQXChannel>(static_cast<std::int32_t>(r.right - r.left),
-                                              static_cast<std::int32_t>(r.bottom - r.top),
-                                              static_cast<std::int32_t>(r.left), static_cast<std::int32_t>(r.top));
+    std::unique_ptr<CQXChannel> piece = MakeShell<CQXChannel>(r);
     piece->TakeUninitialisedSamples();
     piece->PasteRawChannel(source);
     if (HasEffect(factor)) piece->EnhanceRawData(factor);
@@ -278,19 +281,19 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
   std::unique_ptr<CQXChannel> piece = cut(*lowest, rect, lowestFactor);
   for (; !levels.empty(); levels.pop_back()) {
     const Level& level = levels.back();
-    CQXChannel shell(static_cast<std::int32_t>(level.wide.right - level.wide.left),
-                     static_cast<std::int32_t>(level.wide.bottom - level.wide.top),
-                     static_cast<std::int32_t>(level.wide.left), static_cast<std::int32_t>(level.wide.top));
-    shell.m_filter = level.channel->m_filter;
-    shell.m_type = level.channel->m_type;
-    shell.m_decomposed = 1;
-    shell.SetSubChannelsNb(BandsCount(shell.m_type));
-    shell.SetSubChannel(std::move(piece), 0);
-    for (std::int32_t band = 1; band < shell.GetSubChannelsNb(); ++band) {
-      const Rect r = BandRect(shell.m_type, band, level.wide);
-      shell.SetSubChannel(cut(*level.channel->SubChannel(band), r, level.factors.Of(band)), band);
+    const std::unique_ptr<CQXChannel> shell = MakeShell<CQXChannel>(level.wide);
+    shell->m_filter = level.channel->m_filter;
+    shell->m_type = level.channel->m_type;
+    shell->m_decomposed = 1;
+    shell->SetSubChannelsNb(BandsCount(shell->m_type));
+    shell->SetSubChannel(std::move(piece), 0);
+    for (std::int32_t band = 1; band < shell->GetSubChannelsNb(); ++band) {
+      const Rect r = BandRect(shell->m_type, band, level.wide);
+      shell->SetSubChannel(cut(*level.channel->SubChannel(band), r, level.factors.Of(band)), band);
     }
-    piece = cut(*shell.IFWTStep(), level.wanted, T(1));
+    const std::unique_ptr<CQXChannel> raw = shell->IFWTStep();
+    if (raw == nullptr) return nullptr;
+    piece = cut(*raw, level.wanted, T(1));
   }
   piece->m_filter = m_filter;
   piece->m_normalization = m_normalization;

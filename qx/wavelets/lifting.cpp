@@ -21,16 +21,16 @@ std::int32_t qxSymExtension(std::int32_t index, std::int32_t size, std::int32_t 
 template <typename T>
 CQXLifting<T>::CQXLifting(const CQXChannel<T>* low, const CQXChannel<T>* high, std::int32_t direction) noexcept
     : m_direction(direction) {
-  const bool byRows = direction == 0;
-  m_highLeads = byRows ? low->m_offsetY != high->m_offsetY : low->m_offsetX != high->m_offsetX;
+  if (low == nullptr || high == nullptr) return;
+  m_highLeads = direction == 0 ? low->m_offsetY != high->m_offsetY : low->m_offsetX != high->m_offsetX;
   const CQXChannel<T>* even = m_highLeads != 0 ? high : low;
   const CQXChannel<T>* odd = m_highLeads != 0 ? low : high;
   m_even = even->m_data.get();
   m_odd = odd->m_data.get();
-  m_evenColumns = byRows ? low->m_columns : even->m_columns;
-  m_oddColumns = byRows ? low->m_columns : odd->m_columns;
-  m_evenRows = byRows ? even->m_rows : low->m_rows;
-  m_oddRows = byRows ? odd->m_rows : low->m_rows;
+  m_evenColumns = even->m_columns;
+  m_oddColumns = odd->m_columns;
+  m_evenRows = even->m_rows;
+  m_oddRows = odd->m_rows;
 }
 
 template <typename T>

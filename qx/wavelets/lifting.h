@@ -30,8 +30,8 @@ class LiftingStep;
 ///
 /// A lifting step adds to one band a short symmetric combination of the other; the inverse step subtracts it again. The
 /// view owns nothing and writes into the samples of the two channels, which must outlive it. A step whose bands are
-/// empty, of sizes that do not interleave, or without samples changes nothing. Two views over the same channels must
-/// not run at once.
+/// null, empty, of sizes that do not interleave, or without samples changes nothing. Two views over the same channels
+/// must not run at once.
 ///
 /// One gap is part of the contract: along columns the two-coefficient step leaves the last odd row out when the number
 /// of rows is odd and the even rows lead; the step along rows has no such gap. The inverse step leaves the same row

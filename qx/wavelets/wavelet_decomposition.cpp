@@ -35,7 +35,6 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::MakeFrom
     if (result->m_channels[i] == nullptr) return nullptr;
     result->Adopt(*result->m_channels[i]);
   }
-  result->UpdateFlag();
   return result;
 }
 
@@ -57,19 +56,23 @@ void CQXWaveletDecomposition<T>::Copy(const CQXWaveletDecomposition& other) {
   std::swap(m_channels, copy.m_channels);
   std::swap(m_filter, copy.m_filter);
   m_normalization = copy.m_normalization;
-  m_isDecomposed = copy.m_isDecomposed;
 }
 
 template <typename T>
 void CQXWaveletDecomposition<T>::Destroy() noexcept {
   m_channels.clear();
   m_filter.reset();
-  m_isDecomposed = 0;
 }
 
 template <typename T>
 qxWaveletType CQXWaveletDecomposition<T>::GetWaveletType() const noexcept {
   return m_filter != nullptr ? m_filter->GetWavelet() : static_cast<qxWaveletType>(-1);
+}
+
+template <typename T>
+std::int32_t CQXWaveletDecomposition<T>::IsDecomposed() const noexcept {
+  return std::any_of(m_channels.begin(), m_channels.end(),
+                     [](const auto& channel) { return channel != nullptr && channel->IsDecomposed() != 0; });
 }
 
 template <typename T>
@@ -103,21 +106,32 @@ std::int32_t CQXWaveletDecomposition<T>::HasCommonDepth(std::int32_t& depth) con
   return 1;
 }
 
+/// Calls the visitor with every channel that is there.
+template <typename T>
+template <typename Visitor>
+void CQXWaveletDecomposition<T>::VisitChannels(Visitor visit) const {
+  for (const auto& channel : m_channels) {
+    if (channel != nullptr) visit(*channel);
+  }
+}
+
 /// Hands filter and normalization to all levels of a channel. A tree of another wavelet or normalization is taken back.
 template <typename T>
 void CQXWaveletDecomposition<T>::Adopt(CQXChannel<T>& channel) const {
-  const bool fits = channel.GetTypeOfNormalization() == m_normalization &&
-                    (m_filter == nullptr || channel.GetFilterType() == GetWaveletType());
+  const bool fits = m_filter != nullptr && channel.GetFilterType() == GetWaveletType() &&
+                    channel.GetTypeOfNormalization() == m_normalization;
   if (!fits) channel.IFWTInPlace();
-  if (m_filter != nullptr) channel.SetFilter(m_filter.get());
+  channel.SetFilter(m_filter.get());
   channel.SetTypeOfNormalization(m_normalization);
   channel.Inherit();
 }
 
+/// Before a transform: the caller may have changed raw channels through operator[].
 template <typename T>
-void CQXWaveletDecomposition<T>::UpdateFlag() noexcept {
-  m_isDecomposed = std::any_of(m_channels.begin(), m_channels.end(),
-                               [](const auto& channel) { return channel != nullptr && channel->IsDecomposed() != 0; });
+void CQXWaveletDecomposition<T>::AdoptRawChannels() {
+  VisitChannels([this](CQXChannel<T>& channel) {
+    if (channel.IsDecomposed() == 0) Adopt(channel);
+  });
 }
 
 template <typename T>
@@ -129,13 +143,18 @@ template <typename T>
 template <typename Sample>
 void CQXWaveletDecomposition<T>::SetPixels(std::int32_t width, std::int32_t height, std::int32_t channelsNb,
                                            const Sample* data) {
-  CreateChannels(width, height, channelsNb);
-  const std::size_t planes = m_channels.size();
+  const std::size_t planes = channelsNb > 0 ? static_cast<std::size_t>(channelsNb) : 0;
   const std::size_t count = qxElementCount(height, width);
+  Channels channels(planes);
   for (std::size_t c = 0; c < planes; ++c) {
-    T* plane = m_channels[c]->GetData();
+    qxBlock<T> plane = qxMakeBlockOrThrow<T>(count);
     for (std::size_t i = 0; i < count; ++i) plane[i] = static_cast<T>(data[i * planes + c]);
+    channels[c] = std::make_unique<CQXChannel<T>>(width, height, 0, 0);
+    channels[c]->SetData(std::move(plane));
+    Adopt(*channels[c]);
   }
+  // The samples may come from an old channel, so these go last.
+  std::swap(m_channels, channels);
 }
 
 template <typename T>
@@ -168,7 +187,11 @@ void CQXWaveletDecomposition<T>::GetPixels(Sample* data, Convert convert) const 
 
 template <typename T>
 void CQXWaveletDecomposition<T>::GetImageInPixelForm(T* data) {
-  IFWTInPlace();
+  VisitChannels([this](CQXChannel<T>& channel) {
+    channel.SetTypeOfNormalization(m_normalization);
+    Adopt(channel);
+    channel.IFWTInPlace();
+  });
   GetPixels(data, [](T sample) { return sample; });
 }
 
@@ -208,18 +231,13 @@ void CQXWaveletDecomposition<T>::SetFilter(qxWaveletType wavelet) {
   } else if (GetWaveletType() != wavelet) {
     m_filter->Set(wavelet);
   }
-  for (const auto& channel : m_channels) {
-    if (channel != nullptr) Adopt(*channel);
-  }
+  VisitChannels([this](CQXChannel<T>& channel) { Adopt(channel); });
 }
 
 template <typename T>
 void CQXWaveletDecomposition<T>::SetTypeOfNormalization(qxWaveletNormalization normalization) {
   m_normalization = normalization;
-  for (const auto& channel : m_channels) {
-    if (channel != nullptr) Adopt(*channel);
-  }
-  UpdateFlag();
+  VisitChannels([this](CQXChannel<T>& channel) { Adopt(channel); });
 }
 
 template <typename T>
@@ -232,13 +250,11 @@ void CQXWaveletDecomposition<T>::SetDecompositionTypes(qxWaveletType wavelet, qx
 
 template <typename T>
 void CQXWaveletDecomposition<T>::SetDecompositionTypesToChannels(qxChannelType type) {
-  for (const auto& channel : m_channels) {
-    if (channel == nullptr) continue;
-    if (channel->GetType() != type) channel->IFWTInPlace();
-    channel->SetType(type);
-    Adopt(*channel);
-  }
-  UpdateFlag();
+  VisitChannels([this, type](CQXChannel<T>& channel) {
+    if (channel.GetType() != type) channel.IFWTInPlace();
+    channel.SetType(type);
+    Adopt(channel);
+  });
 }
 
 template <typename T>
@@ -255,7 +271,6 @@ template <typename T>
 void CQXWaveletDecomposition<T>::SetChannelsNb(std::int32_t count) {
   m_channels.clear();
   m_channels.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-  m_isDecomposed = 0;
 }
 
 template <typename T>
@@ -263,7 +278,6 @@ void CQXWaveletDecomposition<T>::SetChannel(std::unique_ptr<CQXChannel<T>> chann
   if (index < 0 || index >= GetChannelsNb()) return;
   if (channel != nullptr) Adopt(*channel);
   m_channels[static_cast<std::size_t>(index)] = std::move(channel);
-  UpdateFlag();
 }
 
 template <typename T>
@@ -281,21 +295,19 @@ std::int32_t CQXWaveletDecomposition<T>::MaximumDepth(qxChannelType type) const 
 template <typename T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWT(std::int32_t depth, qxChannelType type) {
   if (m_filter == nullptr || !HasAllChannels()) return nullptr;
-  auto result = MakeFromChannels(
+  AdoptRawChannels();
+  return MakeFromChannels(
       m_normalization, [&](CQXChannel<T>& channel, std::size_t) { return channel.FWT(m_filter.get(), type, depth); });
-  UpdateFlag();
-  return result;
 }
 
 template <typename T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWT(const std::int32_t* depths,
                                                                             const qxChannelType* types) {
   if (m_filter == nullptr || !HasAllChannels()) return nullptr;
-  auto result = MakeFromChannels(m_normalization, [&](CQXChannel<T>& channel, std::size_t i) {
+  AdoptRawChannels();
+  return MakeFromChannels(m_normalization, [&](CQXChannel<T>& channel, std::size_t i) {
     return channel.FWT(m_filter.get(), types[i], depths[i]);
   });
-  UpdateFlag();
-  return result;
 }
 
 template <typename T>
@@ -312,18 +324,16 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWTMaxDe
 
 template <typename T>
 void CQXWaveletDecomposition<T>::FWTInPlace(std::int32_t depth, qxChannelType type) {
-  for (const auto& channel : m_channels) {
-    if (channel != nullptr) channel->FWTInPlace(m_filter.get(), type, depth);
-  }
-  UpdateFlag();
+  AdoptRawChannels();
+  VisitChannels([&](CQXChannel<T>& channel) { channel.FWTInPlace(m_filter.get(), type, depth); });
 }
 
 template <typename T>
 void CQXWaveletDecomposition<T>::FWTInPlace(const std::int32_t* depths, const qxChannelType* types) {
+  AdoptRawChannels();
   for (std::size_t i = 0; i < m_channels.size(); ++i) {
     if (m_channels[i] != nullptr) m_channels[i]->FWTInPlace(m_filter.get(), types[i], depths[i]);
   }
-  UpdateFlag();
 }
 
 template <typename T>
@@ -338,10 +348,7 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::IFWT() c
 
 template <typename T>
 void CQXWaveletDecomposition<T>::IFWTInPlace() {
-  for (const auto& channel : m_channels) {
-    if (channel != nullptr) channel->IFWTInPlace();
-  }
-  UpdateFlag();
+  VisitChannels([&](CQXChannel<T>& channel) { channel.IFWTInPlace(); });
 }
 
 template <typename T>
@@ -387,30 +394,22 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNo
 
 template <typename T>
 void CQXWaveletDecomposition<T>::EnhanceSharpFeatures(T factor) {
-  for (const auto& channel : m_channels) {
-    if (channel != nullptr) channel->Enhance(factor);
-  }
+  VisitChannels([&](CQXChannel<T>& channel) { channel.Enhance(factor); });
 }
 
 template <typename T>
 void CQXWaveletDecomposition<T>::EnhanceSharpFeatures(T factor, std::int32_t level) {
-  for (const auto& channel : m_channels) {
-    if (channel != nullptr) channel->EnhanceHRLevel(factor, level);
-  }
+  VisitChannels([&](CQXChannel<T>& channel) { channel.EnhanceHRLevel(factor, level); });
 }
 
 template <typename T>
 void CQXWaveletDecomposition<T>::EnhanceSharpFeatures(T factor, std::int32_t level, std::int32_t band) {
-  for (const auto& channel : m_channels) {
-    if (channel != nullptr) channel->EnhanceSubLevel(factor, level, band);
-  }
+  VisitChannels([&](CQXChannel<T>& channel) { channel.EnhanceSubLevel(factor, level, band); });
 }
 
 template <typename T>
 void CQXWaveletDecomposition<T>::EditByLevels(const T* factors) {
-  for (const auto& channel : m_channels) {
-    if (channel != nullptr) channel->EditByLevels(factors);
-  }
+  VisitChannels([&](CQXChannel<T>& channel) { channel.EditByLevels(factors); });
 }
 
 template <typename T>

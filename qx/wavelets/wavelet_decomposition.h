@@ -42,7 +42,8 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// The wavelet of the filter; -1 without one.
   [[nodiscard]] qxWaveletType GetWaveletType() const noexcept;
   [[nodiscard]] qxWaveletNormalization GetTypeOfNormalization() const noexcept { return m_normalization; }
-  [[nodiscard]] std::int32_t IsDecomposed() const noexcept { return m_isDecomposed; }
+  /// 1 when a channel is decomposed, else 0.
+  [[nodiscard]] std::int32_t IsDecomposed() const noexcept;
   /// Columns and rows of channel 0; 0 without one.
   [[nodiscard]] std::int32_t GetImageWidth() const noexcept;
   [[nodiscard]] std::int32_t GetImageHeight() const noexcept;
@@ -53,12 +54,12 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// none.
   [[nodiscard]] std::int32_t HasCommonDepth(std::int32_t& depth) const noexcept;
 
-  /// Replaces the channels by the planes of an image at offset (0, 0).
+  /// Replaces the channels by the planes of an image at offset (0, 0). @p data may be the samples of an old channel.
   void SetImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const T* data);
   void Set8BitsImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const std::uint8_t* data);
 
-  /// Writes the pixels. A decomposed image is taken back first and stays raw: width x height x planes samples are
-  /// written.
+  /// Writes the pixels. A decomposed image is taken back first, with this filter and normalization, and stays raw:
+  /// width x height x planes samples are written.
   void GetImageInPixelForm(T* data);
   /// Writes the pixels rounded to the nearest whole number, halves away from zero, of which the low byte is kept.
   ///
@@ -90,7 +91,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// Destroys the channels and makes @p count empty slots.
   void SetChannelsNb(std::int32_t count);
   /// Takes ownership of a channel and hands it filter and normalization; a tree of another wavelet or normalization is
-  /// taken back first. A bad index destroys @p channel.
+  /// taken back first, and so is every tree without a filter here. A bad index destroys @p channel.
   void SetChannel(std::unique_ptr<CQXChannel<T>> channel, std::int32_t index);
 
   /// A new decomposition by CQXChannel::FWT() of every plane. The planes of a raw image are consumed: this object is
@@ -154,7 +155,9 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   using Channels = std::vector<std::unique_ptr<CQXChannel<T>>, qxBlockAllocator<std::unique_ptr<CQXChannel<T>>>>;
 
   void Adopt(CQXChannel<T>& channel) const;
-  void UpdateFlag() noexcept;
+  template <typename Visitor>
+  void VisitChannels(Visitor visit) const;
+  void AdoptRawChannels();
   [[nodiscard]] bool HasAllChannels() const noexcept;
   template <typename Sample>
   void SetPixels(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const Sample* data);
@@ -168,7 +171,6 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   std::unique_ptr<CQXWaveletFilter<T>> m_filter;
   Channels m_channels;
   qxWaveletNormalization m_normalization = QX_NORMALIZATION_NONE;
-  std::int32_t m_isDecomposed = 0;
 };
 
 extern template class QX_API CQXWaveletDecomposition<float>;

@@ -118,11 +118,22 @@ void CQXWaveletFilter<T>::Set(qxWaveletType type) {
 
 template <typename T>
 void CQXWaveletFilter<T>::AllocateMemory() {
+  PutInForce(m_primeSize, m_dualSize, m_prime2Size);
+}
+
+/// Takes new arrays and only then stores their sizes, so that refused memory leaves sizes and arrays that fit.
+template <typename T>
+typename CQXWaveletFilter<T>::Arrays& CQXWaveletFilter<T>::PutInForce(std::int32_t primeSize, std::int32_t dualSize,
+                                                                      std::int32_t prime2Size) {
   auto arrays = std::allocate_shared<Arrays>(qxBlockAllocator<Arrays>());
-  arrays->prime = MakeZeros<T>(m_primeSize);
-  arrays->dual = MakeZeros<T>(m_dualSize);
-  if (m_prime2Size != 0) arrays->prime2 = MakeZeros<T>(m_prime2Size);
+  arrays->prime = MakeZeros<T>(primeSize);
+  arrays->dual = MakeZeros<T>(dualSize);
+  if (prime2Size != 0) arrays->prime2 = MakeZeros<T>(prime2Size);
   m_arrays.push_back(std::move(arrays));
+  m_primeSize = primeSize;
+  m_dualSize = dualSize;
+  m_prime2Size = prime2Size;
+  return *m_arrays.back();
 }
 
 template <typename T>
@@ -131,12 +142,9 @@ void CQXWaveletFilter<T>::Build(qxWaveletType type) {
   const Wavelet& wavelet = wavelets[known ? type : QX_WAVELET_2_2];
   const Family& family = families[wavelet.family];
   const bool beginsWithLow = family.first.size != 0;
-  m_primeSize = beginsWithLow ? family.first.size : wavelet.update.size;
-  m_dualSize = family.dual.size;
-  m_prime2Size = beginsWithLow ? wavelet.update.size : 0;
-  AllocateMemory();
-  Arrays& arrays = *m_arrays.back();
-  Divide(beginsWithLow ? family.first : wavelet.update, arrays.prime);
+  const Fractions& prime = beginsWithLow ? family.first : wavelet.update;
+  Arrays& arrays = PutInForce(prime.size, family.dual.size, beginsWithLow ? wavelet.update.size : 0);
+  Divide(prime, arrays.prime);
   Divide(family.dual, arrays.dual);
   if (beginsWithLow) Divide(wavelet.update, arrays.prime2);
 

@@ -36,7 +36,7 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
   ~CQXWaveletFilter() = default;
 
   /// Stores the code, builds its wavelet and sets both shifts to -1. A code that is not one of the twelve is stored and
-  /// builds 2_2. Arrays held before stay readable until this object goes.
+  /// builds 2_2. Arrays held before stay readable until this object goes; refused memory changes nothing.
   void Set(qxWaveletType type);
   /// Set() for the stored code.
   void Set() { Set(m_type); }
@@ -98,6 +98,7 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
     return m_arrays.empty() ? nullptr : ((*m_arrays.back()).*array).get();
   }
 
+  Arrays& PutInForce(std::int32_t primeSize, std::int32_t dualSize, std::int32_t prime2Size);
   void Build(qxWaveletType type);
 
   qxWaveletType m_type = static_cast<qxWaveletType>(-1);

@@ -142,7 +142,12 @@ TYPED_TEST(Complex, RoundingTreatsEachPartByItself) {
       EXPECT_EQ(part(z.Round()), c.round);
     }
   }
-  EXPECT_EQ(CQXComplex<TypeParam>(TypeParam(1e20)).Round().Real(), TypeParam(-2147483648.0));
+  for (const TypeParam beyond : {TypeParam(1e20), TypeParam(-1e20), std::numeric_limits<TypeParam>::quiet_NaN()}) {
+    const CQXComplex<TypeParam> z(beyond, beyond);
+    for (const auto& whole : {z.Floor(), z.Ceil(), z.Round()}) {
+      this->ExpectParts(whole, TypeParam(-2147483648.0), TypeParam(-2147483648.0), 0);
+    }
+  }
 }
 
 TYPED_TEST(Complex, ComparisonsKeepTheirBoundaries) {

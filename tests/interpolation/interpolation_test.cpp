@@ -63,35 +63,29 @@ TYPED_TEST_SUITE(Interpolation, FloatTypes);
 TYPED_TEST(Interpolation, PolynomialsAreReproducedAtTheNodesAndBetween) {
   using T = TypeParam;
   // Nodes in no order; times at the nodes, between and beyond.
-  const double t0 = 0.5, t1 = -1, t2 = 2.25, t3 = 1.25;
+  const T t0 = T(0.5), t1 = -1, t2 = T(2.25), t3 = T(1.25);
   const auto test = [&](const auto& shape, std::int32_t count, auto linear, auto quadratic, auto cubic) {
-    const auto key = [&](int degree, double t) { return this->Key(shape, count, degree, t); };
-    for (const double t : {t0, t1, t2, t3, 0.0, 1.0, 0.75, -0.25, 3.0}) {
-      this->ExpectPolynomial(linear(key(1, 0), key(1, 1), t), count, 1, t, 16 * double(this->eps));
-      this->ExpectPolynomial(quadratic(key(2, t0), key(2, t1), key(2, t2), t), count, 2, t, 256 * double(this->eps));
-      this->ExpectPolynomial(cubic(key(3, t0), key(3, t1), key(3, t2), key(3, t3), t), count, 3, t,
-                             2048 * double(this->eps));
+    const auto key = [&](int degree, T t) { return this->Key(shape, count, degree, t); };
+    const auto expect = [&](const auto& blend, int degree, T t, double bound) {
+      this->ExpectPolynomial(blend, count, degree, t, bound * this->eps);
+    };
+    for (const T t : {t0, t1, t2, t3, T(0), T(1), T(0.75), T(-0.25), T(3)}) {
+      expect(linear(key(1, 0), key(1, 1), t), 1, t, 16);
+      expect(quadratic(key(2, t0), key(2, t1), key(2, t2), t0, t1, t2, t), 2, t, 256);
+      expect(cubic(key(3, t0), key(3, t1), key(3, t2), key(3, t3), t0, t1, t2, t3, t), 3, t, 2048);
     }
   };
   const auto vectors = [&](const auto& shape, std::int32_t count) {
     test(
-        shape, count, [](const auto& a, const auto& b, double t) { return I::VectorsLinear(a, b, T(t)); },
-        [&](const auto& a, const auto& b, const auto& c, double t) {
-          return I::VectorsQuadratic(a, b, c, T(t0), T(t1), T(t2), T(t));
-        },
-        [&](const auto& a, const auto& b, const auto& c, const auto& d, double t) {
-          return I::VectorsCubic(a, b, c, d, T(t0), T(t1), T(t2), T(t3), T(t));
-        });
+        shape, count, [](const auto&... arguments) { return I::VectorsLinear(arguments...); },
+        [](const auto&... arguments) { return I::VectorsQuadratic(arguments...); },
+        [](const auto&... arguments) { return I::VectorsCubic(arguments...); });
   };
   const auto matrices = [&](const auto& shape, std::int32_t count) {
     test(
-        shape, count, [](const auto& a, const auto& b, double t) { return I::MatricesLinear(a, b, T(t)); },
-        [&](const auto& a, const auto& b, const auto& c, double t) {
-          return I::MatricesQuadratic(a, b, c, T(t0), T(t1), T(t2), T(t));
-        },
-        [&](const auto& a, const auto& b, const auto& c, const auto& d, double t) {
-          return I::MatricesCubic(a, b, c, d, T(t0), T(t1), T(t2), T(t3), T(t));
-        });
+        shape, count, [](const auto&... arguments) { return I::MatricesLinear(arguments...); },
+        [](const auto&... arguments) { return I::MatricesQuadratic(arguments...); },
+        [](const auto&... arguments) { return I::MatricesCubic(arguments...); });
   };
   vectors(CQXVector2<T>(), 2);
   vectors(CQXVector3<T>(), 3);
@@ -112,8 +106,7 @@ TYPED_TEST(Interpolation, DynamicResultsHaveTheShapeOfTheirKeys) {
   const CQXMatrixMN<T> blend = I::MatricesCubic(a, a, a, a, 0, 1, 2, 3, 0.5);
   EXPECT_EQ(blend.RowsNb() == 2 && blend.ColsNb() == 3, true);
   EXPECT_EQ(blend.GetRank(), -1);
-  const CQXMatrixN<T> square = I::MatricesLinear(CQXMatrixN<T>(4), CQXMatrixN<T>(4), 0.5);
-  EXPECT_EQ(square.Size(), 4);
+  EXPECT_EQ(I::MatricesLinear(CQXMatrixN<T>(4), CQXMatrixN<T>(4), 0.5).Size(), 4);
   EXPECT_EQ(I::VectorsLinear(CQXVectorN<T>(), CQXVectorN<T>(), 0.5).Dim(), 0);
   EXPECT_EQ(I::VectorsQuadratic(CQXVectorN<T>(-3), CQXVectorN<T>(-3), CQXVectorN<T>(-3), 0, 1, 2, 0.5).Dim(), -3);
 }
@@ -210,12 +203,12 @@ TYPED_TEST(Interpolation, TheCubicRotationPathRunsThroughItsKeys) {
     const T bound = T(0.03);
     EXPECT_TRUE(qxAreAlmostEqual(path(1.001).GetMatrix(), q[1].GetMatrix(), bound));
     EXPECT_TRUE(qxAreAlmostEqual(path(2.999).GetMatrix(), q[2].GetMatrix(), bound));
-    // The control points, long-hand, and the nodes of the outer keys, which play no part.
+    // The control points, long-hand.
     const CQXQuaternion<T> inverse1 = q[1].InvertUnit(), inverse2 = q[2].InvertUnit();
     const auto a = q[1] * (((inverse1 * q[2]).Log() + (inverse1 * q[0]).Log()) * T(-0.25)).Exp();
     const auto b = q[2] * (((inverse2 * q[3]).Log() + (inverse2 * q[1]).Log()) * T(-0.25)).Exp();
     this->ExpectNear(path(1.5), I::Squad(q[1], a, b, q[2], T(0.25)), 256 * this->eps);
-    this->ExpectNear(I::SlerpCubic(q[0], q[1], q[2], q[3], 1, 1, 3, 0, T(1.5)), path(1.5), 0);
+    this->ExpectNear(I::SlerpCubic(q[0], q[1], q[2], q[3], 1, 1, 3, 0, T(1.5)), path(1.5), 0);  // t0 and t3 are free
   }
   const auto q1 = this->RandomUnit(), q2 = this->RandomUnit();
   this->ExpectNear(I::SlerpCubic(q1, q1, q2, q2, 0, T(0.25), T(0.25) + T(5e-7), 1, 9), q1, 0);  // no interval

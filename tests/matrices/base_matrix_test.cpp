@@ -113,6 +113,9 @@ TYPED_TEST(BaseMatrix, RectanglesAreTestedAgainstTheRowCount) {
   tall.FillPart(2, 0, 3, 3, source.Data(), 1);
   const std::int32_t expected[] = {0, 0, 0, 0, 1, 2, 5, 6};
   for (std::int32_t i = 0; i < 8; ++i) EXPECT_EQ(tall[i], expected[i] == 0 ? TypeParam(0) : this->Number(expected[i]));
+  tall.FillPart(2, 0, 3, 3, source.Data(), 0);  // of two that meet in one place the later one stays, column by column
+  const std::int32_t laterColumn[] = {0, 0, 0, 0, 1, 3, 5, 7};
+  for (std::int32_t i = 4; i < 8; ++i) EXPECT_EQ(tall[i], this->Number(laterColumn[i]));
   M dumped(1, 8);
   tall.DumpPart(2, 0, 3, 3, dumped.Data(), 0);  // column by column
   const TypeParam byColumns[] = {tall[4], tall[6], tall[5], tall[7], tall[6], TypeParam(0), tall[7], TypeParam(0)};
@@ -174,7 +177,7 @@ TYPED_TEST(BaseMatrix, ElementWiseArithmetic) {
   EXPECT_EQ(inPlace[3], factor + factor);
 }
 
-TEST(MatrixText, IsThatOfThePart) {
+TEST(MatrixText, PrintsTheRectangleOrTheWhole) {
   const double elements[] = {1, 2, 3, 4};
   const CQXMatrixMN<double> m(2, elements);
   ::testing::internal::CaptureStdout();
@@ -232,6 +235,9 @@ TYPED_TEST(MatrixMN, TheRankIsRememberedAsTold) {
   EXPECT_EQ(untouched[0], -5);
   const M moved(std::move(fromValues));
   EXPECT_EQ(moved.GetRank(), 2);
+  for (const auto& sizes : {std::pair{-3, -1}, {-1, 2}, {2, -1}, {0, 2}}) {
+    EXPECT_EQ(M(sizes.first, sizes.second).CalculateRank(), 0);
+  }
   EXPECT_EQ(fromValues.GetRank(), 0);
 }
 

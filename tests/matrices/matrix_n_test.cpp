@@ -33,7 +33,7 @@ TYPED_TEST_SUITE(Square, FloatTypes);
 TYPED_TEST(Square, ResultsStayInTheClass) {
   using T = TypeParam;
   using M = CQXMatrixN<T>;
-  const T elements[] = {1, 2, 3, 4};
+  const T elements[] = {1, 2, 3, 4, 5, 6};
   const M a(2, elements);
   M c = a * a + a - a.Transpose() * T(2) / T(2);
   c = c.Negate();

@@ -239,6 +239,21 @@ TYPED_TEST(Denoising, CircularShiftsAverageTheShiftedPasses) {
   }
 }
 
+TYPED_TEST(Denoising, BlocksWithoutSamplesAreLeftAlone) {
+  for (const std::int32_t columns : {0, 5, -3}) {
+    for (const std::int32_t rows : {0, 6, -2}) {
+      if (columns > 0 && rows > 0) continue;
+      CQXChannel<TypeParam> empty(columns, rows, 0, 0);
+      empty.Initialize();
+      TypeParam threshold = 2, ratio = 3;
+      const auto same = empty.CleanWithCircularShifts(threshold, ratio, 3, &this->m_filter, 2, 1, MethodOf(5));
+      EXPECT_EQ(same->RawChannelIsAlmostEqual(empty, 0), 1);
+      EXPECT_EQ(ratio, 3);
+      EXPECT_EQ(empty.GetAbsMaxInMask(empty.GetData(), 0, 0, rows), 0);
+    }
+  }
+}
+
 TYPED_TEST(Denoising, EnhancementFadesOutTowardsCoarseLevels) {
   const struct {
     TypeParam factor;

@@ -282,6 +282,59 @@ TYPED_TEST(Transform, StepsKeepTheGapAlongColumnsAndIgnoreOtherTypes) {
   }
 }
 
+TYPED_TEST(Transform, BandsThatDoNotFitTogetherAreLeftInTheirBlocks) {
+  const CQXWaveletFilter<TypeParam> filter(QX_WAVELET_2_6);
+  CQXChannel<TypeParam> wide = MakeNoisyChannel<TypeParam>(9, 8), narrow = MakeNoisyChannel<TypeParam>(2, 8);
+  wide.SetFilter(&filter);
+  for (const std::int32_t direction : {0, 1}) {
+    wide.LiftDirect(&wide, &narrow, direction);
+    wide.LiftInverse(&narrow, &wide, direction);
+    wide.LiftDirect(&wide, nullptr, direction);
+  }
+  EXPECT_EQ(wide(7, 8), MakeNoisyChannel<TypeParam>(9, 8)(7, 8));
+  for (const bool decomposed : {false, true}) {
+    CQXChannel<TypeParam> picture = MakeNoisyChannel<TypeParam>(6, 6), large = MakeNoisyChannel<TypeParam>(50, 50);
+    const auto tree = picture.FWT(&filter, QX_CHANNEL_2D, 2);
+    tree->SetSubChannel(large.FWT(&filter, QX_CHANNEL_2D, decomposed ? 1 : 0), 0);
+    const auto packed = tree->PackDecomposedChannel();
+    EXPECT_EQ((*packed)(0, 0), 0);
+    EXPECT_EQ((*packed)(3, 3), (*(*tree)[QX_SUBCHANNEL_HH])(0, 0));
+  }
+}
+
+TYPED_TEST(Transform, ALowBandMayGoOnWithAnotherType) {
+  const CQXWaveletFilter<TypeParam> filter(QX_WAVELET_2_6);
+  for (const qxChannelType type : {QX_CHANNEL_ROWS, QX_CHANNEL_COLUMNS, QX_CHANNEL_2D}) {
+    CQXChannel<TypeParam> picture = MakeNoisyChannel<TypeParam>(41, 37, 1, 0);
+    const auto tree = picture.FWT(&filter, QX_CHANNEL_2D, 1);
+    (*tree)[0]->FWTInPlace(&filter, type, 2);
+    EXPECT_EQ(tree->IFWT(20, 19, 9, 8)->RawChannelIsAlmostEqual(*tree->IFWT()->Cut(20, 19, 9, 8), 0), 1) << type;
+  }
+}
+
+TYPED_TEST(Transform, SamplesAreDealtOutWithoutAFilterToo) {
+  const CQXChannel<TypeParam> picture = MakeNoisyChannel<TypeParam>(7, 5, 1, 0);
+  CQXChannel<TypeParam> level(7, 5, 1, 0), back(7, 5, 1, 0);
+  level.CreateOneLevelSubChannels(nullptr, QX_CHANNEL_2D, QX_NORMALIZATION_NONE);
+  back.Initialize();
+  level.Split(picture);
+  EXPECT_EQ((*level[QX_SUBCHANNEL_LH])(0, 0), picture(0, 0));
+  EXPECT_EQ(level.IFWTStep(), nullptr);
+  level.Unite(&back);
+  EXPECT_EQ(back.RawChannelIsAlmostEqual(picture, 0), 1);
+}
+
+TYPED_TEST(Transform, DeeperLevelsTakeTheNormalizationOfTheTop) {
+  const CQXWaveletFilter<TypeParam> filter(QX_WAVELET_2_2);
+  CQXChannel<TypeParam> picture = MakeNoisyChannel<TypeParam>(16, 16);
+  const auto tree = picture.FWT(&filter, QX_CHANNEL_2D, 1);
+  CQXChannel<TypeParam> low(*(*tree)[0]);
+  low.SetTypeOfNormalization(QX_NORMALIZATION_1);
+  tree->SetTypeOfNormalization(QX_NORMALIZATION_1);
+  tree->FWTInPlace(&filter, QX_CHANNEL_2D, 1);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*(*tree)[0], *low.FWT(&filter, QX_CHANNEL_2D, 1), 0), 1);
+}
+
 TEST(SymExtension, FoldsOntoTheMirroredBand) {
   for (std::int32_t size = 1; size <= 6; ++size) {
     for (std::int32_t flags = 0; flags < 4; ++flags) {

@@ -133,6 +133,38 @@ TYPED_TEST(WaveletDecomposition, ChangesOfFilterTypeAndNormalizationTakeTheImage
   image.SetChannel(std::make_unique<CQXChannel<TypeParam>>(), 3);
 }
 
+TYPED_TEST(WaveletDecomposition, ChannelsMayBeChangedFromOutside) {
+  CQXWaveletDecomposition<TypeParam> image = this->MakeImage();
+  image[0]->FWTInPlace(image.GetFilter(), QX_CHANNEL_2D, 2);
+  EXPECT_EQ(image.IsDecomposed(), 1);
+  image[0]->SetTypeOfNormalization(QX_NORMALIZATION_NONE);  // the image's own counts on the way back
+  this->ExpectPixels(image);
+
+  // A plane with fields of its own is transformed with those of the image.
+  image[1]->CopyRawChannel(MakeNoisyChannel<TypeParam>(24, 20));
+  CQXWaveletDecomposition<TypeParam> inPlace(this->MakeImage());
+  inPlace[1]->CopyRawChannel(MakeNoisyChannel<TypeParam>(24, 20));
+  const auto tree = image.FWT(2, QX_CHANNEL_2D);
+  inPlace.FWTInPlace(2, QX_CHANNEL_2D);
+  for (const auto* channel : {(*tree)[1], inPlace[1]}) {
+    EXPECT_EQ(channel->GetDepth(), 2);
+    EXPECT_EQ(channel->GetTypeOfNormalization(), QX_NORMALIZATION_2);
+  }
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*(*tree)[1], *inPlace[1], 0), 1);
+
+  // The new pixels may be those of an old plane.
+  CQXWaveletDecomposition<TypeParam> gray;
+  gray.SetImage(24, 20, 1, this->m_pixels.data());
+  gray.SetImage(20, 24, 1, gray[0]->GetData());
+  EXPECT_EQ(gray.GetImageWidth(), 20);
+  EXPECT_EQ((*gray[0])(1, 0), this->m_pixels[20]);
+
+  // Without a filter a tree is taken back: nothing points to the filter of another image.
+  gray.SetChannel((*tree)[0]->CloneDecomposedChannel(), 0);
+  EXPECT_EQ(gray.IsDecomposed(), 0);
+  EXPECT_EQ(gray[0]->GetFilter(), nullptr);
+}
+
 TYPED_TEST(WaveletDecomposition, DepthsAndTypesMayDifferByChannel) {
   CQXWaveletDecomposition<TypeParam> image = this->MakeImage();
   const std::int32_t depths[] = {1, 0, 3};

@@ -12,36 +12,12 @@
 
 namespace qxSolvers {
 
-/// The bounds of all variables.
+/// The bounds as they are given.
 template <typename T>
 struct Bounds {
   const QX_OPTIMIZATION_CONSTRAINTS* kinds;
   const T* lower;
   const T* upper;
-
-  [[nodiscard]] bool HasLower(std::int32_t i) const { return kinds[i] == QX_LOWER_BOUND || kinds[i] == QX_BOTH_BOUNDS; }
-  [[nodiscard]] bool HasUpper(std::int32_t i) const { return kinds[i] >= QX_BOTH_BOUNDS; }
-
-  /// @p value moved onto the bounds of variable @p i.
-  [[nodiscard]] T Keep(std::int32_t i, T value) const {
-    if (HasLower(i) && value < lower[i]) return lower[i];
-    if (HasUpper(i) && value > upper[i]) return upper[i];
-    return value;
-  }
-
-  /// The part of the step from @p value by @p change that keeps the bounds of variable @p i, at most @p part.
-  [[nodiscard]] T FeasiblePart(std::int32_t i, T value, T change, T part) const {
-    if (change < 0 && HasLower(i)) {
-      const T room = lower[i] - value;
-      if (room >= 0) return 0;
-      if (change * part < room) return room / change;
-    } else if (change > 0 && HasUpper(i)) {
-      const T room = upper[i] - value;
-      if (room <= 0) return 0;
-      if (change * part > room) return room / change;
-    }
-    return part;
-  }
 };
 
 /// States of a variable at the generalized Cauchy point; those above 0 are at a bound.
@@ -101,9 +77,15 @@ class BoundedMinimizer : private CQXOptimization {
  private:
   void Initialize();
   void Evaluate();
+  /// @p value moved onto the bounds of variable @p i.
+  [[nodiscard]] T Keep(std::size_t i, T value) const {
+    value = value < m_lower[i] ? m_lower[i] : value;
+    return value > m_upper[i] ? m_upper[i] : value;
+  }
   [[nodiscard]] T ProjectedGradientNorm() const;
   void FindCauchyPoint();
-  [[nodiscard]] T PassBreakpoints(std::int32_t breakpointCount, std::int32_t first, bool isBounded);
+  void PassBreakpoints(T f1, T f2, T way);
+  [[nodiscard]] T FeasiblePart(const T* origin, T part, std::size_t& blocking) const;
   [[nodiscard]] bool MinimizeInSubspace();
   [[nodiscard]] bool SearchTowardsTarget();
   void ForgetModel();
@@ -114,6 +96,7 @@ class BoundedMinimizer : private CQXOptimization {
 
   std::int32_t m_n;
   std::int32_t m_m;
+  std::size_t m_count;  // m_n as the size of a block
   Bounds<T> m_bounds;
   const Objective<T>& m_objective;
   CQXVectorN<T>& m_x;
@@ -121,6 +104,8 @@ class BoundedMinimizer : private CQXOptimization {
   CompactMemory<T> m_memory;
   SubspaceMatrix<T> m_subspace;
 
+  qxBlock<T> m_lower;  // infinite where there is no bound
+  qxBlock<T> m_upper;
   qxBlock<T> m_target;  // Cauchy point, then the minimum in the subspace
   qxBlock<T> m_direction;
   qxBlock<T> m_start;  // x and gradient before the line search

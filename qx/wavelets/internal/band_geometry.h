@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 
 namespace qxInternal {
 
@@ -66,6 +67,14 @@ template <typename Channel>
   const std::int64_t left = channel.GetOffsetX();
   const std::int64_t top = channel.GetOffsetY();
   return {left, top, left + channel.GetColsNb(), top + channel.GetRowsNb()};
+}
+
+/// A channel that covers a rectangle, without samples.
+template <typename Channel>
+[[nodiscard]] std::unique_ptr<Channel> MakeShell(const Rect& rect) {
+  return std::make_unique<Channel>(static_cast<std::int32_t>(rect.right - rect.left),
+                                   static_cast<std::int32_t>(rect.bottom - rect.top),
+                                   static_cast<std::int32_t>(rect.left), static_cast<std::int32_t>(rect.top));
 }
 
 /// A rectangle that is given relative to the first sample of a channel.

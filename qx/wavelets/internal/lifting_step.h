@@ -12,7 +12,7 @@ namespace qxInternal {
 /// Whether two bands can be the even and odd samples of one signal: both hold samples, and even has as many as odd or
 /// one more.
 [[nodiscard]] constexpr bool AreInterleaving(std::int32_t evenSize, std::int32_t oddSize) {
-  return oddSize > 0 && (evenSize == oddSize || evenSize - 1 == oddSize);
+  return oddSize > 0 && evenSize >= oddSize && evenSize - oddSize <= 1;
 }
 
 /// One lifting step along one direction, apart from the samples: which source positions make the sum of a destination

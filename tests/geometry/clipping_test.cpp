@@ -1,0 +1,161 @@
+#include <qx/geometry/geometry.h>
+#include <qx/vectors/vector_functions.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <tuple>
+
+#include "tests/typed_test.h"
+
+namespace {
+
+template <typename T>
+class Clipping : public ::testing::Test {
+ protected:
+  static constexpr T eps = std::numeric_limits<T>::epsilon();
+
+  T In(double from, double to) { return T(std::uniform_real_distribution<double>(from, to)(engine)); }
+
+  const CQXVector2<T> corner{-2, 1}, opposite{6, 5};
+  std::mt19937 engine{4711};
+};
+TYPED_TEST_SUITE(Clipping, FloatTypes);
+
+TYPED_TEST(Clipping, SegmentsKeepWhatIsInTheClosedRectangle) {
+  using T = TypeParam;
+  using V = CQXVector2<T>;
+  const V &lo = this->corner, &hi = this->opposite;
+  const auto isInside = [&](const V& p) {
+    return p.X() >= lo.X() && p.X() <= hi.X() && p.Y() >= lo.Y() && p.Y() <= hi.Y();
+  };
+  int found[2] = {};
+  for (int i = 0; i < 20000; ++i) {
+    V a(this->In(-6, 10), this->In(-2, 8)), b(this->In(-6, 10), this->In(-2, 8));
+    if (i % 4 == 1) b.X() = a.X();
+    if (i % 4 == 2) b.Y() = a.Y();
+    if (i % 16 == 3) a.X() = lo.X();
+    // The parameters of the part, as the intersection of two intervals.
+    long double first = 0, last = 1;
+    for (std::int32_t axis = 0; axis < 2; ++axis) {
+      const long double p = a[axis], v = static_cast<long double>(b[axis]) - p;
+      if (v == 0) {
+        if (p < lo[axis] || p > hi[axis]) last = -1;
+        continue;
+      }
+      const long double u = (lo[axis] - p) / v, w = (hi[axis] - p) / v;
+      first = std::max(first, std::min(u, w));
+      last = std::min(last, std::max(u, w));
+    }
+    if (std::abs(last - first) < 1e-4 && a.X() != b.X()) continue;  // a corner is grazed
+    V qa(77, 77), qb(88, 88);
+    const std::int32_t result = CQXGeometry::ClipSegmentToRectangle(a, b, lo, hi, qa, qb);
+    ASSERT_EQ(result, first <= last ? 1 : 0) << a.X() << ' ' << a.Y() << ' ' << b.X() << ' ' << b.Y();
+    ++found[result];
+    if (result == 0) {
+      EXPECT_EQ(qa.X() + qb.X(), 165);
+      continue;
+    }
+    for (const auto& [q, end, u] : {std::tuple(qa, a, first), std::tuple(qb, b, last)}) {
+      EXPECT_TRUE(isInside(q));
+      if (isInside(end)) {
+        EXPECT_EQ((q - end).NormInf(), 0);
+      } else {
+        EXPECT_NEAR(double(q.X()), double(a.X() + u * (static_cast<long double>(b.X()) - a.X())), 64 * this->eps);
+        EXPECT_NEAR(double(q.Y()), double(a.Y() + u * (static_cast<long double>(b.Y()) - a.Y())), 64 * this->eps);
+        EXPECT_NE(CQXGeometry::PointRelativelyRectangleBorder(q, lo, hi, 0), QX_BORDER_NONE);
+        EXPECT_TRUE(q.X() == lo.X() || q.X() == hi.X() || q.Y() == lo.Y() || q.Y() == hi.Y());
+      }
+    }
+    V p = a, r = b;
+    CQXGeometry::ClipSegmentToRectangle(p, r, lo, hi, p, r);  // in place
+    EXPECT_EQ((p - qa).NormInf() + (r - qb).NormInf(), 0);
+  }
+  EXPECT_GT(std::min(found[0], found[1]), 3000);
+}
+
+TYPED_TEST(Clipping, SegmentsThatTouchOrAreNoNumbers) {
+  using T = TypeParam;
+  using V = CQXVector2<T>;
+  V qa, qb;
+  const struct {
+    V a, b;
+    std::int32_t result;
+  } cases[] = {{V(-2, 1), V(-2, 1), 1},         {V(-4, 3), V(-2, 3), 1}, {V(-4, 1), V(8, 1), 1},
+               {V(-3, 2), V(-1, 0), 1},         {V(6, 5), V(9, 9), 1},   {V(-3, 1), V(-3, 1), 0},
+               {V(-4, T(0.5)), V(8, T(0.5)), 0}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(CQXGeometry::ClipSegmentToRectangle(c.a, c.b, this->corner, this->opposite, qa, qb), c.result) << c.a.X();
+  }
+  const T hostile[] = {std::numeric_limits<T>::quiet_NaN(),  std::numeric_limits<T>::infinity(),
+                       std::numeric_limits<T>::max(),        -std::numeric_limits<T>::max(),
+                       std::numeric_limits<T>::denorm_min(), 0};
+  for (const T x : hostile) {
+    for (const T y : hostile) {
+      for (const T z : hostile) {
+        qa = qb = V(2, 2);
+        const std::int32_t result =
+            CQXGeometry::ClipSegmentToRectangle(V(x, y), V(z, T(1.0)), this->corner, this->opposite, qa, qb);
+        if (!(std::isfinite(x) && std::isfinite(y) && std::isfinite(z))) {
+          EXPECT_EQ(result, 0);
+        }
+        for (const V& q : {qa, qb}) EXPECT_TRUE(q.X() >= -2 && q.X() <= 6 && q.Y() >= 1 && q.Y() <= 5);
+      }
+    }
+  }
+  EXPECT_EQ(CQXGeometry::ClipSegmentToRectangle(V(0, 2), V(1, 2), this->opposite, this->corner, qa, qb), 0);
+}
+
+TYPED_TEST(Clipping, BordersAreTestedExactlyBeforeNearly) {
+  using T = TypeParam;
+  using V = CQXVector2<T>;
+  const V lo(0, 0), hi(8, 4);
+  const T near = T(5e-7);
+  const struct {
+    V p;
+    qxRectangleBorder verticalFirst, horizontalFirst;
+  } cases[] = {{V(0, 2), QX_BORDER_LEFT, QX_BORDER_LEFT},
+               {V(8, 2), QX_BORDER_RIGHT, QX_BORDER_RIGHT},
+               {V(3, 0), QX_BORDER_TOP, QX_BORDER_TOP},
+               {V(3, 4), QX_BORDER_BOTTOM, QX_BORDER_BOTTOM},
+               {V(0, 0), QX_BORDER_LEFT, QX_BORDER_TOP},
+               {V(8, 4), QX_BORDER_RIGHT, QX_BORDER_BOTTOM},
+               {V(near, 0), QX_BORDER_TOP, QX_BORDER_TOP},
+               {V(0, near), QX_BORDER_LEFT, QX_BORDER_LEFT},
+               {V(near, near), QX_BORDER_LEFT, QX_BORDER_TOP},
+               {V(T(3e-6), 2), QX_BORDER_NONE, QX_BORDER_NONE},
+               {V(3, T(-1e-7)), QX_BORDER_TOP, QX_BORDER_TOP},
+               {V(std::numeric_limits<T>::quiet_NaN(), 2), QX_BORDER_NONE, QX_BORDER_NONE}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(CQXGeometry::PointRelativelyRectangleBorder(c.p, lo, hi, 0), c.verticalFirst);
+    EXPECT_EQ(CQXGeometry::PointRelativelyRectangleBorder(c.p, lo, hi, 1), c.horizontalFirst);
+  }
+  V meeting(7, 7);
+  for (const std::int32_t beyond : {-1, 5}) {
+    EXPECT_EQ(CQXGeometry::EncloseCornerPoint(qxRectangleBorder(beyond), QX_BORDER_LEFT, lo, hi, meeting), 0);
+  }
+  EXPECT_EQ(meeting.X(), 7);
+}
+
+TYPED_TEST(Clipping, LinesMeetPlanesUnlessExactlyParallel) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  V point(7, 7, 7);
+  EXPECT_EQ(CQXGeometry::LinePlaneIntersection(V(1, 2, 3), V(1, -1, 0), 1, 1, 5, -4, point), 0);
+  EXPECT_EQ(point.X(), 7);
+  EXPECT_EQ(CQXGeometry::LinePlaneIntersection(V(1, 2, 3), V(0, 0, -2), 0, 0, 2, -1, point), 1);
+  EXPECT_EQ((point - V(1, 2, T(0.5))).NormInf(), 0);
+  for (int i = 0; i < 200; ++i) {
+    const V n(this->In(-2, 2), this->In(-2, 2), this->In(0.5, 2)), p(this->In(-3, 3), this->In(-3, 3), this->In(-3, 3));
+    const T d = this->In(-3, 3);
+    ASSERT_EQ(CQXGeometry::LinePlaneIntersection(p, n, n.X(), n.Y(), n.Z(), d, point), 1);
+    EXPECT_NEAR(n.Dot(point) + d, 0, 128 * this->eps);
+    const V foot = CQXGeometry::GetPointOnPlane(n.X(), n.Y(), n.Z(), d);
+    EXPECT_NEAR(n.Dot(foot) + d, 0, 32 * this->eps);
+    EXPECT_LE(foot.Cross(n).NormInf(), 32 * this->eps);
+  }
+  EXPECT_EQ(CQXGeometry::GetPointOnPlane(T(0), T(0), T(0), T(3)).NormInf(), 0);
+}
+
+}  // namespace
