@@ -1,4 +1,4 @@
-// Rotations, affine keys, cubic blends and trajectories beside Eigen, GLM and Imath where they have the like.
+// Rotation paths, affine keys, cubic blends and trajectories beside Eigen and Imath where they have the like.
 // Names: operation/library/type. One item is one rotation, matrix, element or sample.
 
 #include <qx/differential/slde2.h>
@@ -15,11 +15,6 @@
 #include <Eigen/Dense>
 #include <unsupported/Eigen/MatrixFunctions>
 #define QX_HAS_EIGEN
-#endif
-#if __has_include(<glm/gtc/quaternion.hpp>)
-#include <glm/glm.hpp>
-#include <glm/gtc/quaternion.hpp>
-#define QX_HAS_GLM
 #endif
 #if __has_include(<ImathQuat.h>)
 #include <ImathQuat.h>
@@ -54,25 +49,13 @@ void RunNeighbours(benchmark::State& state, const std::vector<Value>& values, Co
 }
 
 template <typename T>
-std::vector<CQXQuaternion<T>> MakeQuaternions() {
-  return MakeValues<T, CQXQuaternion<T>>([](auto number) {
-    CQXQuaternion<T> q(number(), number(), number(), number());
+void CubicRotationQx(benchmark::State& state) {
+  using Q = CQXQuaternion<T>;
+  const auto values = MakeValues<T, Q>([](auto number) {
+    Q q(number(), number(), number(), number());
     q.Normalize();
     return q;
   });
-}
-
-template <typename T>
-void SlerpQx(benchmark::State& state) {
-  using Q = CQXQuaternion<T>;
-  const std::vector<Q> values = MakeQuaternions<T>();
-  RunNeighbours<T>(state, values, [](const Q* q, T t) { return CQXInterpolation::Slerp(q[0], q[1], t); });
-}
-
-template <typename T>
-void CubicRotationQx(benchmark::State& state) {
-  using Q = CQXQuaternion<T>;
-  const std::vector<Q> values = MakeQuaternions<T>();
   RunNeighbours<T>(state, values, [](const Q* q, T t) {
     return CQXInterpolation::SlerpCubic(q[0], q[1], q[2], q[3], 0, 1, 2, 3, 1 + t);
   });
@@ -114,14 +97,6 @@ void TrajectoryQx(benchmark::State& state, T skew) {
 }
 
 #ifdef QX_HAS_EIGEN
-template <typename T>
-void SlerpEigen(benchmark::State& state) {
-  using Q = Eigen::Quaternion<T>;
-  const auto values =
-      MakeValues<T, Q>([](auto number) { return Q(number(), number(), number(), number()).normalized(); });
-  RunNeighbours<T>(state, values, [](const Q* q, T t) { return q[0].slerp(t, q[1]); });
-}
-
 /// The blend of the elements alone.
 template <typename T>
 void AffineEigen(benchmark::State& state) {
@@ -152,6 +127,7 @@ void CubicVectorEigen(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * (1 << 14));
 }
 
+/// The exponential of the matrix for each sample.
 template <typename T>
 void TrajectoryEigen(benchmark::State& state, T skew) {
   Eigen::Matrix<T, 2, 2> a;
@@ -169,25 +145,7 @@ void TrajectoryEigen(benchmark::State& state, T skew) {
 }
 #endif
 
-#ifdef QX_HAS_GLM
-template <typename T>
-void SlerpGlm(benchmark::State& state) {
-  using Q = glm::qua<T, glm::defaultp>;
-  const auto values =
-      MakeValues<T, Q>([](auto number) { return glm::normalize(Q(number(), number(), number(), number())); });
-  RunNeighbours<T>(state, values, [](const Q* q, T t) { return glm::slerp(q[0], q[1], t); });
-}
-#endif
-
 #ifdef QX_HAS_IMATH
-template <typename T>
-void SlerpImath(benchmark::State& state) {
-  using Q = Imath::Quat<T>;
-  const auto values =
-      MakeValues<T, Q>([](auto number) { return Q(number(), number(), number(), number()).normalized(); });
-  RunNeighbours<T>(state, values, [](const Q* q, T t) { return Imath::slerpShortestArc(q[0], q[1], t); });
-}
-
 template <typename T>
 void CubicRotationImath(benchmark::State& state) {
   using Q = Imath::Quat<T>;
@@ -205,16 +163,6 @@ void RegisterOperations() {
   };
   const auto spiral = [](auto run) { return [run](benchmark::State& state) { run(state, T(2)); }; };
   const auto exponents = [](auto run) { return [run](benchmark::State& state) { run(state, T(-2)); }; };
-  add("slerp/qx", SlerpQx<T>);
-#ifdef QX_HAS_EIGEN
-  add("slerp/Eigen", SlerpEigen<T>);
-#endif
-#ifdef QX_HAS_GLM
-  add("slerp/GLM", SlerpGlm<T>);
-#endif
-#ifdef QX_HAS_IMATH
-  add("slerp/Imath", SlerpImath<T>);
-#endif
   add("cubic rotation/qx", CubicRotationQx<T>);
 #ifdef QX_HAS_IMATH
   add("cubic rotation/Imath", CubicRotationImath<T>);
