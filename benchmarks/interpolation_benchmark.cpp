@@ -86,7 +86,8 @@ void CubicVectorQx(benchmark::State& state) {
 /// A spiral, or two exponents.
 template <typename T>
 void TrajectoryQx(benchmark::State& state, T skew) {
-  CQXSLDE2<T> system({T(-0.25), skew, -1, T(-0.5)}, {});
+  CQXSLDE2<T> system;
+  system.SetTransformation({T(-0.25), skew, -1, T(-0.5)}, {});
   system.CalculateGeneralSolution();
   std::vector<CQXVector2<T>> out(count);
   for (auto _ : state) {

@@ -25,6 +25,7 @@
 #endif
 #if __has_include(<ImathQuat.h>)
 #include <ImathMatrix.h>
+#include <ImathMatrixAlgo.h>
 #include <ImathQuat.h>
 #define QX_HAS_IMATH
 #endif

@@ -6,6 +6,7 @@
 #include <qx/arrays/random.h>
 #include <qx/arrays/sorting.h>
 #include <qx/arrays/statistics.h>
+#include <qx/differential/slde2.h>
 #include <qx/foundation/angle.h>
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
@@ -17,6 +18,7 @@
 #include <qx/geometry/geometry.h>
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
+#include <qx/interpolation/interpolation.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/fixed_lanes.h>
 #include <qx/matrices/fixed_matrix.h>

@@ -16,8 +16,7 @@ constexpr std::uint64_t defaultX64[4] = {0x0139408DCBBF7A44, 0x07F4809ED9054ADF,
 constexpr std::uint64_t seedFactor = 0xB11924E1;
 constexpr std::uint64_t seedPrimes[13] = {3, 5, 7, 13, 17, 19, 23, 37, 47, 59, 61, 67, 71};
 
-template <typename T>
-constexpr T scale32 = T(4294967295.0);
+constexpr double scale32 = 4294967295.0;  // for float too, where it has no equal: one rounding at the end
 template <typename T>
 constexpr T scale64 = T(0x1p-64);
 
@@ -28,6 +27,14 @@ template <typename T>
 constexpr T zigguratV = T(0.00991256303526217);
 template <typename T>
 constexpr T zigguratExponent = T(-5.925815736115027);
+
+/// The word as a number, the same as by static_cast, which branches on the highest bit: a coin toss in every draw.
+template <typename T>
+T WordToFloat(std::uint64_t word) noexcept {
+  if (word < std::uint64_t{1} << 56) return static_cast<T>(static_cast<std::int64_t>(word));
+  // Half the word, its last bit standing for the two below it, rounds as the word does.
+  return static_cast<T>(static_cast<std::int64_t>((word >> 1) | (word & 1))) * 2;
+}
 
 template <typename T>
 T GuardedLog(T x) noexcept {
@@ -181,12 +188,12 @@ std::uint64_t CQXRandom<T>::Xorshift64() noexcept {
 
 template <typename T>
 T CQXRandom<T>::GetXorshift32() noexcept {
-  return static_cast<T>(Xorshift32()) / scale32<T>;
+  return static_cast<T>(static_cast<T>(Xorshift32()) / scale32);
 }
 
 template <typename T>
 T CQXRandom<T>::GetXorshift64() noexcept {
-  return static_cast<T>(Xorshift64()) * scale64<T>;
+  return WordToFloat<T>(Xorshift64()) * scale64<T>;
 }
 
 template <typename T>
@@ -208,12 +215,12 @@ T CQXRandom<T>::SWB() noexcept {
 
 template <typename T>
 T CQXRandom<T>::GetUniformXorshift32() noexcept {
-  return static_cast<T>(Xorshift32()) * m_range / scale32<T> + m_lower;
+  return static_cast<T>(static_cast<T>(Xorshift32()) * m_range / scale32 + m_lower);
 }
 
 template <typename T>
 T CQXRandom<T>::GetUniformXorshift64() noexcept {
-  return static_cast<T>(Xorshift64()) * m_range * scale64<T> + m_lower;
+  return WordToFloat<T>(Xorshift64()) * m_range * scale64<T> + m_lower;
 }
 
 template <typename T>

@@ -35,6 +35,7 @@ class QX_API CQXRandom {
 
   /// Core generator: 0 Xorshift 32, 1 Xorshift 64, 2 SWB; any other code is kept and draws as 0 does.
   void SetAlgorithm(std::int32_t algorithm) noexcept;
+  /// The code given to SetAlgorithm().
   [[nodiscard]] std::int32_t GetAlgorithm() const noexcept { return m_algorithm; }
   /// 0 uniform, 1 normal, 2 exponential.
   [[nodiscard]] std::int32_t GetDistribution() const noexcept { return m_distribution; }
@@ -66,14 +67,15 @@ class QX_API CQXRandom {
   /// The distribution and Initialize() play no part; the number comes from SWB when that is the algorithm, otherwise
   /// from Xorshift 32. The two extreme words of the generator step over the ends: a unit number of exactly 1 gives
   /// high + 1, one of exactly 0 gives low - 1 for a low end of 0 and below. In double that is one word in 2^32 each,
-  /// in float the upper one is one word in 2^25: clamp where it matters. Beyond 32 bits the result is -2^31.
+  /// in float the upper one is one word in 2^25: clamp where it matters. Beyond 32 bits the result is -2^31. The unit
+  /// numbers of the float generator have 24 bits: of a span above 2^24 it skips numbers.
   std::int32_t GetIntegerNumber32(std::int32_t low, std::int32_t high) noexcept;
 
   /// Whole number from @p low to @p high; @p low when high <= low. The two ends have half the weight of the others.
   ///
   /// The distribution and Initialize() play no part; the number comes from SWB when that is the algorithm, otherwise
-  /// from Xorshift 64. It goes through double: of a span above 2^53 not every number occurs, and the upper end may be
-  /// exceeded by the rounding of the span.
+  /// from Xorshift 64. It goes through double: of a span above 2^53, in the float generator above 2^24, not every
+  /// number occurs, and above 2^53 the rounding of the span may step over the upper end and wrap around beyond 64 bits.
   std::int64_t GetIntegerNumber64(std::int64_t low, std::int64_t high) noexcept;
 
   /// Writes @p n whole numbers between @p low and @p high, in either order; the two ends have half the weight of the
@@ -96,7 +98,9 @@ class QX_API CQXRandom {
   void SetXorshift32Seeds(std::uint32_t w0, std::uint32_t w1, std::uint32_t w2, std::uint32_t w3) noexcept;
   /// Sets the whole 64-bit state. Four zeros yield nothing but zeros.
   void SetXorshift64Seeds(std::uint64_t s0, std::uint64_t s1, std::uint64_t s2, std::uint64_t s3) noexcept;
+  /// The whole state, in order.
   void GetXorshift32Seeds(std::uint32_t& w0, std::uint32_t& w1, std::uint32_t& w2, std::uint32_t& w3) const noexcept;
+  /// The whole state, in order.
   void GetXorshift64Seeds(std::uint64_t& s0, std::uint64_t& s1, std::uint64_t& s2, std::uint64_t& s3) const noexcept;
 
   /// Copies 32 numbers, which should be in [0, 1], into the SWB table. Index and borrow stay.
@@ -106,6 +110,7 @@ class QX_API CQXRandom {
   /// Sets the place in the SWB table, stored as the remainder of @p index by 32 with the sign of @p index, and the
   /// borrow. Every stored index is used modulo 32.
   void SetSWBState(std::int32_t index, T borrow) noexcept;
+  /// The stored place in the SWB table, -31 to 31, and the borrow.
   void GetSWBState(std::int32_t& index, T& borrow) const noexcept;
 
   /// Seeds what the algorithm in force draws from by the wall clock in whole seconds: the Xorshift state of its width,

@@ -364,7 +364,7 @@ void CQXSorting<T>::DescendingPartition(std::int32_t& i, std::int32_t& j, qxSort
 
 template <typename T>
 void qxSort(std::int32_t n, const T* source, T* target, std::int32_t ascending, std::int32_t absolute) {
-  qxSort(0, n - 1, n, source, target, ascending, absolute);
+  if (n > 0) qxSort(0, n - 1, n, source, target, ascending, absolute);
 }
 
 template <typename T>

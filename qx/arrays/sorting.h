@@ -20,9 +20,9 @@ class QX_API CQXVector2;
 /// The method is quicksort about the middle element (C. A. R. Hoare, Quicksort, The Computer Journal 5, 1962). It is
 /// not stable: the order of equal keys is fixed by the exchanges alone, the same on every machine, and the indices of
 /// equal elements may come out in any order. Cost: near n log n for random and for sorted input; input made to defeat
-/// the middle pivot costs n^2 where keys can tie (absolute values, indices, not-a-numbers), n log n elsewhere. The
-/// depth of recursion is below 32. Floats that are not numbers are ordered with nothing: the sort ends and keeps every
-/// element, and what stands around them is in no useful order.
+/// the middle pivot costs n^2 where the exchanges show in the result (absolute values, indices, pairs, floats with a
+/// negative zero or a not-a-number), n log n elsewhere. The depth of recursion is below 32. Floats that are not numbers
+/// are ordered with nothing: the sort ends and keeps every element, and what stands around them is in no useful order.
 
 /// Sorts an array, its own copy of an array, or only finds the order of the elements.
 ///
@@ -60,6 +60,8 @@ class QX_API CQXSorting {
   ~CQXSorting() = default;
 
   /// Sets a new array under the present flags: copied when the in-place flag is 0, used as it stands otherwise.
+  ///
+  /// The private copy of before is freed: an array that is used as it stands must not lie in it.
   /// @param n number of elements; below 0 counts as 0
   void SetArray(std::int32_t n, T* array);
 
@@ -77,8 +79,10 @@ class QX_API CQXSorting {
   /// @p inPlace says, and does not grow: a larger @p n leaves its size as it is.
   void SetData(std::int32_t n, std::int32_t inPlace, std::int32_t ascending, std::int32_t absolute) noexcept;
 
+  /// Number of elements and flags.
   void GetData(std::int32_t& n, std::int32_t& inPlace, std::int32_t& ascending, std::int32_t& absolute) const noexcept;
 
+  /// Sets the flags of the order, and keeps the array.
   void SetSortingType(std::int32_t ascending, std::int32_t absolute) noexcept;
 
   /// The array worked on: the private copy or the caller's array; null for an empty object.

@@ -202,9 +202,8 @@ template <typename T>
 template <typename Weight>
 void CQXStatistics<T>::Smooth(std::int32_t width, std::int32_t first, std::int32_t last, Weight weight) {
   first = std::max(first, 0);
-  last = std::min(last, m_size - 1);
-  if (width <= 1 || first >= last) return;
-  const std::ptrdiff_t n = std::ptrdiff_t{last} - first + 1;
+  const std::ptrdiff_t n = std::min(std::ptrdiff_t{last} + 1, std::ptrdiff_t{m_size}) - first;
+  if (width <= 1 || n <= 1) return;
   const std::ptrdiff_t reach = std::min<std::ptrdiff_t>(width / 2, n - 1);
   const qxBlock<T> copy = qxMakeBlock<T>(static_cast<std::size_t>(n));
   const qxBlock<double> weights = qxMakeBlock<double>(static_cast<std::size_t>(reach + 1));
@@ -229,7 +228,7 @@ void CQXStatistics<T>::Smooth(std::int32_t width, std::int32_t first, std::int32
 
 template <typename T>
 void CQXStatistics<T>::AverageFiltering(std::int32_t width) {
-  AverageFiltering(width, 0, m_size - 1);
+  AverageFiltering(width, 0, m_size);
 }
 
 template <typename T>
@@ -239,7 +238,7 @@ void CQXStatistics<T>::AverageFiltering(std::int32_t width, std::int32_t first, 
 
 template <typename T>
 void CQXStatistics<T>::GaussFiltering(std::int32_t width) {
-  GaussFiltering(width, 0, m_size - 1);
+  GaussFiltering(width, 0, m_size);
 }
 
 template <typename T>

@@ -4,9 +4,16 @@
 
 namespace {
 
+/// Into [lo, hi]; not a number becomes lo.
 template <typename T>
 T Clamped(T x, T lo, T hi) {
-  return x < lo ? lo : x > hi ? hi : x;
+  if (!(x >= lo)) return lo;
+  return x > hi ? hi : x;
+}
+
+template <typename T>
+bool IsFinite(const CQXVector2<T>& p) {
+  return std::isfinite(p.X()) && std::isfinite(p.Y());
 }
 
 /// The part of a segment a + u (b - a) that is left, and the borders that cut its ends.
@@ -16,7 +23,7 @@ struct SegmentPart {
   qxRectangleBorder firstBorder = QX_BORDER_NONE, lastBorder = QX_BORDER_NONE;
 
   /// Cuts by a border: @p speed is the rate at which the segment leaves through it, @p room the distance of its first
-  /// end from it, negative outside. False when nothing is left. Tests are written so that not a number leaves nothing.
+  /// end from it, negative outside. False when nothing is left, also for not a number.
   bool Cut(T speed, T room, qxRectangleBorder border) {
     if (speed == 0) return room >= 0;
     const T u = room / speed;
@@ -37,7 +44,8 @@ struct SegmentPart {
   }
 };
 
-/// Puts a point on the border exactly, and rounding into the rectangle.
+/// Puts a point on the border exactly, and what rounding or an overflow of the difference left outside into the
+/// rectangle.
 template <typename T>
 CQXVector2<T> OnBorder(const CQXVector2<T>& p, const CQXVector2<T>& lo, const CQXVector2<T>& hi,
                        qxRectangleBorder border) {
@@ -75,6 +83,7 @@ template <typename T>
 std::int32_t CQXGeometry::ClipSegmentToRectangle(const CQXVector2<T>& a, const CQXVector2<T>& b,
                                                  const CQXVector2<T>& lo, const CQXVector2<T>& hi, CQXVector2<T>& qa,
                                                  CQXVector2<T>& qb) {
+  if (!IsFinite(a) || !IsFinite(b)) return 0;
   const CQXVector2<T> v = b - a;
   SegmentPart<T> part;
   if (!part.Cut(-v.X(), a.X() - lo.X(), QX_BORDER_LEFT) || !part.Cut(v.X(), hi.X() - a.X(), QX_BORDER_RIGHT) ||

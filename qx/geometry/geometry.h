@@ -43,10 +43,13 @@ class QX_API CQXGeometry {
   template <typename T>
   [[nodiscard]] static std::int32_t TestConvexity(std::int32_t n, const CQXVector2<T>* vertices);
 
-  /// Extends a counter-clockwise hull by a point: the edges that see the point give way to the two tangents. O(n).
+  /// Extends a counter-clockwise hull by a point: the edges that see the point give way to the two tangents, and the
+  /// hull starts at the left end of the lowest run afterwards. O(n).
   /// @param[in,out] n number of vertices, at most one more afterwards; the hull may start with none
-  /// @param[in,out] hull room for n + 1 vertices; its first vertex may change
-  /// @return 1; 0 when the point is inside, on the boundary or coincident with a vertex: nothing changes.
+  /// @param[in,out] hull room for n + 1 vertices
+  /// @return 1; 0 when the point is inside, on an edge by the rule of BuildConvexHull(), coincident with a vertex or
+  /// not a
+  ///         number: nothing changes.
   template <typename T>
   static std::int32_t AddPointToConvexHall(const CQXVector2<T>& point, std::int32_t& n, CQXVector2<T>* hull);
 
@@ -56,8 +59,8 @@ class QX_API CQXGeometry {
   /// The edge is taken as seen; use AddPointToConvexHall() when it is not known.
   /// @param edge index of the vertex where the edge begins, from 0 to n - 1
   /// @param[in,out] n number of vertices, at most one more afterwards
-  /// @param[in,out] hull room for n + 1 vertices; starts with @p point when the edge is the last one or vertex 0 goes
-  /// @return 1; 0 when the point is not outside of the edge: nothing changes.
+  /// @param[in,out] hull room for n + 1 vertices; starts at the left end of the lowest run afterwards
+  /// @return 1; 0 when the point is on the edge or on its inner side: nothing changes.
   template <typename T>
   static std::int32_t UpdateConvexHallEdge(const CQXVector2<T>& point, std::int32_t edge, std::int32_t& n,
                                            CQXVector2<T>* hull);
@@ -155,7 +158,7 @@ class QX_API CQXGeometry {
   /// An end inside is copied exactly; a clipped coordinate is exactly the one of the border. A segment that is a point,
   /// and one that touches the rectangle in a point, is left as a point.
   /// @param[out] qa,qb ends of what is left, in the direction of the segment; may be @p a and @p b
-  /// @return 1; 0 when nothing is left, also for ends that are not numbers: the outputs are untouched.
+  /// @return 1; 0 when nothing is left, also for ends that are not finite: the outputs are untouched.
   template <typename T>
   static std::int32_t ClipSegmentToRectangle(const CQXVector2<T>& a, const CQXVector2<T>& b, const CQXVector2<T>& lo,
                                              const CQXVector2<T>& hi, CQXVector2<T>& qa, CQXVector2<T>& qb);

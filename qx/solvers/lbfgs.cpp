@@ -1,6 +1,6 @@
 #include <qx/foundation/block.h>
 #include <qx/kernels/array_kernels.h>
-#include <qx/kernels/optimization_kernels.h>
+#include <qx/kernels/rotation_kernels.h>
 #include <qx/solvers/internal/lbfgs.h>
 
 #include <algorithm>
@@ -48,14 +48,14 @@ class PairRing {
     std::size_t slot = m_latest;
     for (std::size_t k = 0; k < m_count; ++k) {
       alpha[slot] = rho[slot] * qxKernels::Dot(m_n, Step(slot), q);
-      qxKernels::AddMultiple(m_n, q, -alpha[slot], Difference(slot));
+      qxKernels::AddMultiple(m_n, -alpha[slot], Difference(slot), q);
       slot = slot > 0 ? slot - 1 : m_m - 1;
     }
     qxKernels::Multiply(m_n, q, scale);
     for (std::size_t k = 0; k < m_count; ++k) {
       slot = slot + 1 < m_m ? slot + 1 : 0;
       const T beta = rho[slot] * qxKernels::Dot(m_n, Difference(slot), q);
-      qxKernels::AddMultiple(m_n, q, alpha[slot] - beta, Step(slot));
+      qxKernels::AddMultiple(m_n, alpha[slot] - beta, Step(slot), q);
     }
   }
 

@@ -1,5 +1,5 @@
 #include <qx/kernels/array_kernels.h>
-#include <qx/kernels/optimization_kernels.h>
+#include <qx/kernels/rotation_kernels.h>
 #include <qx/solvers/internal/lbfgs.h>
 #include <qx/solvers/internal/step_interval.h>
 
@@ -44,7 +44,8 @@ std::int32_t SearchLine(std::int32_t n, const T* direction, const Objective<T>& 
         isNarrow) {
       step = interval.best.step;
     }
-    qxKernels::MoveAlong(count, start, step, direction, x.Data());
+    qxKernels::Copy(count, start, x.Data());
+    qxKernels::AddMultiple(count, step, direction, x.Data());
     f = objective.Value(x);
     objective.CalculateGradient(x, gradient);
     ++evaluations;

@@ -1,5 +1,4 @@
 #include <qx/kernels/array_kernels.h>
-#include <qx/kernels/optimization_kernels.h>
 #include <qx/solvers/internal/bounded_minimizer.h>
 #include <qx/solvers/internal/lbfgs.h>
 #include <qx/solvers/internal/step_interval.h>
@@ -24,9 +23,7 @@ void CQXOptimization::LBFGSB_Freev(std::int32_t n, std::int32_t& freeCount, std:
       if (!wasFree && isFree) enteringIndex[enterCount++] = variable;
     }
   }
-  const bool isChanged = enterCount > 0 || leaveCount > 0;
-  update = memoryCount > 0 && (update != 0 || isChanged) ? 1 : 0;
-  if (iteration > 0 && isConstrained != 0 && !isChanged) return;  // the list is as it was
+  update = memoryCount > 0 && (update != 0 || enterCount > 0 || leaveCount > 0) ? 1 : 0;
   freeCount = 0;
   std::int32_t others = n;
   for (std::int32_t i = 0; i < n; ++i) freeIndex[boundState[i] <= 0 ? freeCount++ : --others] = i;
@@ -242,18 +239,17 @@ bool BoundedMinimizer<T>::SearchTowardsTarget() {
 /// Takes the last step into the model, unless its curvature is too small.
 template <typename T>
 void BoundedMinimizer<T>::UpdateModel() {
-  T* difference = m_gradientBefore.get();
-  qxKernels::Difference(m_count, m_gradient.Data(), difference, difference);
   T sy = m_slope - m_slopeBefore;
   T scale = -m_slopeBefore;
+  T factor = 1;
   if (!(std::abs(m_step - 1) <= QX_TOLERANCE<T>)) {
     sy *= m_step;
     scale *= m_step;
-    qxKernels::Multiply(m_count, m_direction.get(), m_step);
+    factor = m_step;
   }
   if (sy <= QX_TOLERANCE<T> * scale) return;
   m_isAppended = 1;
-  if (!m_memory.Append(m_direction.get(), difference, sy, qxKernels::SumOfSquares(m_count, difference))) ForgetModel();
+  m_memory.Append(m_direction.get(), factor, m_gradient.Data(), m_gradientBefore.get(), sy);
 }
 
 template <typename T>
@@ -265,8 +261,7 @@ T BoundedMinimizer<T>::Minimize(T xTol, T fTol, T gTol, std::int32_t maxIteratio
     return m_f;
   }
   for (;;) {
-    FindCauchyPoint();
-    if (!MinimizeInSubspace()) {
+    if (!FindCauchyPoint() || !MinimizeInSubspace()) {
       ForgetModel();
       continue;
     }

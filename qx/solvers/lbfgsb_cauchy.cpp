@@ -1,5 +1,5 @@
 #include <qx/kernels/array_kernels.h>
-#include <qx/kernels/optimization_kernels.h>
+#include <qx/kernels/rotation_kernels.h>
 #include <qx/solvers/internal/bounded_minimizer.h>
 
 #include <algorithm>
@@ -19,9 +19,9 @@ T Dot(std::int32_t count, const T* a, const T* b) {
 }  // namespace
 
 /// The first local minimum of the model along the projected gradient: R. H. Byrd et al. (1995), algorithm CP. Sets the
-/// target, the states of the variables and W'(target - x).
+/// target, the states of the variables and W'(target - x). False when the model could not be factored.
 template <typename T>
-void BoundedMinimizer<T>::FindCauchyPoint() {
+bool BoundedMinimizer<T>::FindCauchyPoint() {
   const T* x = m_x.Data();
   const T* gradient = m_gradient.Data();
   const T* lower = m_lower.get();
@@ -42,26 +42,25 @@ void BoundedMinimizer<T>::FindCauchyPoint() {
   const std::int32_t size = 2 * m_memory.Count();
   std::fill_n(SmallVector(1), size, T(0));
   const T f1 = -qxKernels::SumOfSquares(m_count, direction);
-  if (f1 == 0) return;
-
   T* p = SmallVector(0);  // W' direction
   T* c = SmallVector(1);  // W'(target - x)
   T* product = SmallVector(2);
-  m_memory.MultiplyByTransposed(direction, p);
+  if (!m_memory.Complete(direction, p)) return false;
   T f2 = -m_memory.Theta() * f1;
   if (size > 0) {
     m_memory.MultiplyByMiddle(p, product);
     f2 = std::max(std::numeric_limits<T>::epsilon() * f2, f2 - Dot(size, product, p));
   }
-  const T way = -f1 / f2;  // to the minimum of the model, when no bound is met before
+  const T way = f1 < 0 ? -f1 / f2 : T(0);  // to the minimum of the model, when no bound is met before
   std::size_t blocking = m_count;
   static_cast<void>(FeasiblePart(x, way, blocking));
   if (blocking == m_count) {
-    qxKernels::AddMultiple(m_count, m_target.get(), way, direction);
-    qxKernels::AddMultiple(static_cast<std::size_t>(size), c, way, p);
+    qxKernels::AddMultiple(m_count, way, direction, m_target.get());
+    qxKernels::AddMultiple(static_cast<std::size_t>(size), way, p, c);
   } else {
     PassBreakpoints(f1, f2, way);
   }
+  return true;
 }
 
 /// Follows the piecewise linear path from one breakpoint to the next until the model has its minimum in between.
@@ -112,7 +111,7 @@ void BoundedMinimizer<T>::PassBreakpoints(T f1, T f2, T way) {
     m_direction[i] = 0;
     m_target[i] = change > 0 ? m_upper[i] : m_lower[i];
     m_boundState[i] = change > 0 ? QX_STATE_UPPER : QX_STATE_LOWER;
-    qxKernels::AddMultiple(smallCount, c, interval, p);
+    qxKernels::AddMultiple(smallCount, interval, p, c);
     if (left == 0 && areAllToMeetBounds) return;
     const T moved = m_target[i] - x[i];
     f1 += interval * f2 + change * change - theta * change * moved;
@@ -122,17 +121,17 @@ void BoundedMinimizer<T>::PassBreakpoints(T f1, T f2, T way) {
       m_memory.MultiplyByMiddle(row, product);
       f1 += change * Dot(size, c, product);
       f2 += 2 * change * Dot(size, p, product) - change * change * Dot(size, row, product);
-      qxKernels::AddMultiple(smallCount, p, -change, row);
+      qxKernels::AddMultiple(smallCount, -change, row, p);
     }
     f2 = std::max(smallest, f2);
     way = left == 0 && isBounded ? T(0) : -f1 / f2;
   }
   if (way <= 0) way = 0;
-  qxKernels::AddMultiple(smallCount, c, way, p);
-  qxKernels::AddMultiple(m_count, m_target.get(), passed + way, m_direction.get());
+  qxKernels::AddMultiple(smallCount, way, p, c);
+  qxKernels::AddMultiple(m_count, passed + way, m_direction.get(), m_target.get());
 }
 
-template void BoundedMinimizer<float>::FindCauchyPoint();
-template void BoundedMinimizer<double>::FindCauchyPoint();
+template bool BoundedMinimizer<float>::FindCauchyPoint();
+template bool BoundedMinimizer<double>::FindCauchyPoint();
 
 }  // namespace qxSolvers

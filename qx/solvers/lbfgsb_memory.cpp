@@ -1,5 +1,5 @@
 #include <qx/kernels/array_kernels.h>
-#include <qx/kernels/optimization_kernels.h>
+#include <qx/kernels/rotation_kernels.h>
 #include <qx/solvers/internal/compact_memory.h>
 
 #include <cmath>
@@ -57,10 +57,11 @@ void CompactMemory<T>::Reset() {
   m_first = 0;
   m_count = 0;
   m_theta = 1;
+  m_isAppended = false;
 }
 
 template <typename T>
-bool CompactMemory<T>::Append(const T* step, const T* difference, T sy, T yy) {
+void CompactMemory<T>::Append(const T* direction, T factor, const T* gradient, const T* formerGradient, T sy) {
   const std::size_t count = static_cast<std::size_t>(m_n);
   if (m_count < m_m) {
     ++m_count;
@@ -73,16 +74,33 @@ bool CompactMemory<T>::Append(const T* step, const T* difference, T sy, T yy) {
     }
   }
   const std::int32_t last = m_count - 1;
-  qxKernels::Copy(count, step, m_steps.Data() + Offset(last));
-  qxKernels::Copy(count, difference, m_differences.Data() + Offset(last));
-  for (std::int32_t j = 0; j < last; ++j) {
-    m_sy(last, j) = qxKernels::Dot(count, Difference(j), step);
-    m_ss(last, j) = qxKernels::Dot(count, Step(j), step);
+  T* step = m_steps.Data() + Offset(last);
+  T* difference = m_differences.Data() + Offset(last);
+  qxKernels::Product(count, direction, factor, step);
+  qxKernels::Difference(count, gradient, formerGradient, difference);
+  m_theta = qxKernels::SumOfSquares(count, difference) / sy;
+  for (std::int32_t j = 0; j < m_count; ++j) {
+    m_sy(last, j) = 0;
+    m_ss(last, j) = 0;
   }
   m_sy(last, last) = sy;
-  m_ss(last, last) = qxKernels::SumOfSquares(count, step);
-  m_theta = yy / sy;
+  m_isAppended = true;
+}
 
+template <typename T>
+bool CompactMemory<T>::Complete(const T* v, T* product) {
+  for (std::int32_t j = 0; j < 2 * m_count; ++j) product[j] = 0;
+  const std::int32_t last = m_count - 1;
+  ForEachStrip(static_cast<std::size_t>(m_n), [&](std::size_t first, std::size_t size) {
+    for (std::int32_t j = 0; m_isAppended && j < m_count; ++j) {
+      const T* step = Step(last) + first;
+      if (j < last) m_sy(last, j) += qxKernels::Dot(size, Difference(j) + first, step);
+      m_ss(last, j) += qxKernels::Dot(size, Step(j) + first, step);
+    }
+    AddTransposedProduct(first, size, v + first, product);
+  });
+  if (!m_isAppended) return true;
+  m_isAppended = false;
   for (std::int32_t i = 0; i < m_count; ++i) {
     for (std::int32_t j = i; j < m_count; ++j) {
       T sum = m_theta * m_ss(j, i);
@@ -94,20 +112,18 @@ bool CompactMemory<T>::Append(const T* step, const T* difference, T sy, T yy) {
 }
 
 template <typename T>
-void CompactMemory<T>::MultiplyByTransposed(const T* v, T* product) const {
-  const std::size_t count = static_cast<std::size_t>(m_n);
+void CompactMemory<T>::AddTransposedProduct(std::size_t first, std::size_t size, const T* v, T* product) const {
   for (std::int32_t j = 0; j < m_count; ++j) {
-    product[j] = qxKernels::Dot(count, Difference(j), v);
-    product[m_count + j] = m_theta * qxKernels::Dot(count, Step(j), v);
+    product[j] += qxKernels::Dot(size, Difference(j) + first, v);
+    product[m_count + j] += m_theta * qxKernels::Dot(size, Step(j) + first, v);
   }
 }
 
 template <typename T>
-void CompactMemory<T>::AddProduct(const T* c, T* target) const {
-  const std::size_t count = static_cast<std::size_t>(m_n);
+void CompactMemory<T>::AddProduct(std::size_t first, std::size_t size, const T* c, T* target) const {
   for (std::int32_t j = 0; j < m_count; ++j) {
-    qxKernels::AddMultiple(count, target, c[j], Difference(j));
-    qxKernels::AddMultiple(count, target, m_theta * c[m_count + j], Step(j));
+    qxKernels::AddMultiple(size, c[j], Difference(j) + first, target);
+    qxKernels::AddMultiple(size, m_theta * c[m_count + j], Step(j) + first, target);
   }
 }
 

@@ -1,5 +1,5 @@
 #include <qx/kernels/array_kernels.h>
-#include <qx/kernels/optimization_kernels.h>
+#include <qx/kernels/rotation_kernels.h>
 #include <qx/solvers/internal/bounded_minimizer.h>
 
 #include <algorithm>
@@ -20,7 +20,10 @@ std::int32_t Twice(std::int32_t m) {
 
 template <typename T>
 SubspaceMatrix<T>::SubspaceMatrix(std::int32_t n, std::int32_t m)
-    : m_m(m), m_products(Twice(m)), m_matrix(Twice(m)), m_masked(qxMakeBlock<T>(2 * static_cast<std::size_t>(n))) {}
+    : m_m(m),
+      m_products(Twice(m)),
+      m_matrix(Twice(m)),
+      m_masked(qxMakeBlock<T>(2 * static_cast<std::size_t>(n < stripSize ? n : stripSize))) {}
 
 template <typename T>
 bool SubspaceMatrix<T>::HasMemory() const {
@@ -28,19 +31,7 @@ bool SubspaceMatrix<T>::HasMemory() const {
 }
 
 template <typename T>
-void SubspaceMatrix<T>::Update(const CompactMemory<T>& memory, bool isAppended, std::int32_t n,
-                               const std::int32_t* boundState, std::int32_t freeCount, std::int32_t enterCount,
-                               std::int32_t leaveCount, const std::int32_t* entering) {
-  if (isAppended) AppendPair(memory, n, boundState, freeCount);
-  // The newest pair was summed over the present sets; the older ones follow the changes.
-  const std::int32_t pairs = isAppended ? m_count - 1 : m_count;
-  for (std::int32_t i = 0; i < enterCount; ++i) MoveVariable(memory, pairs, entering[i], 1);
-  for (std::int32_t i = n - leaveCount; i < n; ++i) MoveVariable(memory, pairs, entering[i], -1);
-}
-
-template <typename T>
-void SubspaceMatrix<T>::AppendPair(const CompactMemory<T>& memory, std::int32_t n, const std::int32_t* boundState,
-                                   std::int32_t freeCount) {
+void SubspaceMatrix<T>::AppendPair(const CompactMemory<T>& memory) {
   if (m_count < memory.Count()) {
     ++m_count;
   } else {
@@ -51,30 +42,42 @@ void SubspaceMatrix<T>::AppendPair(const CompactMemory<T>& memory, std::int32_t 
       m_products.CopyPartColumn(j, m_m, m_count - 1, j + 1, m_m + 1, m_products);
     }
   }
-  const std::size_t count = static_cast<std::size_t>(n);
   const std::int32_t last = m_count - 1;
-  // Zeros instead of a list of indices: the products run along memory.
-  const T* step = memory.Step(last);
-  const T* difference = memory.Difference(last);
-  T* boundStep = m_masked.get();
-  T* freeDifference = boundStep + count;
-  for (std::size_t i = 0; i < count; ++i) {
-    boundStep[i] = boundState[i] > 0 ? step[i] : T(0);
-    freeDifference[i] = boundState[i] > 0 ? T(0) : difference[i];
-  }
-  const bool areAllFree = freeCount == n;
   for (std::int32_t j = 0; j < m_count; ++j) {
-    m_products(last, j) = qxKernels::Dot(count, freeDifference, memory.Difference(j));
-    m_products(m_m + last, m_m + j) = areAllFree ? T(0) : qxKernels::Dot(count, boundStep, memory.Step(j));
-    m_products(m_m + last, j) = areAllFree ? T(0) : qxKernels::Dot(count, boundStep, memory.Difference(j));
-  }
-  for (std::int32_t i = 0; i < m_count; ++i) {
-    m_products(m_m + i, last) = qxKernels::Dot(count, memory.Step(i), freeDifference);
+    m_products(last, j) = 0;
+    m_products(m_m + last, m_m + j) = 0;
+    m_products(m_m + last, j) = 0;
+    m_products(m_m + j, last) = 0;
   }
 }
 
-/// A variable that enters the free ones (sign 1) or leaves them (sign -1) goes from the sums over the bound variables
-/// to those over the free ones, or back.
+template <typename T>
+void SubspaceMatrix<T>::AddStrip(const CompactMemory<T>& memory, std::size_t first, std::size_t size,
+                                 const std::int32_t* boundState, bool areAllFree) {
+  const std::int32_t last = m_count - 1;
+  const T* freeDifference = memory.Difference(last) + first;
+  if (!areAllFree) {
+    // Zeros instead of a list of indices: the products run along memory.
+    const T* step = memory.Step(last) + first;
+    const T* difference = freeDifference;
+    T* boundStep = m_masked.get();
+    T* masked = boundStep + size;
+    for (std::size_t i = 0; i < size; ++i) {
+      boundStep[i] = boundState[first + i] > 0 ? step[i] : T(0);
+      masked[i] = boundState[first + i] > 0 ? T(0) : difference[i];
+    }
+    freeDifference = masked;
+    for (std::int32_t j = 0; j < m_count; ++j) {
+      m_products(m_m + last, m_m + j) += qxKernels::Dot(size, boundStep, memory.Step(j) + first);
+      if (j < last) m_products(m_m + last, j) += qxKernels::Dot(size, boundStep, memory.Difference(j) + first);
+    }
+  }
+  for (std::int32_t j = 0; j < m_count; ++j) {
+    m_products(last, j) += qxKernels::Dot(size, freeDifference, memory.Difference(j) + first);
+    m_products(m_m + j, last) += qxKernels::Dot(size, freeDifference, memory.Step(j) + first);
+  }
+}
+
 template <typename T>
 void SubspaceMatrix<T>::MoveVariable(const CompactMemory<T>& memory, std::int32_t pairs, std::int32_t variable,
                                      T sign) {
@@ -137,38 +140,53 @@ bool BoundedMinimizer<T>::MinimizeInSubspace() {
   LBFGSB_Freev(m_n, m_freeCount, m_freeIndex.get(), m_enterCount, m_leaveCount, m_entering.get(), m_boundState.get(),
                m_memory.Count(), isNew, 1, m_iterations);
   if (m_memory.Count() == 0) return true;
-  m_subspace.Update(m_memory, m_isAppended != 0, m_n, m_boundState.get(), m_freeCount, m_enterCount, m_leaveCount,
-                    m_entering.get());
+  const bool isAppended = m_isAppended != 0;
   m_isAppended = 0;
+  if (isAppended) m_subspace.AppendPair(m_memory);
+
+  // In one pass over the pairs: the products of the newest pair, the reduced gradient of the model at the Cauchy point,
+  // negated (zero for the bound variables), and its product with W'.
+  const std::int32_t size2 = 2 * m_memory.Count();
+  const T theta = m_memory.Theta();
+  const T* c = SmallVector(1);  // W'(Cauchy point - x)
+  T* product = SmallVector(2);
+  T* v = SmallVector(3);
+  T* residual = m_direction.get();
+  const std::int32_t* states = m_boundState.get();
+  const T* x = m_x.Data();
+  const T* gradient = m_gradient.Data();
+  T* target = m_target.get();
+  m_memory.MultiplyByMiddle(c, product);
+  std::fill_n(v, size2, T(0));
+  ForEachStrip(m_count, [&](std::size_t first, std::size_t size) {
+    if (isAppended) m_subspace.AddStrip(m_memory, first, size, states, m_freeCount == m_n);
+    if (m_freeCount == 0) return;
+    for (std::size_t i = first; i < first + size; ++i) residual[i] = -theta * (target[i] - x[i]) - gradient[i];
+    m_memory.AddProduct(first, size, product, residual + first);
+    for (std::size_t i = first; i < first + size; ++i) residual[i] = states[i] > 0 ? T(0) : residual[i];
+    m_memory.AddTransposedProduct(first, size, residual + first, v);
+  });
+  // The newest pair was summed over the present sets; the older ones follow the changes.
+  const std::int32_t olderPairs = isAppended ? m_memory.Count() - 1 : m_memory.Count();
+  const std::int32_t* entering = m_entering.get();
+  for (std::int32_t i = 0; i < m_enterCount; ++i) m_subspace.MoveVariable(m_memory, olderPairs, entering[i], 1);
+  for (std::int32_t i = m_n - m_leaveCount; i < m_n; ++i) {
+    m_subspace.MoveVariable(m_memory, olderPairs, entering[i], -1);
+  }
   m_isFactored = m_isFactored && isNew == 0;
   if (m_freeCount == 0) return true;
   if (!m_isFactored && !m_subspace.Factor(m_memory)) return false;
   m_isFactored = true;
 
-  // Reduced gradient of the model at the Cauchy point, negated; zero for the bound variables throughout.
-  const T theta = m_memory.Theta();
-  const T* c = SmallVector(1);  // W'(Cauchy point - x)
-  T* v = SmallVector(2);
-  T* residual = m_direction.get();
-  const auto dropBound = [&] {
-    if (m_freeCount == m_n) return;
-    const std::int32_t* states = m_boundState.get();
-    for (std::size_t i = 0; i < m_count; ++i) residual[i] = states[i] > 0 ? T(0) : residual[i];
-  };
-  const T* x = m_x.Data();
-  const T* gradient = m_gradient.Data();
-  T* target = m_target.get();
-  for (std::size_t i = 0; i < m_count; ++i) residual[i] = -theta * (target[i] - x[i]) - gradient[i];
-  m_memory.MultiplyByMiddle(c, v);
-  m_memory.AddProduct(v, residual);
-  dropBound();
-
-  m_memory.MultiplyByTransposed(residual, v);
   m_subspace.Solve(v);
-  for (std::int32_t j = 0; j < 2 * m_memory.Count(); ++j) v[j] /= theta;
-  m_memory.AddProduct(v, residual);
-  qxKernels::Multiply(m_count, residual, 1 / theta);
-  dropBound();
+  for (std::int32_t j = 0; j < size2; ++j) v[j] /= theta;
+  ForEachStrip(m_count, [&](std::size_t first, std::size_t size) {
+    m_memory.AddProduct(first, size, v, residual + first);
+    for (std::size_t i = first; i < first + size; ++i) {
+      const T scaled = residual[i] * (1 / theta);
+      residual[i] = states[i] > 0 ? T(0) : scaled;
+    }
+  });
 
   std::size_t blocking = m_count;
   const T part = FeasiblePart(target, 1, blocking);
@@ -176,7 +194,7 @@ bool BoundedMinimizer<T>::MinimizeInSubspace() {
     target[blocking] = residual[blocking] > 0 ? m_upper[blocking] : m_lower[blocking];
     residual[blocking] = 0;
   }
-  qxKernels::AddMultiple(m_count, target, part, residual);
+  qxKernels::AddMultiple(m_count, part, residual, target);
   return true;
 }
 

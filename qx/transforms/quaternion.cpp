@@ -1,3 +1,4 @@
+#include <qx/transforms/internal/motions.h>
 #include <qx/transforms/quaternion.h>
 
 #include <cmath>
@@ -30,10 +31,7 @@ void CQXQuaternion<T>::GetAngleAndAxis(T& angleInRadians, CQXVector3<T>& axis) c
 
 template <typename T>
 void CQXQuaternion<T>::SetByEulerAngles(T axInDegrees, T ayInDegrees, T azInDegrees, qxRotationsOrder order) noexcept {
-  CQXMatrix3<T> rotation;
-  rotation.Unit();
-  rotation.SetRotationByEulerAngles(axInDegrees, ayInDegrees, azInDegrees, order);
-  Set(rotation);
+  Set(qxMotions::EulerRotation(axInDegrees, ayInDegrees, azInDegrees, order));
 }
 
 template <std::floating_point T>

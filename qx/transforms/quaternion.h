@@ -49,8 +49,8 @@ class QX_API CQXQuaternion {
   /// (scalar, vector), not normalised.
   constexpr void Set(T scalar, const CQXVector3<T>& vector) noexcept { *this = {scalar, vector}; }
   constexpr void Set(const CQXQuaternion& source) noexcept { *this = source; }
-  /// Makes this the quaternion of a rotation matrix: of the two, the one whose largest component by the trace, or by
-  /// the largest diagonal element when the trace is negative, is positive.
+  /// Makes this the quaternion of a rotation matrix. Of q and -q it is the one whose w is positive; where the trace is
+  /// negative, the one whose component of the largest diagonal element is positive, of equal ones x before y before z.
   ///
   /// The result is not normalised. A matrix that is no rotation gives what the formulas give (Shepperd 1978).
   void Set(const CQXMatrix3<T>& rotation) noexcept;

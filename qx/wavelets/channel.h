@@ -15,6 +15,11 @@
 template <typename T>
 class CQXLifting;
 
+namespace qxInternal {
+template <typename T>
+class LevelTransform;
+}
+
 /// Called during a long operation with the number of rounds done and the number of all; empty for no report.
 using qxProgress = std::function<void(std::int32_t done, std::int32_t total)>;
 
@@ -384,8 +389,8 @@ class QX_API CQXChannel : public qxBlockAllocated {
   [[nodiscard]] std::unique_ptr<CQXChannel> TransformOneLevel(const CQXWaveletFilter<T>* filter, qxChannelType type);
   [[nodiscard]] std::unique_ptr<CQXChannel> FWTRawChannel(const CQXWaveletFilter<T>* filter, qxChannelType type,
                                                           std::int32_t depth);
-  void PassSamples(const CQXWaveletFilter<T>* filter, const T* source) const;
-  void CollectSamples(const CQXWaveletFilter<T>* filter, T* target) const;
+  [[nodiscard]] qxInternal::LevelTransform<T> MakeLevelTransform(const CQXWaveletFilter<T>* filter) const;
+  void CleanInPlace(T& threshold, T& ratio, bool soft, qxWaveletDenoising method);
   void ScaleHighBands(T factor);
   void MultiplyLevels(std::int32_t depth, T low, T high);
 

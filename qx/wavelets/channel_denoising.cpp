@@ -81,13 +81,17 @@ void CleanMasked(CQXChannel<T>& band, T threshold, bool shrink) {
   }
 }
 
-/// Turns a plane that holds samples round: the sample at (row, column) goes to (row + downwards, column + rightwards).
-template <typename T>
+/// Visits a plane that is turned round: what stands at (row, column) of the source belongs to (row + downwards, column
+/// + rightwards) of the target, each row in two pieces. Distances are at most the sizes.
+template <typename T, typename Move>
 void Rotate(const T* source, T* target, std::int32_t columns, std::int32_t rows, std::int32_t downwards,
-            std::int32_t rightwards) {
+            std::int32_t rightwards, Move move) {
+  const std::ptrdiff_t wrapped = rightwards;
+  const std::ptrdiff_t straight = columns - wrapped;
   for (std::int32_t row = 0; row < rows; ++row, source += columns) {
     T* to = target + ((std::ptrdiff_t{row} + downwards) % rows) * columns;
-    std::rotate_copy(source, source + (columns - rightwards) % columns, source + columns, to);
+    move(static_cast<std::size_t>(straight), to + wrapped, source);
+    move(static_cast<std::size_t>(wrapped), to, source + straight);
   }
 }
 
@@ -118,11 +122,10 @@ void CQXChannel<T>::EstimateThreshold(T& threshold, T& ratio) const {
   }
 }
 
+/// CleanBelowThreshold() of this channel itself.
 template <typename T>
-std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanBelowThreshold(T& threshold, T& ratio, std::int32_t soft,
-                                                                  qxWaveletDenoising method) const {
-  std::unique_ptr<CQXChannel> clean = CloneDecomposedChannel();
-  if (m_decomposed == 0 || method < QX_DENOISING_GIVEN || method > QX_DENOISING_BAND_SIGNAL_MASKED) return clean;
+void CQXChannel<T>::CleanInPlace(T& threshold, T& ratio, bool soft, qxWaveletDenoising method) {
+  if (m_decomposed == 0 || method < QX_DENOISING_GIVEN || method > QX_DENOISING_BAND_SIGNAL_MASKED) return;
   const std::int32_t depth = GetDepth();
   const bool byVariance = method >= QX_DENOISING_BAND_VARIANCE;
   const T sigma = method == QX_DENOISING_GIVEN ? T(0) : EstimateNoise();
@@ -133,7 +136,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanBelowThreshold(T& threshold, 
   }
 
   T working = byVariance ? T(0) : threshold;
-  CQXChannel* level = clean.get();
+  CQXChannel* level = this;
   for (std::int32_t l = 0; l < depth && level != nullptr; ++l, level = level->SubChannel(0)) {
     for (std::int32_t b = 1; b < level->GetSubChannelsNb(); ++b) {
       CQXChannel* band = level->SubChannel(b);
@@ -144,9 +147,9 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanBelowThreshold(T& threshold, 
       }
       if (!(working > T(effectGuard))) continue;
       if (method == QX_DENOISING_BAND_SIGNAL_MASKED) {
-        CleanMasked(*band, working, soft != 0);
+        CleanMasked(*band, working, soft);
       } else {
-        qxKernels::Threshold(band->m_data.get(), band->Count(), working, true, soft != 0);
+        qxKernels::Threshold(band->m_data.get(), band->Count(), working, true, soft);
       }
     }
     if (byVariance && l == 0) {
@@ -163,6 +166,13 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanBelowThreshold(T& threshold, 
     if (method == QX_DENOISING_LEVEL_DEPENDENT) working *= T(rootOfTwo);
     if (method == QX_DENOISING_GIVEN) working *= ratioPerLevel;
   }
+}
+
+template <typename T>
+std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanBelowThreshold(T& threshold, T& ratio, std::int32_t soft,
+                                                                  qxWaveletDenoising method) const {
+  std::unique_ptr<CQXChannel> clean = CloneDecomposedChannel();
+  clean->CleanInPlace(threshold, ratio, soft != 0, method);
   return clean;
 }
 
@@ -198,7 +208,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
     T a = threshold;
     T b = ratio;
     std::unique_ptr<CQXChannel> tree = picture->FWT(filter, QX_CHANNEL_2D, depth);
-    tree = tree->CleanBelowThreshold(a, b, soft, method);
+    tree->CleanInPlace(a, b, soft != 0, method);
     thresholds += a;
     ratios += b;
     return tree->DestroyingIFWT();
@@ -213,17 +223,17 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
     // The generator may step one beyond its ends.
     return static_cast<std::int32_t>((std::int64_t{random.GetIntegerNumber32(0, size / 4)} + size) % size);
   };
-  const qxBlock<T> turned = qxMakeBlockOrThrow<T>(Count());
   for (std::int32_t round = 1; round <= rounds; ++round) {
     const std::int32_t down = distance(m_rows);
     const std::int32_t right = distance(m_columns);
     auto picture = std::make_unique<CQXChannel>(m_columns, m_rows, m_offsetX, m_offsetY);
     picture->TakeUninitialisedSamples();
     picture->m_normalization = QX_NORMALIZATION_2;
-    Rotate(m_data.get(), picture->m_data.get(), m_columns, m_rows, down, right);
+    Rotate(m_data.get(), picture->m_data.get(), m_columns, m_rows, down, right,
+           [](std::size_t count, T* to, const T* from) { std::copy_n(from, count, to); });
     picture = clean(std::move(picture));
-    Rotate(picture->m_data.get(), turned.get(), m_columns, m_rows, m_rows - down, m_columns - right);
-    qxKernels::Add(Count(), sum->m_data.get(), turned.get());
+    Rotate(picture->m_data.get(), sum->m_data.get(), m_columns, m_rows, m_rows - down, m_columns - right,
+           [](std::size_t count, T* to, const T* from) { qxKernels::Add(count, to, from); });
     if (progress) progress(round + 1, rounds + 1);
   }
   sum->EnhanceRawData(factor);

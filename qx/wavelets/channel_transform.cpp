@@ -25,12 +25,22 @@ bool HasEffect(T factor) {
 
 template <typename T>
 T LowNorm(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization) {
+  if (normalization == QX_NORMALIZATION_NONE) return 1;
   return filter.GetLowNorm(normalization == QX_NORMALIZATION_1 ? 1 : 0);
 }
 
 template <typename T>
 T HighNorm(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization) {
+  if (normalization == QX_NORMALIZATION_NONE) return 1;
   return filter.GetHighNorm(normalization == QX_NORMALIZATION_1 ? 1 : 0);
+}
+
+/// The factors that take the normalization of a tree away.
+template <typename T>
+BandFactors<T> InverseFactors(const CQXChannel<T>& tree) {
+  const qxWaveletNormalization normalization = tree.GetTypeOfNormalization();
+  return {tree.GetType(), 1 / LowNorm(*tree.GetFilter(), normalization),
+          1 / HighNorm(*tree.GetFilter(), normalization)};
 }
 
 /// What the lifting steps make of the low band of a constant signal of ones.
@@ -84,26 +94,18 @@ bool CQXChannel<T>::IsComplete() const noexcept {
   return channel == this || channel->m_data != nullptr;
 }
 
-/// Moves a block of samples into the bands of this level, through the lifting steps when there is a filter.
+/// The transform between a block of samples and the bands of this level; without a filter nothing is lifted.
 template <typename T>
-void CQXChannel<T>::PassSamples(const CQXWaveletFilter<T>* filter, const T* source) const {
+LevelTransform<T> CQXChannel<T>::MakeLevelTransform(const CQXWaveletFilter<T>* filter) const {
   T* bands[4] = {};
   for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) bands[band] = SubChannel(band)->m_data.get();
-  LevelTransform<T>(Extent(*this), m_type, filter, bands).Forward(source);
-}
-
-/// Moves the samples of the bands of this level into a block, back through the lifting steps when there is a filter.
-template <typename T>
-void CQXChannel<T>::CollectSamples(const CQXWaveletFilter<T>* filter, T* target) const {
-  T* bands[4] = {};
-  for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) bands[band] = SubChannel(band)->m_data.get();
-  LevelTransform<T>(Extent(*this), m_type, filter, bands).Inverse(target);
+  return LevelTransform<T>(Extent(*this), m_type, filter, bands);
 }
 
 template <typename T>
 void CQXChannel<T>::Split(const CQXChannel& source) {
   if (HasRawBands(0) && source.m_data != nullptr && source.m_columns == m_columns && source.m_rows == m_rows) {
-    PassSamples(nullptr, source.m_data.get());
+    MakeLevelTransform(nullptr).Forward(source.m_data.get());
   }
 }
 
@@ -111,7 +113,7 @@ template <typename T>
 void CQXChannel<T>::Unite(CQXChannel* target) const {
   if (HasRawBands(0) && target != nullptr && target->m_data != nullptr && target->m_columns == m_columns &&
       target->m_rows == m_rows) {
-    CollectSamples(nullptr, target->m_data.get());
+    MakeLevelTransform(nullptr).Inverse(target->m_data.get());
   }
 }
 
@@ -136,7 +138,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::TransformOneLevel(const CQXWavelet
   level->m_normalization = m_normalization;
   level->CreateBands(type);
   if (level->m_decomposed != 0) {
-    level->PassSamples(filter, m_data.get());
+    level->MakeLevelTransform(filter).Forward(m_data.get());
     Destroy();
   }
   return level;
@@ -162,7 +164,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWTStep() {
   raw->m_filter = m_filter;
   raw->m_normalization = m_normalization;
   raw->TakeUninitialisedSamples();
-  CollectSamples(m_filter, raw->m_data.get());
+  MakeLevelTransform(m_filter).Inverse(raw->m_data.get());
   return raw;
 }
 
@@ -217,9 +219,9 @@ void CQXChannel<T>::FWTInPlace(const CQXWaveletFilter<T>* filter, qxChannelType 
 template <typename T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::DestroyingIFWT() {
   if (!IsComplete()) return nullptr;
-  Denormalize();
   std::vector<CQXChannel*, qxBlockAllocator<CQXChannel*>> levels;
   for (CQXChannel* level = this; level->m_decomposed != 0; level = level->SubChannel(0)) levels.push_back(level);
+  Denormalize();
   while (levels.size() > 1) {
     std::unique_ptr<CQXChannel> low = levels.back()->IFWTStep();
     levels.pop_back();
@@ -255,9 +257,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
     Rect wanted, wide;
     BandFactors<T> factors;
   };
-  const bool normalized = m_normalization != QX_NORMALIZATION_NONE;
-  BandFactors<T> factors(m_type, normalized ? 1 / LowNorm(*m_filter, m_normalization) : T(1),
-                         normalized ? 1 / HighNorm(*m_filter, m_normalization) : T(1));
+  BandFactors<T> factors = InverseFactors(*this);
   T lowestFactor = 1;
   std::vector<Level, qxBlockAllocator<Level>> levels;
   const CQXChannel* lowest = this;
@@ -362,8 +362,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledLowChannel() const {
   if (lowest->m_data == nullptr) return nullptr;
   std::unique_ptr<CQXChannel> scaled = lowest->CloneRawChannel();
   if (m_decomposed == 0 || m_filter == nullptr) return scaled;
-  const bool normalized = m_normalization != QX_NORMALIZATION_NONE;
-  const T gain = LowGain(*m_filter) * (normalized ? LowNorm(*m_filter, m_normalization) : T(1));
+  const T gain = LowGain(*m_filter) * LowNorm(*m_filter, m_normalization);
   const T factor = 1 / (m_type == QX_CHANNEL_2D ? gain * gain : gain);
   T product = 1;
   for (std::int32_t depth = GetDepth(); depth > 0; --depth) product *= factor;
@@ -376,8 +375,8 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledHighChannel(std::int32_t 
   const CQXChannel* channel = band >= 1 && level >= 1 ? SubChannel(level, band) : nullptr;
   if (channel == nullptr || channel->m_data == nullptr) return nullptr;
   std::unique_ptr<CQXChannel> scaled = channel->CloneRawChannel();
-  if (m_filter == nullptr || m_normalization == QX_NORMALIZATION_NONE) return scaled;
-  BandFactors<T> factors(m_type, 1 / LowNorm(*m_filter, m_normalization), 1 / HighNorm(*m_filter, m_normalization));
+  if (m_filter == nullptr) return scaled;
+  BandFactors<T> factors = InverseFactors(*this);
   for (; level > 1; --level) factors.GoDown();
   if (HasEffect(factors.Of(band))) scaled->EnhanceRawData(factors.Of(band));
   return scaled;

@@ -96,7 +96,7 @@ TYPED_TEST(Clipping, SegmentsThatTouchOrAreNoNumbers) {
       for (const T z : hostile) {
         qa = qb = V(2, 2);
         const std::int32_t result =
-            CQXGeometry::ClipSegmentToRectangle(V(x, y), V(z, T(1.0)), this->corner, this->opposite, qa, qb);
+            CQXGeometry::ClipSegmentToRectangle(V(x, y), V(T(1.0), z), this->corner, this->opposite, qa, qb);
         if (!(std::isfinite(x) && std::isfinite(y) && std::isfinite(z))) {
           EXPECT_EQ(result, 0);
         }

@@ -428,4 +428,34 @@ TYPED_TEST(Affine3D, ElementaryTransformsPickTheFormWithoutStretch) {
   }
 }
 
+TYPED_TEST(Affine3D, HostileMatricesAreTakenApartOrRefused) {
+  using T = TypeParam;
+  const T hostile[] = {std::numeric_limits<T>::quiet_NaN(),
+                       std::numeric_limits<T>::infinity(),
+                       std::numeric_limits<T>::max(),
+                       std::numeric_limits<T>::denorm_min(),
+                       0,
+                       1,
+                       -2};
+  std::uniform_int_distribution<std::size_t> pick(0, 6);
+  for (int i = 0; i < 3000; ++i) {
+    CQXMatrix4<T> m = this->RandomMatrix();
+    for (std::int32_t k = 0; k < 12; k += 1 + i % 5) m[k] = hostile[pick(this->random.engine)];
+    this->transform.SetTransform(m);
+    CQXVector3<T> t, s;
+    CQXMatrix3<T> r, u;
+    std::int32_t hasStretch = 7, order = 7, reflection = 7;
+    for (const auto extract : {&CQXAffine3DTransform<T>::ExtractTSR, &CQXAffine3DTransform<T>::ExtractTRS}) {
+      const std::int32_t result = (this->transform.*extract)(t, s, r, u, reflection);
+      EXPECT_TRUE(result == 0 || result == 1);
+    }
+    reflection = 7;
+    if (this->transform.ExtractElementaryTransforms(t, s, r, u, hasStretch, order, reflection) != 0) {
+      EXPECT_LE(hasStretch | order | reflection, 1);
+    } else {
+      EXPECT_EQ(hasStretch + order + reflection, 21);
+    }
+  }
+}
+
 }  // namespace

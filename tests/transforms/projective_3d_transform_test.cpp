@@ -495,4 +495,40 @@ TYPED_TEST(Projective, ATriangleOverTheWholeWindowHasNoOutlineInIt) {
   EXPECT_EQ(count, 3);
 }
 
+TYPED_TEST(Projective, HostileNumbersStayInsideTheBuffers) {
+  using T = TypeParam;
+  using V = CQXVector3<T>;
+  const T hostile[] = {std::numeric_limits<T>::quiet_NaN(),
+                       std::numeric_limits<T>::infinity(),
+                       -std::numeric_limits<T>::infinity(),
+                       std::numeric_limits<T>::max(),
+                       -std::numeric_limits<T>::max(),
+                       std::numeric_limits<T>::denorm_min(),
+                       0,
+                       20};
+  std::uniform_int_distribution<std::size_t> pick(0, 7);
+  const auto any = [&] { return hostile[pick(this->random.engine)]; };
+  for (int i = 0; i < 20000; ++i) {
+    Camera<T> camera = this->AxisAligned();
+    if (i % 3 == 0) {
+      camera.Set({any(), any(), any()}, {}, {any(), any(), any()}, {any(), any(), any()}, any(), 100, 60, any(), any());
+      camera.isPerspective = true;
+      camera.Initialize();
+    }
+    const V triangle[] = {V(any(), any(), any()), V(any(), any(), any()), V(any(), any(), any())};
+    CQXVector2<T> out[17], q1(1, 1), q2(1, 1);
+    out[16] = CQXVector2<T>(T(-7.0), T(-7.0));
+    std::int32_t count = -1;
+    const qxRelativeLocation location = camera.ProjectClippedTriangle(triangle, out, count);
+    EXPECT_TRUE(count >= 0 && count <= 16 && (location == QX_LOCATION_OUTSIDE) == (count == 0));
+    EXPECT_EQ(out[16].X(), -7);
+    for (std::int32_t k = 0; k < count; ++k) {
+      EXPECT_TRUE(out[k].X() >= 0 && out[k].X() <= 100 && out[k].Y() >= 0 && out[k].Y() <= 60);
+    }
+    if (camera.ProjectClippedSegment(triangle[0], triangle[1], q1, q2) != QX_LOCATION_OUTSIDE) {
+      EXPECT_TRUE(q1.X() >= 0 && q1.X() <= 100 && q2.Y() >= 0 && q2.Y() <= 60);
+    }
+  }
+}
+
 }  // namespace

@@ -122,7 +122,8 @@ TYPED_TEST(Quaternion, LengthsNormalsAndInversesHaveFixedBounds) {
 
   this->ExpectNear(std::as_const(q = Q(0, 0, 0, 0)).Invert(), 0, 0, 0, 0);
   this->ExpectNear(std::as_const(q = Q(TypeParam(0.0001), 0, 0, 0)).Invert(), 100, 0, 0, 0, 128 * this->eps);
-  const TypeParam atBound = std::sqrt(TypeParam(1e-6));
+  const TypeParam below = TypeParam(0.00095), atBound = std::sqrt(TypeParam(1e-6));  // 0.00095^2 is 9.025e-7
+  this->ExpectNear(std::as_const(q = Q(below, 0, 0, 0)).Invert(), 950, 0, 0, 0, 1024 * this->eps);
   this->ExpectNear(std::as_const(q = Q(0, 2 * atBound, 0, 0)).Invert(), 0, -500, 0, 0, 1024 * this->eps);
 }
 

@@ -210,9 +210,9 @@ TYPED_TEST(WaveletDecomposition, ScaledBandsKeepTheBrightnessOfAConstantPicture)
 
 TYPED_TEST(WaveletDecomposition, ChannelOperationsRunOnEveryPlane) {
   CQXWaveletDecomposition<TypeParam> image = this->MakeImage();
-  TypeParam shifted[3] = {}, ratiosShifted[3] = {};
+  TypeParam thresholds[3] = {}, ratios[3] = {};
   std::int32_t calls = 0;
-  const auto spun = image.ReduceNoiseByCircularShifts(shifted, ratiosShifted, 2, 2, 1, QX_DENOISING_BAND_VARIANCE,
+  const auto spun = image.ReduceNoiseByCircularShifts(thresholds, ratios, 2, 2, 1, QX_DENOISING_BAND_VARIANCE,
                                                       [&calls](std::int32_t done, std::int32_t total) {
                                                         EXPECT_EQ(done, ++calls);
                                                         EXPECT_EQ(total, 9);
@@ -220,39 +220,30 @@ TYPED_TEST(WaveletDecomposition, ChannelOperationsRunOnEveryPlane) {
   EXPECT_EQ(calls, 9);
   EXPECT_EQ(spun->IsDecomposed(), 0);
   const auto tree = image.FWT(2, QX_CHANNEL_2D);
-  TypeParam thresholds[3] = {}, ratios[3] = {};
+  EXPECT_EQ(tree->ReduceNoiseByCircularShifts(thresholds, ratios, 1, 1, 0, QX_DENOISING_GIVEN), nullptr);
   tree->EstimateThresholds(thresholds, ratios);
-  for (std::int32_t i = 0; i < 3; ++i) {
-    TypeParam threshold, ratio;
-    (*tree)[i]->EstimateThreshold(threshold, ratio);
-    EXPECT_EQ(thresholds[i], threshold);
-    EXPECT_EQ(ratios[i], ratio);
-  }
   const auto direct = tree->ReduceNoiseDirectly(thresholds, ratios, 0);
-  const auto reduced = tree->ReduceNoise(thresholds, ratios, 0, QX_DENOISING_UNIVERSAL);
-  for (std::int32_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(ratios[i], 1);
-    EXPECT_GT(shifted[i], 0);
-    TypeParam threshold = 0, ratio = 0;
-    const auto clean = (*tree)[i]->CleanBelowThreshold(threshold, ratio, 0, QX_DENOISING_UNIVERSAL);
-    EXPECT_EQ(qxAreChannelsAlmostEqual(*clean, *(*reduced)[i], 0), 1);
-  }
   const TypeParam half[] = {TypeParam(0.5), TypeParam(0.5), TypeParam(0.5)};
-  const auto mixed = tree->MixByLevels(*reduced, half),
-             combined = tree->Combine(*reduced, TypeParam(0.5), TypeParam(0.5));
-  EXPECT_EQ(mixed->DecompositionsAreAlmostEqual(*combined, 0), 1);
-  EXPECT_EQ(tree->ReduceNoiseByCircularShifts(shifted, ratios, 1, 1, 0, QX_DENOISING_GIVEN), nullptr);
-  CQXWaveletDecomposition<TypeParam> sharp(*tree), levels(*tree), bands(*tree);
+  const auto mixed = tree->MixByLevels(*direct, half), sum = tree->Combine(*direct, half[0], half[0]);
+  EXPECT_EQ(mixed->DecompositionsAreAlmostEqual(*sum, 0), 1);
+  CQXWaveletDecomposition<TypeParam> sharp(*tree), levels(*tree), bands(*tree), edited(*tree);
   const TypeParam factors[] = {2, 1, 1};
   sharp.EnhanceSharpFeatures(2);
   levels.EnhanceSharpFeatures(2, 1);
-  for (std::int32_t band = 1; band < 4; ++band) bands.EnhanceSharpFeatures(2, 1, band);
-  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(levels, 0), 1);
-  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(bands, 0), 1);
-  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(*tree, TypeParam(1e-3)), 0);
-  CQXWaveletDecomposition<TypeParam> edited(*tree);
   edited.EditByLevels(factors);
-  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(edited, 0), 1);
+  for (std::int32_t band = 1; band < 4; ++band) bands.EnhanceSharpFeatures(2, 1, band);
+  for (const auto* same : {&levels, &bands, &edited}) EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(*same, 0), 1);
+  EXPECT_EQ(sharp.DecompositionsAreAlmostEqual(*tree, TypeParam(1e-3)), 0);
+  const auto reduced = tree->ReduceNoise(thresholds, ratios, 0, QX_DENOISING_UNIVERSAL);
+  for (std::int32_t i = 0; i < 3; ++i) {
+    TypeParam threshold, ratio;
+    (*tree)[i]->EstimateThreshold(threshold, ratio);
+    EXPECT_EQ(qxAreChannelsAlmostEqual(*(*tree)[i]->CleanDirectly(threshold, ratio, 0), *(*direct)[i], 0), 1);
+    EXPECT_EQ(qxAreChannelsAlmostEqual(*(*tree)[i]->CleanBelowThreshold(threshold, ratio, 0, QX_DENOISING_UNIVERSAL),
+                                       *(*reduced)[i], 0),
+              1);
+    EXPECT_EQ(thresholds[i], threshold);
+  }
 }
 
 }  // namespace

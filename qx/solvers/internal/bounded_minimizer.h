@@ -43,25 +43,25 @@ class SubspaceMatrix {
   /// No inner products: the memory was reset.
   void Reset() { m_count = 0; }
 
-  /// Brings the inner products up to date: takes in the newest pair when there is one, and what entered and left.
-  /// @param entering those that entered, then at the end of n those that left
-  void Update(const CompactMemory<T>& memory, bool isAppended, std::int32_t n, const std::int32_t* boundState,
-              std::int32_t freeCount, std::int32_t enterCount, std::int32_t leaveCount, const std::int32_t* entering);
+  /// Makes room for the newest pair; AddStrip() must follow for all strips.
+  void AppendPair(const CompactMemory<T>& memory);
+  /// Adds the inner products of the newest pair for the variables of a strip.
+  void AddStrip(const CompactMemory<T>& memory, std::size_t first, std::size_t size, const std::int32_t* boundState,
+                bool areAllFree);
+  /// Moves a variable that enters the free ones (sign 1) or leaves them (sign -1) from the sums over the bound
+  /// variables to those over the free ones, or back, for the oldest pairs.
+  void MoveVariable(const CompactMemory<T>& memory, std::int32_t pairs, std::int32_t variable, T sign);
   /// Forms and factors the matrix; false at a pivot that is not positive.
   [[nodiscard]] bool Factor(const CompactMemory<T>& memory);
   /// v := K^-1 v.
   void Solve(T* v) const;
 
  private:
-  void AppendPair(const CompactMemory<T>& memory, std::int32_t n, const std::int32_t* boundState,
-                  std::int32_t freeCount);
-  void MoveVariable(const CompactMemory<T>& memory, std::int32_t pairs, std::int32_t variable, T sign);
-
   std::int32_t m_m;
   std::int32_t m_count = 0;
   CQXMatrixMN<T> m_products;  // lower triangle in m x m blocks: Y'ZZ'Y; -L and R parts of S'Y; S'AA'S
   CQXMatrixMN<T> m_matrix;    // upper triangle: the factors
-  qxBlock<T> m_masked;        // the newest pair with zeros for part of its variables, and a row of W
+  qxBlock<T> m_masked;        // the newest pair with zeros for part of its variables
 };
 
 /// One minimisation with bounds, with all that it works on.
@@ -83,7 +83,7 @@ class BoundedMinimizer : private CQXOptimization {
     return value > m_upper[i] ? m_upper[i] : value;
   }
   [[nodiscard]] T ProjectedGradientNorm() const;
-  void FindCauchyPoint();
+  [[nodiscard]] bool FindCauchyPoint();
   void PassBreakpoints(T f1, T f2, T way);
   [[nodiscard]] T FeasiblePart(const T* origin, T part, std::size_t& blocking) const;
   [[nodiscard]] bool MinimizeInSubspace();

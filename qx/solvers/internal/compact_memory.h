@@ -2,12 +2,24 @@
 
 #include <qx/matrices/matrix_mn.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 /// @file
 /// The limited-memory matrix of the bounded method. Internal, not part of the interface.
 
 namespace qxSolvers {
+
+/// The loops over all pairs go through the variables in strips, so that a strip of a vector stays in the cache for all
+/// of them. @p visit takes the first variable of a strip and the number of its variables.
+inline constexpr std::int32_t stripSize = 2048;
+template <typename Visit>
+void ForEachStrip(std::size_t count, Visit visit) {
+  for (std::size_t first = 0; first < count; first += stripSize) {
+    visit(first, std::min(count - first, static_cast<std::size_t>(stripSize)));
+  }
+}
 
 /// Cholesky factor of a symmetric matrix, in place: reads and writes the upper triangle from (first, first) on, where
 /// A = R' R.
@@ -41,19 +53,23 @@ class CompactMemory {
   /// No pairs, theta = 1.
   void Reset();
 
-  /// Takes in a pair; the oldest one goes when there is no room. theta becomes yy / sy.
+  /// Takes in the pair s = factor direction, y = gradient - former gradient with the product @p sy; the oldest pair
+  /// goes when there is no room. theta becomes y y / s y. Complete() must follow.
+  void Append(const T* direction, T factor, const T* gradient, const T* formerGradient, T sy);
+
+  /// product := W' v, and in the same pass the inner products of a pair that was appended.
   /// @return false when the middle matrix is not positive definite: the memory has to be reset.
-  [[nodiscard]] bool Append(const T* step, const T* difference, T sy, T yy);
+  [[nodiscard]] bool Complete(const T* v, T* product);
 
   [[nodiscard]] const T* Step(std::int32_t pair) const { return m_steps.Data() + Offset(pair); }
   [[nodiscard]] const T* Difference(std::int32_t pair) const { return m_differences.Data() + Offset(pair); }
   /// s y of one pair.
   [[nodiscard]] T Curvature(std::int32_t pair) const { return m_sy(pair, pair); }
 
-  /// product := W' v.
-  void MultiplyByTransposed(const T* v, T* product) const;
-  /// target += W c.
-  void AddProduct(const T* c, T* target) const;
+  /// product += W' v for the variables of a strip; v begins with the strip.
+  void AddTransposedProduct(std::size_t first, std::size_t size, const T* v, T* product) const;
+  /// target += W c for the variables of a strip; the target begins with the strip.
+  void AddProduct(std::size_t first, std::size_t size, const T* c, T* target) const;
   /// Row @p i of W.
   void GetRow(std::int32_t i, T* row) const;
   /// product := M v, by the Cholesky factor of theta S'S + L D^-1 L'.
@@ -70,7 +86,8 @@ class CompactMemory {
   std::int32_t m_first = 0;  // row of the oldest pair: the rows are a ring
   std::int32_t m_count = 0;
   T m_theta = 1;
-  CQXMatrixMN<T> m_steps;  // a pair in each row, along memory
+  bool m_isAppended = false;  // a pair whose inner products are still to be formed
+  CQXMatrixMN<T> m_steps;     // a pair in each row, along memory
   CQXMatrixMN<T> m_differences;
   CQXMatrixMN<T> m_sy;      // s_i y_j: the diagonal is D, below it is L
   CQXMatrixMN<T> m_ss;      // s_i s_j, lower triangle

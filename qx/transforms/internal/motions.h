@@ -5,7 +5,7 @@
 #include <qx/vectors/vector3.h>
 
 /// @file
-/// The rotations that the Set and Add operations of the transforms build first. Internal, not part of the interface.
+/// The rotations that quaternions and transforms are set from. Internal, not part of the interface.
 
 namespace qxMotions {
 
