@@ -12,6 +12,7 @@
 #include <qx/foundation/block.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
+#include <qx/foundation/polynomial.h>
 #include <qx/foundation/status.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/geometry/geometry.h>
