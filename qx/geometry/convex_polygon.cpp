@@ -351,15 +351,23 @@ T CQXGeometry::CalculatePolygonDiameter(std::int32_t n, const CQXVector2<T>* ver
   if (n <= 1) return 0;
   const Polygon<T> polygon(n, vertices);
   const double sense = polygon.DoubleArea() < 0 ? -1 : 1;
+  const auto vertex = [&](std::int64_t i) { return polygon[static_cast<std::int32_t>(i < n ? i : i - n)]; };
   double square = 0;
-  std::int32_t opposite = 1;
-  for (std::int32_t i = 0; i < n; ++i) {
-    const Point a = polygon[i];
-    const Point b = polygon.Next(i);
-    while (sense * Cross(b - a, polygon.Next(opposite) - polygon[opposite]) > 0) {
-      opposite = opposite + 1 < n ? opposite + 1 : 0;
-    }
-    square = std::max(square, std::max(SquareLength(polygon[opposite] - a), SquareLength(polygon[opposite] - b)));
+  std::int64_t opposite = 1;
+  for (std::int64_t i = 0; i < n; ++i) {
+    const Point a = vertex(i);
+    const Point b = vertex(i + 1);
+    const Point edge = b - a;
+    // Vertices on one line with the edge, within rounding, are passed as well.
+    const auto goesOn = [&](Point p, Point next) {
+      const double rise = sense * Cross(edge, next - p);
+      const double rounding = roundingUnit<T> * std::max(Size(p), Size(next)) * (Size(edge) + Size(next - p));
+      return rise > rounding || (rise >= -rounding && Dot(edge, next - p) > 0);
+    };
+    opposite = std::max(opposite, i + 1);
+    while (opposite + 1 < i + n && goesOn(vertex(opposite), vertex(opposite + 1))) ++opposite;
+    const Point far = vertex(opposite);
+    square = std::max(square, std::max(SquareLength(far - a), SquareLength(far - b)));
   }
   return GuardedLength<T>(square);
 }
