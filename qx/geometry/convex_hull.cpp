@@ -223,7 +223,7 @@ std::size_t FindStrictHull(std::size_t count, const Site<T>* sites, Site<T>* hul
   std::size_t size = 0;
   const auto push = [&](const Site<T>& site, std::size_t floor) {
     while (size > floor && Turn(ToPoint(hull[size - 2]), ToPoint(hull[size - 1]), ToPoint(site)) <= 0) --size;
-    hull[size++] = site;
+    if (size <= count) hull[size++] = site;  // turns that are not numbers take nothing out
   };
   for (std::size_t i = 0; i < count; ++i) push(sites[i], 1);
   const std::size_t right = size;
@@ -353,6 +353,7 @@ std::int32_t CQXGeometry::AddPointToConvexHall(const CQXVector2<T>& point, std::
 template <typename T>
 std::int32_t CQXGeometry::UpdateConvexHallEdge(const CQXVector2<T>& point, std::int32_t edge, std::int32_t& n,
                                                CQXVector2<T>* hull) {
+  if (n < 2 || edge < 0 || edge >= n) return 0;
   const CQXVector2<T> added = point;
   const Point p = ToPoint(added);
   const Point a = ToPoint(hull[edge]);
@@ -380,6 +381,7 @@ void CQXGeometry::UniteConvexPolygons(std::int32_t n, const CQXVector2<T>* a, st
   const std::int32_t countA = std::max(n, 0);
   const std::int32_t countB = std::max(m, 0);
   k = 0;
+  if (countA > std::numeric_limits<std::int32_t>::max() - countB) return;
   const qxBlock<CQXVector2<T>> both =
       qxMakeBlock<CQXVector2<T>>(static_cast<std::size_t>(countA) + static_cast<std::size_t>(countB));
   if (both == nullptr) return;

@@ -48,8 +48,7 @@ class QX_API CQXGeometry {
   /// @param[in,out] n number of vertices, at most one more afterwards; the hull may start with none
   /// @param[in,out] hull room for n + 1 vertices
   /// @return 1; 0 when the point is inside, on an edge by the rule of BuildConvexHull(), coincident with a vertex or
-  /// not a
-  ///         number: nothing changes.
+  ///         not a number: nothing changes.
   template <typename T>
   static std::int32_t AddPointToConvexHall(const CQXVector2<T>& point, std::int32_t& n, CQXVector2<T>* hull);
 
@@ -60,7 +59,8 @@ class QX_API CQXGeometry {
   /// @param edge index of the vertex where the edge begins, from 0 to n - 1
   /// @param[in,out] n number of vertices, at most one more afterwards
   /// @param[in,out] hull room for n + 1 vertices; starts at the left end of the lowest run afterwards
-  /// @return 1; 0 when the point is on the edge or on its inner side: nothing changes.
+  /// @return 1; 0 when the point is on the edge or on its inner side, or there is no such edge: nothing
+  ///         changes.
   template <typename T>
   static std::int32_t UpdateConvexHallEdge(const CQXVector2<T>& point, std::int32_t edge, std::int32_t& n,
                                            CQXVector2<T>* hull);

@@ -187,9 +187,12 @@ TYPED_TEST(ConvexPolygon, HullsOfRunsGridsAndCoincidentPoints) {
   const T nan = std::numeric_limits<T>::quiet_NaN(), infinity = std::numeric_limits<T>::infinity();
   EXPECT_EQ(Hull<T>({{nan, nan}, {nan, 0}}).size(), 0u);
   EXPECT_EQ(Hull<T>({{0, 0}, {nan, -1}, {1, 0}, {2, nan}, {0, 1}}).size(), 3u);
-  const Points<T> wild = {{0, infinity}, {-infinity, 0}, {1, 1}, {infinity, nan}, {std::numeric_limits<T>::max(), 3},
-                          {0, 0}};
-  EXPECT_LE(Hull(wild).size(), wild.size());
+  const double values[] = {0, 1, infinity, -infinity, std::numeric_limits<T>::max(), -std::numeric_limits<T>::max()};
+  for (int round = 0; round < 1000; ++round) {  // turns that are not numbers
+    Points<T> wild(7);
+    for (auto& p : wild) p = this->At(values[this->generator() % 6], values[this->generator() % 6]);
+    EXPECT_LE(Hull(wild).size(), wild.size());
+  }
 }
 
 TYPED_TEST(ConvexPolygon, ThousandsOfPointsInOneRowAreSortedOutQuickly) {
@@ -290,6 +293,8 @@ TYPED_TEST(ConvexPolygon, PointsExtendAHull) {
   square.resize(5);
   std::int32_t n = 4;
   EXPECT_EQ(CQXGeometry::UpdateConvexHallEdge<T>({2, 2}, 3, n, square.data()), 0);  // not outside of this edge
+  std::int32_t none = 0;
+  EXPECT_EQ(CQXGeometry::UpdateConvexHallEdge<T>({2, 2}, 0, none, nullptr), 0);
   EXPECT_EQ(CQXGeometry::UpdateConvexHallEdge<T>({2, 2}, 1, n, square.data()), 1);
   EXPECT_EQ(n, 4);
   EXPECT_TRUE(AreSame(square[2], this->At(2, 2)));
@@ -403,6 +408,13 @@ TYPED_TEST(ConvexPolygon, MeasuresAgreeWithSlowForms) {
   using T = TypeParam;
   for (int round = 0; round < 200; ++round) {
     Points<T> polygon = round < 100 ? this->RandomPolygon() : Hull(this->Circle(3 + round % 40, 1));
+    if (round % 5 == 0) {  // vertices on the edges, as far as rounding lets them
+      for (std::size_t i = 0; i < polygon.size(); i += 2) {
+        const auto a = polygon[i], b = polygon[(i + 1) % polygon.size()];
+        polygon.insert(polygon.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                       this->At((a.X() + b.X()) / 2, (a.Y() + b.Y()) / 2));
+      }
+    }
     if (round % 3 == 0) std::reverse(polygon.begin(), polygon.end());
     double diameter = 0, radius = 1e9;
     const CQXVector2<T> center = CQXGeometry::CalculatePolygonCenter(Count(polygon), polygon.data());
@@ -421,6 +433,8 @@ TYPED_TEST(ConvexPolygon, MeasuresAgreeWithSlowForms) {
   EXPECT_EQ(CQXGeometry::CalculatePolygonDiameter(2, box.data()), 4);
   EXPECT_EQ(CQXGeometry::CalculatePolygonInternalRadius(2, box.data()), 0);
   EXPECT_EQ(CQXGeometry::CalculatePolygonDiameter(0, box.data()), 0);
+  const Points<T> run = {{0, 2}, {3, 2}, {4, 2}, {9, 2}};
+  EXPECT_EQ(CQXGeometry::CalculatePolygonDiameter(4, run.data()), 9);
   EXPECT_EQ(CQXGeometry::CalculatePolygonCenter(0, box.data()).X(), 0);
 }
 
