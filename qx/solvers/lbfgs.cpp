@@ -78,10 +78,10 @@ class PairRing {
 template <typename T>
 T MinimizeByLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, T xTol, T fTol, T gTol, std::int32_t maxIterations,
                   const Objective<T>& objective, QX_OPTIMIZATION_INFO& info) {
-  if (!AreValidArguments(n, m, xTol, fTol, gTol, maxIterations)) {
+  if (!AreValidArguments(n, m, x, xTol, fTol, gTol, maxIterations)) {
     const T f = objective.Value(x);
     CQXVectorN<T> gradient(x.Dim());
-    objective.CalculateGradient(x, gradient);
+    if (gradient.Data() != nullptr || x.Dim() < 1) objective.CalculateGradient(x, gradient);
     info = QX_OPT_INVALID;
     return f;
   }

@@ -307,7 +307,7 @@ T MinimizeWithBounds(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, T xTol, T
                      std::int32_t maxIterations, const Bounds<T>& bounds, const Objective<T>& objective,
                      QX_OPTIMIZATION_INFO& info) {
   bool isUnbounded = true;
-  bool isValid = AreValidArguments(n, m, xTol, fTol, gTol, maxIterations);
+  bool isValid = AreValidArguments(n, m, x, xTol, fTol, gTol, maxIterations);
   for (std::int32_t i = 0; i < n; ++i) {
     const std::int32_t kind = bounds.kinds[i];
     if (kind != QX_UNCONSTRAINED) isUnbounded = false;

@@ -164,8 +164,9 @@ class QX_API CQXOptimization {
   /// @param[in,out] x start of at least n elements, in the end the point reached
   /// @param xTol,fTol,gTol tolerances of the three tests, all above 0
   /// @param maxIterations at least 1
-  /// @param[out] info how it ended; QX_OPT_INVALID also for bad arguments (after one evaluation of function and
-  ///        gradient) and when memory is refused by a null: x is as it came then
+  /// @param[out] info how it ended; QX_OPT_INVALID also for bad arguments, a start of less than n elements among
+  ///        them (after one evaluation of function and gradient), and when memory is refused by a null: x is as it came
+  ///        then
   /// @return the value of the function at @p x.
   template <typename T>
   static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
@@ -205,8 +206,9 @@ class QX_API CQXOptimization {
   /// @param maxIterations at least 1
   /// @param constraints kind of bounds, one for each variable
   /// @param lower,upper bounds, one for each variable; what a kind does not have is not read as a bound
-  /// @param[out] info how it ended; QX_OPT_INVALID for bad arguments, a kind that does not exist and crossed bounds
-  ///        (after one evaluation of the function), and when memory is refused by a null: x is as it came then
+  /// @param[out] info how it ended; QX_OPT_INVALID for bad arguments, a start of less than n elements, a kind that
+  ///        does not exist and crossed bounds (after one evaluation of the function), and when memory is refused by a
+  ///        null: x is as it came then
   /// @return the value of the function at @p x.
   template <typename T>
   static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
@@ -233,8 +235,7 @@ class QX_API CQXOptimization {
   /// @param boundState above 0 for a variable at a bound, else free
   /// @param memoryCount number of remembered steps
   /// @param[in,out] update on entry whether the memory has changed, on exit whether the matrix of the subspace has to
-  /// be
-  ///        formed anew: 0 only when there are no steps, or nothing entered, left or changed
+  ///        be formed anew: 0 only when there are no steps, or nothing entered, left or changed
   /// @param isConstrained whether there is a bound at all
   /// @param iteration number of finished iterations
   static void LBFGSB_Freev(std::int32_t n, std::int32_t& freeCount, std::int32_t* freeIndex, std::int32_t& enterCount,

@@ -11,11 +11,12 @@
 
 namespace qxSolvers {
 
-/// Whether sizes, tolerances and limit are those of a possible task.
+/// Whether sizes, tolerances and limit are those of a possible task, and the start holds n elements.
 template <typename T>
-[[nodiscard]] bool AreValidArguments(std::int32_t n, std::int32_t m, T xTol, T fTol, T gTol,
+[[nodiscard]] bool AreValidArguments(std::int32_t n, std::int32_t m, const CQXVectorN<T>& x, T xTol, T fTol, T gTol,
                                      std::int32_t maxIterations) {
-  return !(n < 1 || m < 1 || n < m || gTol <= 0 || fTol <= 0 || xTol <= 0 || maxIterations < 1);
+  return !(n < 1 || m < 1 || n < m || gTol <= 0 || fTol <= 0 || xTol <= 0 || maxIterations < 1 || x.Dim() < n ||
+           x.Data() == nullptr);
 }
 
 template <typename T>

@@ -40,8 +40,7 @@ struct StepInterval {
   /// Takes in a trial and returns the next one, by safeguarded cubic and quadratic interpolation.
   /// @param low,high bounds of the next step as long as nothing is bracketed
   /// @param limitsAllBrackets whether a step after a higher value is kept within 2/3 of the way to the other end too,
-  /// and
-  ///        not only one after a smaller slope of the same sign
+  ///        and not only one after a smaller slope of the same sign
   T TakeTrial(const StepPoint<T>& trial, T low, T high, bool limitsAllBrackets);
 };
 
