@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <stdexcept>
 #include <vector>
 
 #include "tests/typed_test.h"
@@ -45,10 +44,6 @@ struct Functions {
   static T PoleSlope(T x) { return 1 - 1 / (x * x); }
   static T Constant(T) { return 7; }
   static T NotANumber(T) { return std::numeric_limits<T>::quiet_NaN(); }
-  static T Throwing(T x) {
-    if (x > 2) throw std::runtime_error("callback");
-    return -x;
-  }
 };
 
 template <typename T>
@@ -169,27 +164,6 @@ TYPED_TEST(Minimisation1D, EvaluationsAndMinimaOfTheThreeMethods) {
   }
 }
 
-TYPED_TEST(Minimisation1D, BrentsFunctionHasItsPublishedMinima) {
-  using T = TypeParam;
-  const auto f = [](T x) {
-    T sum = 0;
-    for (int i = 1; i <= 20; ++i) {
-      const T term = static_cast<T>(2 * i - 5) / (x - static_cast<T>(i * i));
-      sum += term * term;
-    }
-    return sum;
-  };
-  // R. P. Brent, Algorithms for Minimization without Derivatives: the test function of chapters 4 and 5.
-  const double minima[] = {3.0229153,  6.6837536,  11.2387017, 19.6760001, 29.8282273,
-                           41.9061162, 55.9535958, 71.9856656, 90.0088685, 110.0265327};
-  for (int i = 0; i < 10; ++i) {
-    const T lo = static_cast<T>((i + 1) * (i + 1)), hi = static_cast<T>((i + 2) * (i + 2));
-    T xMin;
-    CQXOptimization::ParabolicDescent(lo, lo + T(0.381966) * (hi - lo), hi, this->tol / 100, xMin, f);
-    EXPECT_NEAR(xMin, minima[i], minima[i] * (this->isDouble ? 4e-8 : 1e-3));
-  }
-}
-
 TYPED_TEST(Minimisation1D, TiesLimitsAndSenses) {
   using T = TypeParam;
   using F = Functions<T>;
@@ -217,16 +191,6 @@ TYPED_TEST(Minimisation1D, TiesLimitsAndSenses) {
   EXPECT_TRUE(std::isnan(CQXOptimization::DerivativeEstimationDescent(0, 1, 5, this->tol, xMin, &recorder,
                                                                       Recorder<T>::F, Recorder<T>::DF)));
   EXPECT_LE(recorder.abscissas.size(), 202u);
-}
-
-TYPED_TEST(Minimisation1D, ExceptionsPassThrough) {
-  using T = TypeParam;
-  using F = Functions<T>;
-  T a = 0, b = 1, c, fa, fb, fc, xMin = -1;
-  EXPECT_THROW(CQXOptimization::FindInitTriple(a, b, c, fa, fb, fc, F::Throwing), std::runtime_error);
-  EXPECT_THROW(CQXOptimization::GoldenSection(0, 1, 5, this->tol, xMin, F::Throwing), std::runtime_error);
-  EXPECT_THROW(CQXOptimization::ParabolicDescent(0, 1, 5, this->tol, xMin, F::Throwing), std::runtime_error);
-  EXPECT_EQ(xMin, -1);
 }
 
 }  // namespace
