@@ -214,8 +214,8 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// them, are the reflection: unit + u u^T / (s up). It is applied to @p count columns of @p matrix, stored row-major
   /// with @p count elements a row; rows are numbered like the elements of the vector.
   /// @param up 0 for an element alone (pivot = last - 1); untouched when the vector is left alone
-  /// @param tolerance a vector with all elements below it is left alone, as is one with pivot >= last; a reflection with
-  ///        s up > -tolerance is made but not applied
+  /// @param tolerance a vector with all elements below it is left alone, and so is one with pivot >= last; a reflection
+  ///        with s up > -tolerance is made but not applied
   /// @return 1 when columns were reflected, else 0.
   static std::int32_t Householder1(std::int32_t pivot, std::int32_t first, std::int32_t last, std::int32_t count, T& up,
                                    T* vector, T* matrix, T tolerance) noexcept;
