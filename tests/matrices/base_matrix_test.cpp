@@ -1,7 +1,5 @@
 #include <qx/matrices/matrix_mn.h>
 
-#include <cmath>
-#include <limits>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -193,24 +191,6 @@ TEST(ComplexMatrix, ResultsAreExactAndZeroesAreFresh) {
   m.SetToZero();
   EXPECT_EQ(m[0].IsTrigCalculated(), 0);
   EXPECT_EQ(m[1].GetPrecision(), QX_TOLERANCE<double>);
-}
-
-template <typename T>
-class MatrixMN : public ::testing::Test {};
-TYPED_TEST_SUITE(MatrixMN, FloatTypes);
-
-TYPED_TEST(MatrixMN, ResultsStayInTheClass) {
-  using M = CQXMatrixMN<TypeParam>;
-  const TypeParam elements[] = {1, 2, 3, 4};
-  const M a(2, elements), b = (a + a - a.Negate().Negate()) * 2 / 2 * a.Transpose();
-  const CQXVectorN<TypeParam> product = b * CQXVectorN<TypeParam>(2, 1);
-  EXPECT_EQ(product[1], 11 + 25);
-  M c(2);
-  CQXBaseMatrix<TypeParam>& base = c;
-  base = a;
-  base *= 2;
-  EXPECT_TRUE(c == a * 2);
-  EXPECT_TRUE(base != a);
 }
 
 }  // namespace

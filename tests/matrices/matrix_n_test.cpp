@@ -247,6 +247,7 @@ std::int32_t PrintedJacobi(std::int32_t n, std::int32_t limit, T tolerance, CQXM
   vectors.Unit();
   for (std::int32_t i = 0; i < n; ++i) values[i] = b[i] = a(i, i);
   std::int32_t rotations = 0;
+  const auto isLost = [](T g, T x) { return std::abs(x) + g == std::abs(x); };
   for (std::int32_t i = 1; i <= limit; ++i) {
     T sum = 0;
     for (std::int32_t p = 0; p < n; ++p) {
@@ -257,16 +258,15 @@ std::int32_t PrintedJacobi(std::int32_t n, std::int32_t limit, T tolerance, CQXM
     for (std::int32_t p = 0; p < n; ++p) {
       for (std::int32_t q = p + 1; q < n; ++q) {
         const T g = 100 * std::abs(a(p, q));
-        if (i > 4 && std::abs(values[p]) + g == std::abs(values[p]) && std::abs(values[q]) + g == std::abs(values[q])) {
+        if (i > 4 && isLost(g, values[p]) && isLost(g, values[q])) {
           a(p, q) = 0;
         } else if (std::abs(a(p, q)) > threshold) {
           T h = values[q] - values[p], t;
-          if (std::abs(h) + g == std::abs(h)) {
+          if (isLost(g, h)) {
             t = a(p, q) / h;
           } else {
             const T theta = T(0.5) * h / a(p, q);
-            t = 1 / (std::abs(theta) + std::sqrt(1 + theta * theta));
-            if (theta < 0) t = -t;
+            t = (theta < 0 ? -1 : 1) / (std::abs(theta) + std::sqrt(1 + theta * theta));
           }
           const T c = 1 / std::sqrt(1 + t * t), s = t * c, tau = s / (1 + c);
           h = t * a(p, q);
