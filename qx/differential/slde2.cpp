@@ -66,9 +66,9 @@ void CQXSLDE2<T>::FindTypeOfGeneralSolution() {
 
 template <typename T>
 void CQXSLDE2<T>::FindEigenvectorsOfPair() {
+  CQXBaseVector<CQXComplex<T>> v(2);
   m_generalType = QX_SLDE2_COMPLEX;
   m_eigenvectors[0] = m_eigenvectors[1] = CQXVector2<T>();
-  CQXBaseVector<CQXComplex<T>> v(2);
   if (v.Data() == nullptr) return;
   m_a.FindEigenvectorComplex(CQXComplex<T>(m_eigenvalues.X(), m_eigenvalues.Y()), v, m_precision);
   m_eigenvectors[0] = {v[0].Real(), v[1].Real()};
@@ -91,7 +91,7 @@ void CQXSLDE2<T>::FindEigenvectorsOfDoubleRoot() {
     if (second.X() == 0 && second.Y() == 0) {
       // Two close roots that count as one: the other unit vector completes the basis, so that the initial state holds.
       areTwo = true;
-      second = first.X() == 0 ? CQXVector2<T>(1, 0) : CQXVector2<T>(0, 1);
+      second = std::abs(first.X()) < std::abs(first.Y()) ? CQXVector2<T>(1, 0) : CQXVector2<T>(0, 1);
     }
   }
   m_generalType = areTwo ? QX_SLDE2_1_EXP_2_EIGENVECTORS : QX_SLDE2_1_EXP_1_EIGENVECTOR;
@@ -181,7 +181,7 @@ void CQXSLDE2<T>::FindParticularSolutionAtTime(T t, CQXVector2<T>& out) const no
 // ---- The constants of the initial condition
 
 template <typename T>
-void CQXSLDE2<T>::CalculateParticularSolution() {
+void CQXSLDE2<T>::CalculateParticularSolution() noexcept {
   switch (m_generalType) {
     case QX_SLDE2_2_EXPONENTS:
       SetMatrix_2_Exponents();
@@ -201,21 +201,21 @@ void CQXSLDE2<T>::CalculateParticularSolution() {
 }
 
 template <typename T>
-CQXVector2<T> CQXSLDE2<T>::FindCoefficients(const CQXMatrix2<T>& w) const {
+CQXVector2<T> CQXSLDE2<T>::FindCoefficients(const CQXMatrix2<T>& w) const noexcept {
   CQXVector2<T> right = m_x0;
   if (m_isHomogeneous == 0) {
     CQXVector2<T> particular;
     FindParticularSolutionAtTime(m_t0, particular);
     right -= particular;
   }
+  // The form without a condition number solves by the same steps, and needs no memory.
   CQXVector2<T> c;
-  T conditionNumber;
-  w.SolveSystem(right, c, QX_MATRIX_NORM_EUCLIDEAN, m_precision, conditionNumber);
+  w.SolveSystem(right, c, m_precision);
   return c;
 }
 
 template <typename T>
-void CQXSLDE2<T>::SetMatrix_2_Exponents() {
+void CQXSLDE2<T>::SetMatrix_2_Exponents() noexcept {
   const CQXVector2<T>& v1 = m_eigenvectors[0];
   const CQXVector2<T>& v2 = m_eigenvectors[1];
   const CQXVector2<T> c =
@@ -224,7 +224,7 @@ void CQXSLDE2<T>::SetMatrix_2_Exponents() {
 }
 
 template <typename T>
-void CQXSLDE2<T>::SetMatrix_1_Exp_1_Eigenvector() {
+void CQXSLDE2<T>::SetMatrix_1_Exp_1_Eigenvector() noexcept {
   const CQXVector2<T>& v = m_eigenvectors[0];
   const CQXVector2<T>& g = m_eigenvectors[1];
   const T e = std::exp(m_eigenvalues.X() * m_t0);
@@ -233,7 +233,7 @@ void CQXSLDE2<T>::SetMatrix_1_Exp_1_Eigenvector() {
 }
 
 template <typename T>
-void CQXSLDE2<T>::SetMatrix_1_Exp_2_Eigenvectors() {
+void CQXSLDE2<T>::SetMatrix_1_Exp_2_Eigenvectors() noexcept {
   const CQXVector2<T>& v1 = m_eigenvectors[0];
   const CQXVector2<T>& v2 = m_eigenvectors[1];
   const T e = std::exp(m_eigenvalues.X() * m_t0);
@@ -242,7 +242,7 @@ void CQXSLDE2<T>::SetMatrix_1_Exp_2_Eigenvectors() {
 }
 
 template <typename T>
-void CQXSLDE2<T>::SetMatrixComplexCase() {
+void CQXSLDE2<T>::SetMatrixComplexCase() noexcept {
   const CQXVector2<T>& u = m_eigenvectors[0];
   const CQXVector2<T>& w = m_eigenvectors[1];
   const T e = std::exp(m_eigenvalues.X() * m_t0);
@@ -304,7 +304,8 @@ CQXVector2<T> CQXSLDE2<T>::GetSolutionAtTime(T t) const noexcept {
 }
 
 template <typename T>
-void CQXSLDE2<T>::CalculateTrajectory(T x, T y, std::int32_t n, CQXVector2<T>* out, T dt, std::int32_t forward) {
+void CQXSLDE2<T>::CalculateTrajectory(T x, T y, std::int32_t n, CQXVector2<T>* out, T dt,
+                                      std::int32_t forward) noexcept {
   SetInitialCondition(x, y, 0);
   if (n < 2) return;
   out[0] = m_x0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <numbers>
 
 /// Subtracts whole periods so that the angle falls into [-@p period / 2, @p period / 2).
 ///
@@ -13,4 +14,11 @@ template <typename T>
   T periods = std::trunc(quotient);
   if (quotient < 0 && !(std::abs(quotient - periods) < tolerance)) periods -= 1;
   return angle - period * periods;
+}
+
+/// An angle in degrees as radians in [-pi, pi): the form in which the rotations by Euler angles take their angles.
+template <typename T>
+[[nodiscard]] inline T qxWrappedRadians(T angleInDegrees) noexcept {
+  constexpr T pi = std::numbers::pi_v<T>;
+  return qxWrapAngle(angleInDegrees * pi / 180, 2 * pi, T(1e-9));
 }

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/polynomial.h>
+#include <qx/matrices/base_matrix.h>
 #include <qx/matrices/matrix2.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
+#include <qx/matrices/matrix_mn.h>
 #include <qx/matrices/matrix_n.h>
 #include <qx/transforms/quaternion.h>
 #include <qx/transforms/rotations_order.h>
+#include <qx/vectors/base_vector.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>
@@ -14,261 +18,344 @@
 
 #include <cmath>
 #include <concepts>
-#include <cstdint>
 #include <type_traits>
 
-namespace qxInterpolation {
-
-/// Type of the time that goes with a key; undefined for what is no key.
-template <typename Key>
-struct TimeOf;
-template <template <typename> typename Kind, std::floating_point T>
-struct TimeOf<Kind<T>> {
-  using Type = T;
-};
-template <template <typename> typename Kind, std::floating_point T>
-struct TimeOf<Kind<CQXComplex<T>>> {
-  using Type = T;
-};
-
-template <typename Key, template <typename> typename... Kinds>
-inline constexpr bool isOneOf = (... || (std::same_as<Key, Kinds<float>> || std::same_as<Key, Kinds<double>>));
-template <typename T>
-using ComplexVector = CQXBaseVector<CQXComplex<T>>;
-template <typename T>
-using ComplexMatrix = CQXBaseMatrix<CQXComplex<T>>;
-
-template <typename Key>
-concept RealVector = qxFixedVector<Key> || isOneOf<Key, CQXVectorN, CQXBaseVector>;
-template <typename Key>
-concept Vector = RealVector<Key> || isOneOf<Key, ComplexVector>;
-template <typename Key>
-concept RealMatrix = qxFixedMatrix<Key> || isOneOf<Key, CQXMatrixN, CQXMatrixMN>;
-template <typename Key>
-concept Matrix = RealMatrix<Key> || isOneOf<Key, CQXBaseMatrix, ComplexMatrix>;
-
-/// Type of the time that goes with a key.
-template <typename Key>
-using Time = typename TimeOf<Key>::Type;
-
-}  // namespace qxInterpolation
-
-/// Interpolation of vectors, matrices, rotations and affine transforms between two, three or four keys, for float and
-/// double.
+/// Blends of vectors, matrices, rotations and affine transforms between two, three or four keys, for float and double.
 ///
-/// Linear forms take the time as a fraction: 0 gives the first key, 1 the second. The others take the node, the time of
-/// each key; no operation tests the nodes, and equal ones give infinities and not a number, except where said. Times
-/// beyond the outer keys extrapolate. Run-time-sized results have the size of the first key; the others must be as
-/// large. Nothing is kept between calls: calls may run in any number of threads.
+/// Everything is static; an object holds nothing. Linear forms take the time as a fraction: 0 gives the first key, 1
+/// the second one up to rounding, and a time outside [0, 1] extrapolates. Quadratic and cubic forms take a node, the
+/// time of its key, for each key, and evaluate the one polynomial through all keys. Nodes may stand in any order;
+/// nothing guards equal ones, whose division gives infinities and results that are not numbers.
+///
+/// Keys of run-time size must have the same shape; the result takes that of the first key and is obtained in one
+/// allocation. When memory is refused by a null, the result has its sizes and no elements. Each function may be called
+/// from any thread.
 class QX_API CQXInterpolation {
  public:
-  // ---- Vectors and matrices, element by element
+  /// A time or a node: it takes no part in the deduction of the element type, so that plain numbers can be given.
+  template <typename T>
+  using Time = std::type_identity_t<T>;
+
+  // ---- Vectors, element by element
 
   /// a + (b - a) t.
-  ///
-  /// For CQXVector2 to 4, CQXVectorN, CQXBaseVector and CQXBaseVector of complex numbers, whose time is real.
-  template <qxInterpolation::Vector V>
-  [[nodiscard]] static V VectorsLinear(const V& a, const V& b, qxInterpolation::Time<V> t) {
-    return Linear(a, b, t);
+  template <typename T, template <typename> class V>
+  requires qxFixedVector<V<T>>
+  [[nodiscard]] static constexpr V<T> VectorsLinear(const V<T>& a, const V<T>& b, Time<T> t) noexcept {
+    return a + (b - a) * t;
   }
-  /// The parabola through three vectors.
-  ///
-  /// For each element the coefficients are InverseVandermondeMatrix(t0, t1, t2) times its three values, and the result
-  /// is (k0 t + k1) t + k2: at a node, the key up to rounding. For CQXVector2 to 4, CQXVectorN and CQXBaseVector.
-  template <qxInterpolation::RealVector V>
-  [[nodiscard]] static V VectorsQuadratic(const V& a, const V& b, const V& c, qxInterpolation::Time<V> t0,
-                                          qxInterpolation::Time<V> t1, qxInterpolation::Time<V> t2,
-                                          qxInterpolation::Time<V> t) {
-    return Quadratic(a, b, c, t0, t1, t2, t);
-  }
-  /// The cubic polynomial through four vectors; see VectorsQuadratic().
-  template <qxInterpolation::RealVector V>
-  [[nodiscard]] static V VectorsCubic(const V& a, const V& b, const V& c, const V& d, qxInterpolation::Time<V> t0,
-                                      qxInterpolation::Time<V> t1, qxInterpolation::Time<V> t2,
-                                      qxInterpolation::Time<V> t3, qxInterpolation::Time<V> t) {
-    return Cubic(a, b, c, d, t0, t1, t2, t3, t);
-  }
-  /// a + (b - a) t.
-  ///
-  /// For CQXMatrix2 to 4, CQXMatrixN, CQXMatrixMN, CQXBaseMatrix and CQXBaseMatrix of complex numbers, whose time is
-  /// real.
-  template <qxInterpolation::Matrix M>
-  [[nodiscard]] static M MatricesLinear(const M& a, const M& b, qxInterpolation::Time<M> t) {
-    return Linear(a, b, t);
-  }
-  /// The parabola through three matrices, as VectorsQuadratic(). For CQXMatrix2 to 4, CQXMatrixN and CQXMatrixMN.
-  template <qxInterpolation::RealMatrix M>
-  [[nodiscard]] static M MatricesQuadratic(const M& a, const M& b, const M& c, qxInterpolation::Time<M> t0,
-                                           qxInterpolation::Time<M> t1, qxInterpolation::Time<M> t2,
-                                           qxInterpolation::Time<M> t) {
-    return Quadratic(a, b, c, t0, t1, t2, t);
-  }
-  /// The cubic polynomial through four matrices; see MatricesQuadratic().
-  template <qxInterpolation::RealMatrix M>
-  [[nodiscard]] static M MatricesCubic(const M& a, const M& b, const M& c, const M& d, qxInterpolation::Time<M> t0,
-                                       qxInterpolation::Time<M> t1, qxInterpolation::Time<M> t2,
-                                       qxInterpolation::Time<M> t3, qxInterpolation::Time<M> t) {
-    return Cubic(a, b, c, d, t0, t1, t2, t3, t);
-  }
-
-  /// Column j holds the coefficients, highest power first, of the Lagrange basis polynomial that is 1 at node j and 0
-  /// at the others. The matrix times the values at the nodes gives the coefficients of the polynomial through them.
   template <std::floating_point T>
-  [[nodiscard]] static CQXMatrix3<T> InverseVandermondeMatrix(T t0, T t1, T t2) noexcept;
+  [[nodiscard]] static CQXBaseVector<T> VectorsLinear(const CQXBaseVector<T>& a, const CQXBaseVector<T>& b, Time<T> t);
+  /// The same for both parts of complex numbers. They are stored exactly, small ones too; the results have no
+  /// trigonometric form.
+  template <std::floating_point T>
+  [[nodiscard]] static CQXBaseVector<CQXComplex<T>> VectorsLinear(const CQXBaseVector<CQXComplex<T>>& a,
+                                                                  const CQXBaseVector<CQXComplex<T>>& b, Time<T> t);
+  template <std::floating_point T>
+  [[nodiscard]] static CQXVectorN<T> VectorsLinear(const CQXVectorN<T>& a, const CQXVectorN<T>& b, Time<T> t) {
+    return VectorsLinear(AsBase(a), AsBase(b), t);
+  }
+
+  /// The quadratic polynomial through three keys.
+  template <typename T, template <typename> class V>
+  requires qxFixedVector<V<T>>
+  [[nodiscard]] static constexpr V<T> VectorsQuadratic(const V<T>& a, const V<T>& b, const V<T>& c, Time<T> t0,
+                                                       Time<T> t1, Time<T> t2, Time<T> t) noexcept {
+    return qxQuadraticAt(InverseVandermondeMatrix(t0, t1, t2).Data(), t, a, b, c);
+  }
+  template <std::floating_point T>
+  [[nodiscard]] static CQXBaseVector<T> VectorsQuadratic(const CQXBaseVector<T>& a, const CQXBaseVector<T>& b,
+                                                         const CQXBaseVector<T>& c, Time<T> t0, Time<T> t1, Time<T> t2,
+                                                         Time<T> t);
+  template <std::floating_point T>
+  [[nodiscard]] static CQXVectorN<T> VectorsQuadratic(const CQXVectorN<T>& a, const CQXVectorN<T>& b,
+                                                      const CQXVectorN<T>& c, Time<T> t0, Time<T> t1, Time<T> t2,
+                                                      Time<T> t) {
+    return VectorsQuadratic(AsBase(a), AsBase(b), AsBase(c), t0, t1, t2, t);
+  }
+
+  /// The cubic polynomial through four keys.
+  template <typename T, template <typename> class V>
+  requires qxFixedVector<V<T>>
+  [[nodiscard]] static constexpr V<T> VectorsCubic(const V<T>& a, const V<T>& b, const V<T>& c, const V<T>& d,
+                                                   Time<T> t0, Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept {
+    return qxCubicAt(InverseVandermondeMatrix(t0, t1, t2, t3).Data(), t, a, b, c, d);
+  }
+  template <std::floating_point T>
+  [[nodiscard]] static CQXBaseVector<T> VectorsCubic(const CQXBaseVector<T>& a, const CQXBaseVector<T>& b,
+                                                     const CQXBaseVector<T>& c, const CQXBaseVector<T>& d, Time<T> t0,
+                                                     Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t);
+  template <std::floating_point T>
+  [[nodiscard]] static CQXVectorN<T> VectorsCubic(const CQXVectorN<T>& a, const CQXVectorN<T>& b,
+                                                  const CQXVectorN<T>& c, const CQXVectorN<T>& d, Time<T> t0,
+                                                  Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) {
+    return VectorsCubic(AsBase(a), AsBase(b), AsBase(c), AsBase(d), t0, t1, t2, t3, t);
+  }
+
+  // ---- Matrices, element by element. The rank of a result is unknown and its singular numbers are not calculated.
+
+  /// a + (b - a) t.
+  template <typename T, template <typename> class M>
+  requires qxFixedMatrix<M<T>>
+  [[nodiscard]] static constexpr M<T> MatricesLinear(const M<T>& a, const M<T>& b, Time<T> t) noexcept {
+    return a + (b - a) * t;
+  }
+  template <std::floating_point T>
+  [[nodiscard]] static CQXBaseMatrix<T> MatricesLinear(const CQXBaseMatrix<T>& a, const CQXBaseMatrix<T>& b, Time<T> t);
+  /// The same for both parts of complex numbers. They are stored exactly, small ones too; the results have no
+  /// trigonometric form.
+  template <std::floating_point T>
+  [[nodiscard]] static CQXBaseMatrix<CQXComplex<T>> MatricesLinear(const CQXBaseMatrix<CQXComplex<T>>& a,
+                                                                   const CQXBaseMatrix<CQXComplex<T>>& b, Time<T> t);
+  template <std::floating_point T, template <typename> class M>
+  requires std::derived_from<M<T>, CQXMatrixMN<T>>
+  [[nodiscard]] static M<T> MatricesLinear(const M<T>& a, const M<T>& b, Time<T> t) {
+    return MatricesLinear(AsBase(a), AsBase(b), t);
+  }
+
+  /// The quadratic polynomial through three keys.
+  template <typename T, template <typename> class M>
+  requires qxFixedMatrix<M<T>>
+  [[nodiscard]] static constexpr M<T> MatricesQuadratic(const M<T>& a, const M<T>& b, const M<T>& c, Time<T> t0,
+                                                        Time<T> t1, Time<T> t2, Time<T> t) noexcept {
+    return qxQuadraticAt(InverseVandermondeMatrix(t0, t1, t2).Data(), t, a, b, c);
+  }
+  template <std::floating_point T>
+  [[nodiscard]] static CQXBaseMatrix<T> MatricesQuadratic(const CQXBaseMatrix<T>& a, const CQXBaseMatrix<T>& b,
+                                                          const CQXBaseMatrix<T>& c, Time<T> t0, Time<T> t1, Time<T> t2,
+                                                          Time<T> t);
+  template <std::floating_point T, template <typename> class M>
+  requires std::derived_from<M<T>, CQXMatrixMN<T>>
+  [[nodiscard]] static M<T> MatricesQuadratic(const M<T>& a, const M<T>& b, const M<T>& c, Time<T> t0, Time<T> t1,
+                                              Time<T> t2, Time<T> t) {
+    return MatricesQuadratic(AsBase(a), AsBase(b), AsBase(c), t0, t1, t2, t);
+  }
+
+  /// The cubic polynomial through four keys.
+  template <typename T, template <typename> class M>
+  requires qxFixedMatrix<M<T>>
+  [[nodiscard]] static constexpr M<T> MatricesCubic(const M<T>& a, const M<T>& b, const M<T>& c, const M<T>& d,
+                                                    Time<T> t0, Time<T> t1, Time<T> t2, Time<T> t3,
+                                                    Time<T> t) noexcept {
+    return qxCubicAt(InverseVandermondeMatrix(t0, t1, t2, t3).Data(), t, a, b, c, d);
+  }
+  template <std::floating_point T>
+  [[nodiscard]] static CQXBaseMatrix<T> MatricesCubic(const CQXBaseMatrix<T>& a, const CQXBaseMatrix<T>& b,
+                                                      const CQXBaseMatrix<T>& c, const CQXBaseMatrix<T>& d, Time<T> t0,
+                                                      Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t);
+  template <std::floating_point T, template <typename> class M>
+  requires std::derived_from<M<T>, CQXMatrixMN<T>>
+  [[nodiscard]] static M<T> MatricesCubic(const M<T>& a, const M<T>& b, const M<T>& c, const M<T>& d, Time<T> t0,
+                                          Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) {
+    return MatricesCubic(AsBase(a), AsBase(b), AsBase(c), AsBase(d), t0, t1, t2, t3, t);
+  }
+
+  // ---- The polynomial behind the quadratic and cubic forms
+
+  /// Inverse of the Vandermonde matrix of three nodes: it takes the values at the nodes to the coefficients of the
+  /// polynomial, the highest power first. Column j holds the coefficients of the Lagrange polynomial of node j.
+  template <std::floating_point T>
+  [[nodiscard]] static constexpr CQXMatrix3<T> InverseVandermondeMatrix(T t0, Time<T> t1, Time<T> t2) noexcept {
+    const T d0 = (t1 - t0) * (t2 - t0);
+    const T d1 = (t1 - t0) * (t2 - t1);
+    const T d2 = (t2 - t1) * (t2 - t0);
+    return {1 / d0,          -1 / d1,        1 / d2,           //
+            -(t1 + t2) / d0, (t0 + t2) / d1, -(t0 + t1) / d2,  //
+            t1 * t2 / d0,    -t2 * t0 / d1,  t0 * t1 / d2};
+  }
   /// The same for four nodes.
   template <std::floating_point T>
-  [[nodiscard]] static CQXMatrix4<T> InverseVandermondeMatrix(T t0, T t1, T t2, T t3) noexcept;
+  [[nodiscard]] static constexpr CQXMatrix4<T> InverseVandermondeMatrix(T t0, Time<T> t1, Time<T> t2,
+                                                                        Time<T> t3) noexcept {
+    const T d0 = (t1 - t0) * (t2 - t0) * (t3 - t0);
+    const T d1 = (t1 - t0) * (t2 - t1) * (t3 - t1);
+    const T d2 = (t2 - t0) * (t2 - t1) * (t3 - t2);
+    const T d3 = (t3 - t2) * (t3 - t1) * (t3 - t0);
+    return {-1 / d0,
+            1 / d1,
+            -1 / d2,
+            1 / d3,
+            (t1 + t2 + t3) / d0,
+            -(t0 + t2 + t3) / d1,
+            (t0 + t1 + t3) / d2,
+            -(t0 + t1 + t2) / d3,
+            -(t1 * t2 + t1 * t3 + t2 * t3) / d0,
+            (t0 * t2 + t0 * t3 + t2 * t3) / d1,
+            -(t0 * t1 + t0 * t3 + t1 * t3) / d2,
+            (t0 * t1 + t0 * t2 + t1 * t2) / d3,
+            t1 * t2 * t3 / d0,
+            -t0 * t2 * t3 / d1,
+            t0 * t1 * t3 / d2,
+            -t0 * t1 * t2 / d3};
+  }
 
-  // ---- Rotations. Results are not normalised. Keys are taken as unit quaternions and rotation matrices.
+  // ---- Quaternions. The keys are used as they are, and no result is normalised.
 
-  /// The shorter way along the great arc from @p q1 to @p q2 at constant speed (Shoemake 1985).
+  /// Spherical linear blend along the shorter arc: w1 q1 + w2 q2 with w1 = sin((1 - t) h) / sin(h) and
+  /// w2 = sin(t h) / sin(h), where h is the arc cosine of the absolute dot product.
   ///
-  /// The weights are sin((1 - t) h) / sin h and sin(t h) / sin h with h = acos(abs(q1 . q2)), or 1 - t and t where that
-  /// dot product is not below 0.999999; a negative dot product negates the second weight. So opposite quaternions,
-  /// which are one rotation, blend with the weights 1 - t and -t to q1.
+  /// When the absolute dot product is not below 0.999999 (for not a number too) the weights are 1 - t and t. When the
+  /// dot product is negative w2 is negated. So Slerp(q, -q, t) is q up to rounding; the results of other keys that are
+  /// almost parallel or antiparallel are shorter than 1 by less than 1e-6.
+  ///
+  /// K. Shoemake, Animating rotation with quaternion curves, SIGGRAPH 1985.
   template <typename T>
   [[nodiscard]] static CQXQuaternion<T> Slerp(const CQXQuaternion<T>& q1, const CQXQuaternion<T>& q2,
-                                              std::type_identity_t<T> t) noexcept {
-    const T dot = q1.w * q2.w + q1.x * q2.x + q1.y * q2.y + q1.z * q2.z;
-    const T cosine = std::abs(dot);
-    T weight1 = 1 - t;
-    T weight2 = t;
-    if (cosine < T(0.999999)) {
-      const T h = std::acos(cosine);
-      const T sine = std::sin(h);
-      weight1 = std::sin((1 - t) * h) / sine;
-      weight2 = std::sin(t * h) / sine;
+                                              Time<T> t) noexcept {
+    const T c = q1.w * q2.w + q1.x * q2.x + q1.y * q2.y + q1.z * q2.z;
+    const T m = std::abs(c);
+    T w1 = 1 - t;
+    T w2 = t;
+    if (m < T(0.999999)) {
+      const T h = std::acos(m);
+      const T s = std::sin(h);
+      w1 = std::sin((1 - t) * h) / s;
+      w2 = std::sin(t * h) / s;
     }
-    if (dot < 0) weight2 = -weight2;
-    return q1 * weight1 + q2 * weight2;
+    if (c < 0) w2 = -w2;
+    return q1 * w1 + q2 * w2;
   }
-  /// Slerp(Slerp(q1, q4, t), Slerp(q2, q3, t), 2 t (1 - t)): the outer keys are the first and the fourth, the inner
-  /// control points the second and the third.
+
+  /// Spherical quadrangle: Slerp(Slerp(q1, q4, t), Slerp(q2, q3, t), 2 t (1 - t)). The first and the last quaternion
+  /// are the keys, @p q2 and @p q3 the control points between them.
   template <typename T>
   [[nodiscard]] static CQXQuaternion<T> Squad(const CQXQuaternion<T>& q1, const CQXQuaternion<T>& q2,
                                               const CQXQuaternion<T>& q3, const CQXQuaternion<T>& q4,
-                                              std::type_identity_t<T> t) noexcept {
+                                              Time<T> t) noexcept {
     return Slerp(Slerp(q1, q4, t), Slerp(q2, q3, t), 2 * t * (1 - t));
   }
-  /// Squad() on the middle interval, from @p q1 at t1 to @p q2 at t2, with the control points
+
+  /// Squad() from @p q1 at the time @p t1 to @p q2 at @p t2, with control points made from the four keys, for paths
+  /// through many keys.
   ///
-  ///     A = q1 Exp(-(Log(q1^-1 q2) + Log(q1^-1 q0)) / 4)
-  ///     B = q2 Exp(-(Log(q2^-1 q3) + Log(q2^-1 q1)) / 4)
-  ///
-  /// in the forms of CQXQuaternion::Log() and Exp(), which do not divide by the length of the vector part. Before
-  /// t1 + 1e-6, and where t2 - t1 is below 1e-6, the result is q1; after t2 - 1e-6 it is q2.
-  /// @param t0,t3 not read: the outer keys count as if at equal distances
+  /// It serves the middle interval: up to 1e-6 after @p t1 the result is q1, from 1e-6 before @p t2 on it is q2, and q1
+  /// for all times when the two nodes are closer than 1e-6. @p t0 and @p t3 play no part. The control points are
+  /// q Exp(-(Log(q^-1 next) + Log(q^-1 previous)) / 4) with CQXQuaternion's own Log() and Exp(), which are not those of
+  /// the textbook: the path runs through its keys, and its velocity may jump there.
   template <typename T>
   [[nodiscard]] static CQXQuaternion<T> SlerpCubic(const CQXQuaternion<T>& q0, const CQXQuaternion<T>& q1,
-                                                   const CQXQuaternion<T>& q2, const CQXQuaternion<T>& q3,
-                                                   std::type_identity_t<T> t0, std::type_identity_t<T> t1,
-                                                   std::type_identity_t<T> t2, std::type_identity_t<T> t3,
-                                                   std::type_identity_t<T> t) noexcept;
+                                                   const CQXQuaternion<T>& q2, const CQXQuaternion<T>& q3, Time<T> t0,
+                                                   Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept;
 
-  /// Slerp() of two rotation matrices.
+  // ---- Rotations, through quaternions
+
+  /// The rotation by Slerp() of the quaternions of two rotation matrices.
   template <typename T>
   [[nodiscard]] static CQXMatrix3<T> RotationsLinear(const CQXMatrix3<T>& a, const CQXMatrix3<T>& b,
-                                                     std::type_identity_t<T> t) noexcept;
-  /// Slerp() of the 3x3 blocks, in a unit matrix: translations of the keys are dropped.
+                                                     Time<T> t) noexcept {
+    return Slerp(qxMatrixToQuaternion(a), qxMatrixToQuaternion(b), t).GetMatrix();
+  }
+  /// The same for the upper left blocks; the rest of the result is that of the unit matrix, so translations are
+  /// dropped.
   template <typename T>
   [[nodiscard]] static CQXMatrix4<T> RotationsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                     std::type_identity_t<T> t) noexcept;
-  /// Slerp() of two rotations by angles in degrees, about X, Y and Z in this order of arguments; the order tells in
-  /// which sequence they act. The results are in [-180, 180), as CQXMatrix3::ExtractEulerAngles() gives them; an order
-  /// outside the enumeration leaves them untouched.
+                                                     Time<T> t) noexcept {
+    return qxMatrix3To4(RotationsLinear(a.GetMatrix(), b.GetMatrix(), t));
+  }
+  /// The same for two rotations by angles in degrees, about X, Y and Z in this order of arguments; the order tells in
+  /// which sequence they act.
+  ///
+  /// The angles of the result are those of CQXMatrix3::ExtractEulerAngles(), in [-180, 180). An order outside the
+  /// enumeration leaves them untouched.
   template <typename T>
   static void RotationsLinear(std::type_identity_t<T> ax1InDegrees, std::type_identity_t<T> ay1InDegrees,
                               std::type_identity_t<T> az1InDegrees, std::type_identity_t<T> ax2InDegrees,
                               std::type_identity_t<T> ay2InDegrees, std::type_identity_t<T> az2InDegrees,
-                              qxRotationsOrder order, std::type_identity_t<T> t, T& axInDegrees, T& ayInDegrees,
+                              qxRotationsOrder order, Time<T> t, T& axInDegrees, T& ayInDegrees,
                               T& azInDegrees) noexcept;
-  /// SlerpCubic() of four rotation matrices.
+
+  /// The rotation by SlerpCubic() of the quaternions of four rotation matrices.
   template <typename T>
   [[nodiscard]] static CQXMatrix3<T> RotationsCubic(const CQXMatrix3<T>& a, const CQXMatrix3<T>& b,
-                                                    const CQXMatrix3<T>& c, const CQXMatrix3<T>& d,
-                                                    std::type_identity_t<T> t0, std::type_identity_t<T> t1,
-                                                    std::type_identity_t<T> t2, std::type_identity_t<T> t3,
-                                                    std::type_identity_t<T> t) noexcept;
-  /// SlerpCubic() of the 3x3 blocks, in a unit matrix: translations of the keys are dropped.
+                                                    const CQXMatrix3<T>& c, const CQXMatrix3<T>& d, Time<T> t0,
+                                                    Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept {
+    return SlerpCubic(qxMatrixToQuaternion(a), qxMatrixToQuaternion(b), qxMatrixToQuaternion(c),
+                      qxMatrixToQuaternion(d), t0, t1, t2, t3, t)
+        .GetMatrix();
+  }
+  /// The same for the upper left blocks; the rest of the result is that of the unit matrix, so translations are
+  /// dropped.
   template <typename T>
   [[nodiscard]] static CQXMatrix4<T> RotationsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                    const CQXMatrix4<T>& c, const CQXMatrix4<T>& d,
-                                                    std::type_identity_t<T> t0, std::type_identity_t<T> t1,
-                                                    std::type_identity_t<T> t2, std::type_identity_t<T> t3,
-                                                    std::type_identity_t<T> t) noexcept;
-  /// SlerpCubic() of four triples of angles in degrees; the result is in [-180, 180). Zero for an order outside the
+                                                    const CQXMatrix4<T>& c, const CQXMatrix4<T>& d, Time<T> t0,
+                                                    Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept {
+    return qxMatrix3To4(RotationsCubic(a.GetMatrix(), b.GetMatrix(), c.GetMatrix(), d.GetMatrix(), t0, t1, t2, t3, t));
+  }
+  /// The same for four triples of angles in degrees, each about X, Y and Z; the order tells in which sequence they act.
+  /// @return angles in degrees, as CQXMatrix3::ExtractEulerAngles() gives them; zeros for an order outside the
   /// enumeration.
   template <typename T>
   [[nodiscard]] static CQXVector3<T> RotationsCubic(const CQXVector3<T>& aInDegrees, const CQXVector3<T>& bInDegrees,
                                                     const CQXVector3<T>& cInDegrees, const CQXVector3<T>& dInDegrees,
-                                                    qxRotationsOrder order, std::type_identity_t<T> t0,
-                                                    std::type_identity_t<T> t1, std::type_identity_t<T> t2,
-                                                    std::type_identity_t<T> t3, std::type_identity_t<T> t) noexcept;
+                                                    qxRotationsOrder order, Time<T> t0, Time<T> t1, Time<T> t2,
+                                                    Time<T> t3, Time<T> t) noexcept;
 
-  // ---- Affine transforms of space. Of each key only what is named is read.
+  // ---- Coordinate matrices
 
-  /// VectorsLinear() of the translations, in a unit matrix.
+  /// The translation by the linear blend of the last columns; nothing else of the keys is read.
   template <typename T>
-  [[nodiscard]] static CQXMatrix4<T> TranslationsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                        std::type_identity_t<T> t) noexcept;
-  /// VectorsCubic() of the translations, in a unit matrix.
+  [[nodiscard]] static constexpr CQXMatrix4<T> TranslationsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
+                                                                  Time<T> t) noexcept {
+    return WithTranslation(UnitMatrix<T>(), VectorsLinear(a.ExtractTranslation(), b.ExtractTranslation(), t));
+  }
+  /// The translation by the cubic blend of the last columns; nothing else of the keys is read.
   template <typename T>
-  [[nodiscard]] static CQXMatrix4<T> TranslationsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                       const CQXMatrix4<T>& c, const CQXMatrix4<T>& d,
-                                                       std::type_identity_t<T> t0, std::type_identity_t<T> t1,
-                                                       std::type_identity_t<T> t2, std::type_identity_t<T> t3,
-                                                       std::type_identity_t<T> t) noexcept;
-  /// VectorsLinear() of the factors s and of the centers c of two scalings about a point.
+  [[nodiscard]] static constexpr CQXMatrix4<T> TranslationsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
+                                                                 const CQXMatrix4<T>& c, const CQXMatrix4<T>& d,
+                                                                 Time<T> t0, Time<T> t1, Time<T> t2, Time<T> t3,
+                                                                 Time<T> t) noexcept {
+    return WithTranslation(UnitMatrix<T>(),
+                           VectorsCubic(a.ExtractTranslation(), b.ExtractTranslation(), c.ExtractTranslation(),
+                                        d.ExtractTranslation(), t0, t1, t2, t3, t));
+  }
+
+  /// The scaling about a centre whose factors and centre are the linear blends of those of the keys.
   ///
-  /// The center of a key is d / (1 - s) for each axis, with d its translation; 0 on an axis whose factor is within 1e-6
-  /// of 1, so that a translation along such an axis is lost; and zero for a d of almost zero at 1e-6. The result has
-  /// the diagonal s and the translation (1 - s) c.
+  /// A key is read through its diagonal s and its last column d: the centre is d / (1 - s), 0 on an axis where
+  /// abs(s - 1) <= 1e-6, and the origin when d is almost zero at 1e-6. A translation along an axis with the factor 1 is
+  /// therefore lost. Elements off the diagonal are ignored.
   template <typename T>
-  [[nodiscard]] static CQXMatrix4<T> ScalingsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                    std::type_identity_t<T> t) noexcept;
-  /// VectorsCubic() of the factors and of the centers; see ScalingsLinear().
+  [[nodiscard]] static CQXMatrix4<T> ScalingsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, Time<T> t) noexcept;
+  /// The same with cubic blends over four keys.
   template <typename T>
   [[nodiscard]] static CQXMatrix4<T> ScalingsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                   const CQXMatrix4<T>& c, const CQXMatrix4<T>& d,
-                                                   std::type_identity_t<T> t0, std::type_identity_t<T> t1,
-                                                   std::type_identity_t<T> t2, std::type_identity_t<T> t3,
-                                                   std::type_identity_t<T> t) noexcept;
-  /// Blends two affine transforms: MatricesLinear() of the 4x4 matrices when the 3x3 block of a key has a polar form
-  /// Q S (CQXMatrix3::PolarDecomposition at 1e-6), which every regular block has.
+                                                   const CQXMatrix4<T>& c, const CQXMatrix4<T>& d, Time<T> t0,
+                                                   Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept;
+
+  /// Blend of affine transforms, which depends on the polar decomposition of the upper left blocks at 1e-6.
   ///
-  /// Only when neither block has one (both determinants are below 1e-6) the rotations and the stretches are blended
-  /// apart: with Q the unit matrix and S the block itself, the result is the blend of the blocks and of the
-  /// translations over 0, 0, 0, 1. The test stands this way round: to blend rotations of regular keys along the arc,
-  /// take them apart by CQXAffine3DTransform::ExtractSRT() and blend with RotationsLinear(), ScalingsLinear() and
-  /// TranslationsLinear().
+  /// When a block has one, that is when its determinant is not below 1e-6, the result is the linear blend of all
+  /// elements of the keys. When it is refused for both, the rotation (the unit matrix), the symmetric factor (the block
+  /// itself) and the translation are blended apart, and the last row is 0, 0, 0, 1. Both blend the elements: rotations
+  /// shrink on the way. Callers who want them turned rigidly take the keys apart and use RotationsLinear().
   template <typename T>
-  [[nodiscard]] static CQXMatrix4<T> AffineTransfLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                        std::type_identity_t<T> t);
-  /// AffineTransfLinear() over four keys: MatricesCubic(), or when no block has a polar form, MatricesCubic() of the
-  /// stretches, SlerpCubic() of the rotations and VectorsCubic() of the translations.
+  [[nodiscard]] static CQXMatrix4<T> AffineTransfLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, Time<T> t);
+  /// The same with cubic blends over four keys; they are blended apart only when all four decompositions are refused.
   template <typename T>
   [[nodiscard]] static CQXMatrix4<T> AffineTransfCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                       const CQXMatrix4<T>& c, const CQXMatrix4<T>& d,
-                                                       std::type_identity_t<T> t0, std::type_identity_t<T> t1,
-                                                       std::type_identity_t<T> t2, std::type_identity_t<T> t3,
-                                                       std::type_identity_t<T> t);
+                                                       const CQXMatrix4<T>& c, const CQXMatrix4<T>& d, Time<T> t0,
+                                                       Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t);
 
  private:
-  template <typename Key>
-  static Key Linear(const Key& a, const Key& b, qxInterpolation::Time<Key> t) {
-    if constexpr (qxFixedVector<Key> || qxFixedMatrix<Key>) {
-      return a + (b - a) * t;
-    } else {
-      return DynamicLinear(a, b, t);
-    }
+  template <typename T>
+  [[nodiscard]] static const CQXBaseVector<T>& AsBase(const CQXBaseVector<T>& v) noexcept {
+    return v;
   }
-  template <typename Key>
-  static Key DynamicLinear(const Key& a, const Key& b, qxInterpolation::Time<Key> t);
-  template <typename Key>
-  static Key Quadratic(const Key& a, const Key& b, const Key& c, qxInterpolation::Time<Key> t0,
-                       qxInterpolation::Time<Key> t1, qxInterpolation::Time<Key> t2, qxInterpolation::Time<Key> t);
-  template <typename Key>
-  static Key Cubic(const Key& a, const Key& b, const Key& c, const Key& d, qxInterpolation::Time<Key> t0,
-                   qxInterpolation::Time<Key> t1, qxInterpolation::Time<Key> t2, qxInterpolation::Time<Key> t3,
-                   qxInterpolation::Time<Key> t);
+  template <typename T>
+  [[nodiscard]] static const CQXBaseMatrix<T>& AsBase(const CQXBaseMatrix<T>& m) noexcept {
+    return m;
+  }
+
+  template <typename T>
+  [[nodiscard]] static constexpr CQXMatrix4<T> UnitMatrix() noexcept {
+    return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+  }
+  /// @p m with the first three elements of its last column replaced.
+  template <typename T>
+  [[nodiscard]] static constexpr CQXMatrix4<T> WithTranslation(CQXMatrix4<T> m, const CQXVector3<T>& d) noexcept {
+    m(0, 3) = d.X();
+    m(1, 3) = d.Y();
+    m(2, 3) = d.Z();
+    return m;
+  }
 };

@@ -1,138 +1,98 @@
 #include <qx/interpolation/interpolation.h>
-#include <qx/transforms/affine_3d_transform.h>
 
 #include <cmath>
+#include <cstdint>
 
 namespace {
 
-/// The matrix (a | d) over 0, 0, 0, 1.
+/// What counts as no translation, as a factor of 1 and as a singular block, for both element types.
 template <typename T>
-CQXMatrix4<T> Affine(const CQXMatrix3<T>& a, const CQXVector3<T>& d) {
-  return CQXAffine3DTransform<T>(a, d).GetMatrix();
-}
+constexpr T bound = T(1e-6);
 
+/// A scaling about a centre.
 template <typename T>
-CQXMatrix4<T> Translation(const CQXVector3<T>& d) {
-  CQXAffine3DTransform<T> transform;
-  transform.SetTranslation(d);
-  return transform.GetMatrix();
-}
-
-/// A scaling about a point.
-template <typename T>
-class CenteredScaling {
- public:
-  CenteredScaling(const CQXVector3<T>& s, const CQXVector3<T>& c) : factors(s), center(c) {}
-  explicit CenteredScaling(const CQXMatrix4<T>& m) : factors(m.Diagonal3()) {
-    const CQXVector3<T> d = m.ExtractTranslation();
-    if (d.IsAlmostZero(bound) != 0) return;
+struct Scaling {
+  explicit Scaling(const CQXMatrix4<T>& key) noexcept : factors(key.Diagonal3()) {
+    const CQXVector3<T> d = key.ExtractTranslation();
+    if (d.IsAlmostZero(bound<T>) != 0) return;
     for (std::int32_t i = 0; i < 3; ++i) {
-      center[i] = std::abs(factors[i] - 1) <= bound ? T(0) : d[i] / (1 - factors[i]);
+      if (!(std::abs(factors[i] - 1) <= bound<T>)) centre[i] = d[i] / (1 - factors[i]);
     }
   }
 
-  CQXMatrix4<T> GetMatrix() const {
-    const CQXMatrix3<T> a(factors.X(), 0, 0, 0, factors.Y(), 0, 0, 0, factors.Z());
-    return Affine(a, CQXVector3<T>((1 - factors.X()) * center.X(), (1 - factors.Y()) * center.Y(),
-                                   (1 - factors.Z()) * center.Z()));
-  }
-
-  CQXVector3<T> factors, center;
-
- private:
-  static constexpr T bound = T(1e-6);
+  CQXVector3<T> factors;
+  CQXVector3<T> centre;
 };
 
-/// The polar form Q S of a block; where there is none, the unit matrix and the block itself.
 template <typename T>
-struct PolarKey {
-  explicit PolarKey(const CQXMatrix4<T>& m) : s(m.GetMatrix()) {
-    q.Unit();
-    result = m.GetMatrix().PolarDecomposition(q, s, 1, T(1e-6));
-  }
-  CQXQuaternion<T> Rotation() const { return qxMatrixToQuaternion(q); }
+CQXMatrix4<T> ScalingMatrix(const CQXVector3<T>& s, const CQXVector3<T>& c) noexcept {
+  return {s.X(), 0,     0,     (1 - s.X()) * c.X(),  //
+          0,     s.Y(), 0,     (1 - s.Y()) * c.Y(),  //
+          0,     0,     s.Z(), (1 - s.Z()) * c.Z(),  //
+          0,     0,     0,     1};
+}
 
-  CQXMatrix3<T> q, s;
-  std::int32_t result;
+/// The polar factors of the upper left block of a key; where they are refused, the unit matrix and the block itself.
+template <typename T>
+struct PolarFactors {
+  /// @return false when they are refused.
+  bool Take(const CQXMatrix4<T>& key) {
+    q.Unit();
+    s = key.GetMatrix();
+    return key.GetMatrix().PolarDecomposition(q, s, 1, bound<T>) != 0;
+  }
+  [[nodiscard]] CQXQuaternion<T> Rotation() const noexcept { return qxMatrixToQuaternion(q); }
+
+  CQXMatrix3<T> q;
+  CQXMatrix3<T> s;
 };
 
 }  // namespace
 
 template <typename T>
-CQXMatrix4<T> CQXInterpolation::TranslationsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                   std::type_identity_t<T> t) noexcept {
-  return Translation(VectorsLinear(a.ExtractTranslation(), b.ExtractTranslation(), t));
-}
-
-template <typename T>
-CQXMatrix4<T> CQXInterpolation::TranslationsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                  const CQXMatrix4<T>& c, const CQXMatrix4<T>& d,
-                                                  std::type_identity_t<T> t0, std::type_identity_t<T> t1,
-                                                  std::type_identity_t<T> t2, std::type_identity_t<T> t3,
-                                                  std::type_identity_t<T> t) noexcept {
-  return Translation(VectorsCubic(a.ExtractTranslation(), b.ExtractTranslation(), c.ExtractTranslation(),
-                                  d.ExtractTranslation(), t0, t1, t2, t3, t));
-}
-
-template <typename T>
-CQXMatrix4<T> CQXInterpolation::ScalingsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                               std::type_identity_t<T> t) noexcept {
-  const CenteredScaling<T> ka(a), kb(b);
-  return CenteredScaling<T>(VectorsLinear(ka.factors, kb.factors, t), VectorsLinear(ka.center, kb.center, t))
-      .GetMatrix();
+CQXMatrix4<T> CQXInterpolation::ScalingsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, Time<T> t) noexcept {
+  const Scaling<T> sa(a), sb(b);
+  return ScalingMatrix(VectorsLinear(sa.factors, sb.factors, t), VectorsLinear(sa.centre, sb.centre, t));
 }
 
 template <typename T>
 CQXMatrix4<T> CQXInterpolation::ScalingsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, const CQXMatrix4<T>& c,
-                                              const CQXMatrix4<T>& d, std::type_identity_t<T> t0,
-                                              std::type_identity_t<T> t1, std::type_identity_t<T> t2,
-                                              std::type_identity_t<T> t3, std::type_identity_t<T> t) noexcept {
-  const CenteredScaling<T> ka(a), kb(b), kc(c), kd(d);
-  return CenteredScaling<T>(VectorsCubic(ka.factors, kb.factors, kc.factors, kd.factors, t0, t1, t2, t3, t),
-                            VectorsCubic(ka.center, kb.center, kc.center, kd.center, t0, t1, t2, t3, t))
-      .GetMatrix();
+                                              const CQXMatrix4<T>& d, Time<T> t0, Time<T> t1, Time<T> t2, Time<T> t3,
+                                              Time<T> t) noexcept {
+  const Scaling<T> sa(a), sb(b), sc(c), sd(d);
+  return ScalingMatrix(VectorsCubic(sa.factors, sb.factors, sc.factors, sd.factors, t0, t1, t2, t3, t),
+                       VectorsCubic(sa.centre, sb.centre, sc.centre, sd.centre, t0, t1, t2, t3, t));
 }
 
 template <typename T>
-CQXMatrix4<T> CQXInterpolation::AffineTransfLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                   std::type_identity_t<T> t) {
-  const PolarKey<T> ka(a), kb(b);
-  if (ka.result != 0 || kb.result != 0) return MatricesLinear(a, b, t);
-  return Affine(Slerp(ka.Rotation(), kb.Rotation(), t).GetMatrix() * MatricesLinear(ka.s, kb.s, t),
-                VectorsLinear(a.ExtractTranslation(), b.ExtractTranslation(), t));
+CQXMatrix4<T> CQXInterpolation::AffineTransfLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, Time<T> t) {
+  PolarFactors<T> pa, pb;
+  if (pa.Take(a) || pb.Take(b)) return MatricesLinear(a, b, t);
+  const CQXMatrix3<T> rotation = Slerp(pa.Rotation(), pb.Rotation(), t).GetMatrix();
+  return WithTranslation(qxMatrix3To4(rotation * MatricesLinear(pa.s, pb.s, t)),
+                         VectorsLinear(a.ExtractTranslation(), b.ExtractTranslation(), t));
 }
 
 template <typename T>
 CQXMatrix4<T> CQXInterpolation::AffineTransfCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
-                                                  const CQXMatrix4<T>& c, const CQXMatrix4<T>& d,
-                                                  std::type_identity_t<T> t0, std::type_identity_t<T> t1,
-                                                  std::type_identity_t<T> t2, std::type_identity_t<T> t3,
-                                                  std::type_identity_t<T> t) {
-  const PolarKey<T> ka(a), kb(b), kc(c), kd(d);
-  if (ka.result != 0 || kb.result != 0 || kc.result != 0 || kd.result != 0) {
-    return MatricesCubic(a, b, c, d, t0, t1, t2, t3, t);
-  }
-  const CQXQuaternion<T> rotation =
-      SlerpCubic(ka.Rotation(), kb.Rotation(), kc.Rotation(), kd.Rotation(), t0, t1, t2, t3, t);
-  return Affine(rotation.GetMatrix() * MatricesCubic(ka.s, kb.s, kc.s, kd.s, t0, t1, t2, t3, t),
-                VectorsCubic(a.ExtractTranslation(), b.ExtractTranslation(), c.ExtractTranslation(),
-                             d.ExtractTranslation(), t0, t1, t2, t3, t));
+                                                  const CQXMatrix4<T>& c, const CQXMatrix4<T>& d, Time<T> t0,
+                                                  Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) {
+  PolarFactors<T> pa, pb, pc, pd;
+  if (pa.Take(a) || pb.Take(b) || pc.Take(c) || pd.Take(d)) return MatricesCubic(a, b, c, d, t0, t1, t2, t3, t);
+  const CQXMatrix3<T> rotation =
+      SlerpCubic(pa.Rotation(), pb.Rotation(), pc.Rotation(), pd.Rotation(), t0, t1, t2, t3, t).GetMatrix();
+  return WithTranslation(qxMatrix3To4(rotation * MatricesCubic(pa.s, pb.s, pc.s, pd.s, t0, t1, t2, t3, t)),
+                         VectorsCubic(a.ExtractTranslation(), b.ExtractTranslation(), c.ExtractTranslation(),
+                                      d.ExtractTranslation(), t0, t1, t2, t3, t));
 }
 
-#define INSTANTIATE_LINEAR(Name, T, Noexcept) \
-  template CQXMatrix4<T> CQXInterpolation::Name(const CQXMatrix4<T>&, const CQXMatrix4<T>&, T) Noexcept
-#define INSTANTIATE_CUBIC(Name, T, Noexcept)                                                                      \
-  template CQXMatrix4<T> CQXInterpolation::Name(const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, \
-                                                const CQXMatrix4<T>&, T, T, T, T, T) Noexcept
-#define INSTANTIATE(T)                                 \
-  INSTANTIATE_LINEAR(TranslationsLinear, T, noexcept); \
-  INSTANTIATE_CUBIC(TranslationsCubic, T, noexcept);   \
-  INSTANTIATE_LINEAR(ScalingsLinear, T, noexcept);     \
-  INSTANTIATE_CUBIC(ScalingsCubic, T, noexcept);       \
-  INSTANTIATE_LINEAR(AffineTransfLinear, T, );         \
-  INSTANTIATE_CUBIC(AffineTransfCubic, T, )
+#define INSTANTIATE(T)                                                                                                 \
+  template CQXMatrix4<T> CQXInterpolation::ScalingsLinear(const CQXMatrix4<T>&, const CQXMatrix4<T>&, T) noexcept;     \
+  template CQXMatrix4<T> CQXInterpolation::ScalingsCubic(                                                              \
+      const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, T, T, T, T, T) noexcept; \
+  template CQXMatrix4<T> CQXInterpolation::AffineTransfLinear(const CQXMatrix4<T>&, const CQXMatrix4<T>&, T);          \
+  template CQXMatrix4<T> CQXInterpolation::AffineTransfCubic(                                                          \
+      const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, T, T, T, T, T)
 INSTANTIATE(float);
 INSTANTIATE(double);
 #undef INSTANTIATE
-#undef INSTANTIATE_CUBIC
-#undef INSTANTIATE_LINEAR

@@ -14,22 +14,13 @@ namespace {
 template <typename T>
 constexpr T pi = std::numbers::pi_v<T>;
 
-/// A negative number of turns this close to a whole one counts as that one.
-template <typename T>
-constexpr T turnTolerance = T(1e-9);
-
 /// Below this the cosine of the middle Euler angle, or the sine of half an angle, counts as zero.
 template <typename T>
 constexpr T degenerateBound = T(1e-6);
 
 template <typename T>
-T WrappedRadians(T angleInDegrees) {
-  return qxWrapAngle(angleInDegrees * pi<T> / 180, 2 * pi<T>, turnTolerance<T>);
-}
-
-template <typename T>
 T WrappedDegrees(T angleInRadians) {
-  const T wrapped = qxWrapAngle(angleInRadians * 180 / pi<T>, T(360), turnTolerance<T>);
+  const T wrapped = qxWrapAngle(angleInRadians * 180 / pi<T>, T(360), T(1e-9));
   // Just below 180 the number of turns may round up to 1.
   return wrapped < -180 ? wrapped + 360 : wrapped;
 }
@@ -258,7 +249,8 @@ void CQXMatrix3<T>::SetRotationByEulerAngles(T axInDegrees, T ayInDegrees, T azI
                                              qxRotationsOrder order) noexcept {
   if (static_cast<std::uint32_t>(order) >= sequencesNb) return;
   const auto [i, j, k, sign] = sequences[order];
-  const CQXVector3<T> angles(WrappedRadians(axInDegrees), WrappedRadians(ayInDegrees), WrappedRadians(azInDegrees));
+  const CQXVector3<T> angles(qxWrappedRadians(axInDegrees), qxWrappedRadians(ayInDegrees),
+                             qxWrappedRadians(azInDegrees));
   const T e = static_cast<T>(sign);
   const T si = e * std::sin(angles[i]), ci = std::cos(angles[i]);
   const T sj = e * std::sin(angles[j]), cj = std::cos(angles[j]);
@@ -301,7 +293,7 @@ void CQXMatrix3<T>::ExtractEulerAngles(qxRotationsOrder order, T& axInDegrees, T
 
 template <typename T>
 void CQXMatrix3<T>::SetRotationByAngleAxis(T angleInDegrees, const CQXVector3<T>& axis) noexcept {
-  const T angle = WrappedRadians(angleInDegrees);
+  const T angle = qxWrappedRadians(angleInDegrees);
   CQXVector3<T> unit = axis;
   unit.Normalize();
   const T c = std::cos(angle);

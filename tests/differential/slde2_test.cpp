@@ -178,6 +178,7 @@ TYPED_TEST(SLDE2, ClassificationOfPlainMatrices) {
     V eigenvalues;
   } cases[] = {{M(2, 0, 0, 1), V(), QX_SLDE2_2_EXPONENTS, QX_SLDE2_HOMOGENEOUS, V(1, 2)},
                {M(-2, 0, 0, 1), V(1, 0), QX_SLDE2_2_EXPONENTS, QX_SLDE2_INHOM_REGULAR, V(1, -2)},
+               {M(-1, 0, 0, 1), V(), QX_SLDE2_2_EXPONENTS, QX_SLDE2_HOMOGENEOUS, V(1, -1)},  // equal sizes
                {M(-3, 0, 0, 0), V(1, 0), QX_SLDE2_2_EXPONENTS, QX_SLDE2_INHOM_ZERO_EXPONENT, V(0, -3)},
                {M(1, 0, 0, 1), V(), QX_SLDE2_1_EXP_2_EIGENVECTORS, QX_SLDE2_HOMOGENEOUS, V(1, 1)},
                {M(1, 1, 0, 1), V(1, 1), QX_SLDE2_1_EXP_1_EIGENVECTOR, QX_SLDE2_INHOM_REGULAR, V(1, 1)},

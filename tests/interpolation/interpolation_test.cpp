@@ -1,24 +1,52 @@
 #include <qx/interpolation/interpolation.h>
-#include <qx/vectors/vector_functions.h>
 
 #include <array>
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <vector>
 
 #include "tests/transforms/reference.h"
 #include "tests/typed_test.h"
 
 namespace {
 
+using I = CQXInterpolation;
+
 template <typename T>
 class Interpolation : public ::testing::Test {
  protected:
+  using Quaternion = CQXQuaternion<T>;
   static constexpr T eps = std::numeric_limits<T>::epsilon();
+  static constexpr T nan = std::numeric_limits<T>::quiet_NaN();
 
-  CQXQuaternion<T> RandomUnit() {
-    CQXQuaternion<T> q(random.In(-1, 1), random.In(-1, 1), random.In(-1, 1), random.In(-1, 1));
+  /// A polynomial of each element index, of the given degree.
+  static double Polynomial(int degree, std::int32_t i, double t) {
+    double value = 0;
+    for (int k = degree; k >= 0; --k) value = value * t + std::sin(1.0 + 3 * k + i);
+    return value;
+  }
+  template <typename Array>
+  static Array Key(const Array& shape, std::int32_t count, int degree, double t) {
+    Array key(shape);
+    for (std::int32_t i = 0; i < count; ++i) key.Data()[i] = T(Polynomial(degree, i, t));
+    return key;
+  }
+  template <typename Array>
+  static void ExpectPolynomial(const Array& blend, std::int32_t count, int degree, double t, double bound) {
+    for (std::int32_t i = 0; i < count; ++i) {
+      EXPECT_NEAR(blend.Data()[i], Polynomial(degree, i, t), bound) << "degree " << degree << ", t " << t;
+    }
+  }
+  static void ExpectNear(const Quaternion& q, const Quaternion& expected, T bound) {
+    for (std::int32_t i = 0; i < 4; ++i) EXPECT_NEAR(q[i], expected[i], bound);
+  }
+  /// Quaternion of a rotation by twice the given angle about a fixed axis.
+  static Quaternion Turn(double half) {
+    const double s = std::sin(half);
+    return {T(std::cos(half)), T(s * 2 / 7), T(s * 3 / 7), T(s * 6 / 7)};
+  }
+  Quaternion RandomUnit() {
+    Quaternion q(random.In(-1, 1), random.In(-1, 1), random.In(-1, 1), random.In(-1, 1));
     q.Normalize();
     return q;
   }
@@ -27,320 +55,294 @@ class Interpolation : public ::testing::Test {
     for (std::int32_t i = 0; i < 16; ++i) m[i] = random.In(-2, 2);
     return m;
   }
-  static void ExpectNear(const CQXQuaternion<T>& a, const CQXQuaternion<T>& b, T bound) {
-    for (std::int32_t i = 0; i < 4; ++i) EXPECT_NEAR(a[i], b[i], bound) << i;
-  }
-  template <typename Matrix>
-  static void ExpectNear(const Matrix& a, const Matrix& b, T bound) {
-    EXPECT_LE((a - b).Norm(QX_MATRIX_NORM_ROW_SUM), bound);
-  }
-
-  /// Value of a polynomial with small whole coefficients for element i; its degree is 1, 2 or 3.
-  static T Polynomial(std::size_t i, int degree, T t) {
-    const T k = T(i % 5) - 2;
-    T value = k + 1;
-    for (int power = 1; power <= degree; ++power) value = value * t + (k - T(power));
-    return value;
-  }
-  /// A key of a shape whose elements follow the polynomials at time t.
-  template <typename Key>
-  static Key KeyAt(Key shape, std::size_t count, int degree, T t) {
-    for (std::size_t i = 0; i < count; ++i) shape.Data()[i] = Polynomial(i, degree, t);
-    return shape;
-  }
-  template <typename Key>
-  static void ExpectPolynomial(const Key& key, std::size_t count, int degree, T t, T bound) {
-    for (std::size_t i = 0; i < count; ++i)
-      EXPECT_NEAR(key.Data()[i], Polynomial(i, degree, t), bound) << i << ' ' << t;
-  }
-
-  template <typename Key>
-  static void TestVectors(const Key& shape, std::size_t count) {
-    TestKeys(
-        shape, count, [](const auto&... arguments) { return CQXInterpolation::VectorsLinear(arguments...); },
-        [](const auto&... arguments) { return CQXInterpolation::VectorsQuadratic(arguments...); },
-        [](const auto&... arguments) { return CQXInterpolation::VectorsCubic(arguments...); });
-  }
-  template <typename Key>
-  static void TestMatrices(const Key& shape, std::size_t count) {
-    TestKeys(
-        shape, count, [](const auto&... arguments) { return CQXInterpolation::MatricesLinear(arguments...); },
-        [](const auto&... arguments) { return CQXInterpolation::MatricesQuadratic(arguments...); },
-        [](const auto&... arguments) { return CQXInterpolation::MatricesCubic(arguments...); });
-  }
-  template <typename Key, typename Linear, typename Quadratic, typename Cubic>
-  static void TestKeys(const Key& shape, std::size_t count, Linear linear, Quadratic quadratic, Cubic cubic) {
-    const auto key = [&](int degree, T t) { return KeyAt(shape, count, degree, t); };
-    const T t0 = -1, t1 = T(0.5), t2 = 1, t3 = 3;
-    for (const T t : {T(-1), T(0), T(0.25), T(0.5), T(1), T(3), T(4)}) {
-      ExpectPolynomial(linear(key(1, 0), key(1, 1), t), count, 1, t, 32 * eps);
-      ExpectPolynomial(quadratic(key(2, t0), key(2, t1), key(2, t2), t0, t1, t2, t), count, 2, t, 2048 * eps);
-      ExpectPolynomial(cubic(key(3, t0), key(3, t1), key(3, t2), key(3, t3), t0, t1, t2, t3, t), count, 3, t,
-                       16384 * eps);
-    }
-  }
 
   reference::Random<T> random;
 };
 TYPED_TEST_SUITE(Interpolation, FloatTypes);
 
-TYPED_TEST(Interpolation, PolynomialsAreReproducedByEveryTypeOfKey) {
+TYPED_TEST(Interpolation, PolynomialsAreReproducedAtTheNodesAndBetween) {
   using T = TypeParam;
-  this->TestVectors(CQXVector2<T>(), 2);
-  this->TestVectors(CQXVector3<T>(), 3);
-  this->TestVectors(CQXVector4<T>(), 4);
-  this->TestVectors(CQXVectorN<T>(7), 7);
-  this->TestVectors(CQXBaseVector<T>(6), 6);
-  this->TestVectors(CQXVectorN<T>(), 0);
-  this->TestMatrices(CQXMatrix2<T>(), 4);
-  this->TestMatrices(CQXMatrix3<T>(), 9);
-  this->TestMatrices(CQXMatrix4<T>(), 16);
-  this->TestMatrices(CQXMatrixN<T>(3), 9);
-  this->TestMatrices(CQXMatrixMN<T>(2, 5), 10);
-  const CQXBaseMatrix<T> a = this->KeyAt(CQXBaseMatrix<T>(3, 2), 6, 1, 0),
-                         b = this->KeyAt(CQXBaseMatrix<T>(3, 2), 6, 1, 1);
-  const CQXBaseMatrix<T> blend = CQXInterpolation::MatricesLinear(a, b, 4);
-  EXPECT_EQ(blend.RowsNb() * 10 + blend.ColsNb(), 32);
-  this->ExpectPolynomial(blend, 6, 1, 4, 32 * this->eps);
-  EXPECT_EQ(CQXInterpolation::MatricesLinear(CQXMatrixMN<T>(a), CQXMatrixMN<T>(b), 4).GetRank(), -1);
+  // Nodes in no order; times at the nodes, between and beyond.
+  const T t0 = T(0.5), t1 = -1, t2 = T(2.25), t3 = T(1.25);
+  const auto test = [&](const auto& shape, std::int32_t count, auto linear, auto quadratic, auto cubic) {
+    const auto key = [&](int degree, T t) { return this->Key(shape, count, degree, t); };
+    const auto expect = [&](const auto& blend, int degree, T t, double bound) {
+      this->ExpectPolynomial(blend, count, degree, t, bound * this->eps);
+    };
+    for (const T t : {t0, t1, t2, t3, T(0), T(1), T(0.75), T(-0.25), T(3)}) {
+      expect(linear(key(1, 0), key(1, 1), t), 1, t, 16);
+      expect(quadratic(key(2, t0), key(2, t1), key(2, t2), t0, t1, t2, t), 2, t, 256);
+      expect(cubic(key(3, t0), key(3, t1), key(3, t2), key(3, t3), t0, t1, t2, t3, t), 3, t, 2048);
+    }
+  };
+  const auto vectors = [&](const auto& shape, std::int32_t count) {
+    test(
+        shape, count, [](const auto&... arguments) { return I::VectorsLinear(arguments...); },
+        [](const auto&... arguments) { return I::VectorsQuadratic(arguments...); },
+        [](const auto&... arguments) { return I::VectorsCubic(arguments...); });
+  };
+  const auto matrices = [&](const auto& shape, std::int32_t count) {
+    test(
+        shape, count, [](const auto&... arguments) { return I::MatricesLinear(arguments...); },
+        [](const auto&... arguments) { return I::MatricesQuadratic(arguments...); },
+        [](const auto&... arguments) { return I::MatricesCubic(arguments...); });
+  };
+  vectors(CQXVector2<T>(), 2);
+  vectors(CQXVector3<T>(), 3);
+  vectors(CQXVector4<T>(), 4);
+  vectors(CQXVectorN<T>(37), 37);
+  vectors(CQXBaseVector<T>(5), 5);
+  matrices(CQXMatrix2<T>(), 4);
+  matrices(CQXMatrix3<T>(), 9);
+  matrices(CQXMatrix4<T>(), 16);
+  matrices(CQXMatrixN<T>(6), 36);
+  matrices(CQXMatrixMN<T>(2, 7), 14);
+  matrices(CQXBaseMatrix<T>(3, 5), 15);
 }
 
-TYPED_TEST(Interpolation, ComplexElementsAreStoredExactly) {
+TYPED_TEST(Interpolation, DynamicResultsHaveTheShapeOfTheirKeys) {
   using T = TypeParam;
-  using C = CQXComplex<T>;
-  const T small = T(1e-6);  // closer to zero than the assignment of a complex number can tell
-  CQXBaseVector<C> a(2), b(2);
-  CQXBaseMatrix<C> ma(1, 2), mb(1, 2);
-  b[0].Set(small, -small);
-  a[1].Set(1, 2);
-  b[1].Set(3, -2);
-  for (std::int32_t i = 0; i < 2; ++i) {
-    ma[i].Set(a[i].Real(), a[i].Imag());
-    mb[i].Set(b[i].Real(), b[i].Imag());
-  }
-  const CQXBaseVector<C> v = CQXInterpolation::VectorsLinear(a, b, T(0.5));
-  const CQXBaseMatrix<C> m = CQXInterpolation::MatricesLinear(ma, mb, T(0.5));
-  for (const C* element : {v.Data(), m.Data()}) {
-    EXPECT_EQ(element[0].Real(), small / 2);
-    EXPECT_EQ(element[0].Imag(), -small / 2);
-    EXPECT_EQ(element[1].Real(), 2);
-    EXPECT_EQ(element[1].Imag(), 0);
-  }
+  const CQXMatrixMN<T> a(2, 3);
+  const CQXMatrixMN<T> blend = I::MatricesCubic(a, a, a, a, 0, 1, 2, 3, 0.5);
+  EXPECT_EQ(blend.RowsNb() == 2 && blend.ColsNb() == 3, true);
+  EXPECT_EQ(blend.GetRank(), -1);
+  EXPECT_EQ(I::MatricesLinear(CQXMatrixN<T>(4), CQXMatrixN<T>(4), 0.5).Size(), 4);
+  EXPECT_EQ(I::VectorsLinear(CQXVectorN<T>(), CQXVectorN<T>(), 0.5).Dim(), 0);
+  EXPECT_EQ(I::VectorsQuadratic(CQXVectorN<T>(-3), CQXVectorN<T>(-3), CQXVectorN<T>(-3), 0, 1, 2, 0.5).Dim(), -3);
 }
 
-TYPED_TEST(Interpolation, VandermondeColumnsAreTheLagrangeBasis) {
+TYPED_TEST(Interpolation, ComplexBlendsAreExactAndKeepSmallNumbers) {
   using T = TypeParam;
-  const T nodes[] = {T(-0.75), T(0.5), 2, 3};
-  const CQXMatrix3<T> m3 = CQXInterpolation::InverseVandermondeMatrix(nodes[0], nodes[1], nodes[2]);
-  const CQXMatrix4<T> m4 = CQXInterpolation::InverseVandermondeMatrix(nodes[0], nodes[1], nodes[2], nodes[3]);
-  for (std::int32_t j = 0; j < 4; ++j) {
-    for (std::int32_t i = 0; i < 4; ++i) {
-      const T t = nodes[i];
-      EXPECT_NEAR(((m4(0, j) * t + m4(1, j)) * t + m4(2, j)) * t + m4(3, j), i == j ? 1 : 0, 256 * this->eps);
-      if (i == 3 || j == 3) continue;
-      EXPECT_NEAR((m3(0, j) * t + m3(1, j)) * t + m3(2, j), i == j ? 1 : 0, 64 * this->eps);
+  using Complex = CQXComplex<T>;
+  CQXBaseVector<Complex> a(2), b(2);
+  a[0].Set(T(1e-7), T(-2e-9));
+  b[0].Set(T(3e-7), T(4e-9));
+  a[1].SetInTrigForm(2, 90);
+  b[1].Set(-4, 8);
+  const CQXBaseVector<Complex> v = I::VectorsLinear(a, b, 0.25);
+  EXPECT_EQ(v[0].Real(), T(1e-7) + (T(3e-7) - T(1e-7)) * T(0.25));
+  EXPECT_EQ(v[0].Imag(), T(-2e-9) + (T(4e-9) - T(-2e-9)) * T(0.25));
+  EXPECT_NEAR(v[1].Real(), -1, 4 * this->eps);
+  EXPECT_NEAR(v[1].Imag(), 3.5, 4 * this->eps);
+  EXPECT_EQ(v[1].IsTrigCalculated(), 0);
+  CQXBaseMatrix<Complex> m(1, 2), n(1, 2);
+  m[1].Set(T(1e-8), 0);
+  EXPECT_EQ(I::MatricesLinear(m, n, 0.5)[1].Real(), T(1e-8) + (T(0) - T(1e-8)) * T(0.5));
+}
+
+TYPED_TEST(Interpolation, InverseVandermondeMatricesInvert) {
+  using T = TypeParam;
+  const std::array<T, 4> t = {T(-0.5), T(1), T(3), T(0.25)};
+  const CQXMatrix3<T> v3 = I::InverseVandermondeMatrix(t[0], t[1], t[2]);
+  const CQXMatrix4<T> v4 = I::InverseVandermondeMatrix(t[0], t[1], t[2], t[3]);
+  CQXMatrix3<T> w3;
+  CQXMatrix4<T> w4;
+  for (std::int32_t i = 0; i < 4; ++i) {
+    const T x = t[std::size_t(i)];
+    if (i < 3) w3.SetRowVector(i, {x * x, x, 1});
+    w4.SetRowVector(i, {x * x * x, x * x, x, 1});
+  }
+  EXPECT_EQ((w3 * v3).IsUnit(64 * this->eps), 1);
+  EXPECT_EQ((w4 * v4).IsUnit(256 * this->eps), 1);
+  EXPECT_EQ(std::isinf(I::InverseVandermondeMatrix<T>(1, 1, 2)(0, 0)), true);
+}
+
+TYPED_TEST(Interpolation, SlerpTurnsEvenlyAlongTheShorterArc) {
+  for (int i = 0; i < 200; ++i) {
+    const auto q = this->RandomUnit();
+    const double half = this->random.In(0.01, 1.55);
+    for (const double t : {0.0, 0.25, 0.5, 0.8, 1.0, -0.5, 1.75}) {
+      const auto expected = q * this->Turn(t * half), end = q * this->Turn(half);
+      // The arc cosine near 1 loses eps / half.
+      const auto bound = TypeParam(8 * this->eps / half);
+      this->ExpectNear(I::Slerp(q, end, TypeParam(t)), expected, bound);
+      this->ExpectNear(I::Slerp(q, end * TypeParam(-1), TypeParam(t)), expected, bound);
     }
   }
-  EXPECT_FALSE(std::isfinite(CQXInterpolation::InverseVandermondeMatrix(T(1), T(1), T(2))(0, 0)));
 }
 
-TYPED_TEST(Interpolation, SlerpTakesTheShortArcAtConstantSpeed) {
+TYPED_TEST(Interpolation, SlerpIsLinearAtAndBeyondParallel) {
   using T = TypeParam;
   using Q = CQXQuaternion<T>;
-  for (int i = 0; i < 300; ++i) {
-    const Q q1 = this->RandomUnit();
-    const T angle = this->random.In(0.02, 3.1), t = this->random.In(0, 1);
-    CQXVector3<T> axis = this->random.Vector(-1, 1);
-    axis.Normalize();
-    Q turn, part;
-    turn.SetRotation(angle, axis);
-    part.SetRotation(angle * t, axis);
-    const Q q2 = q1 * turn, expected = q1 * part;
-    // Conditioned like the arc cosine near parallel keys.
-    const T bound = 64 * this->eps / std::sin(angle / 2);
-    this->ExpectNear(CQXInterpolation::Slerp(q1, q2, t), expected, bound);
-    this->ExpectNear(CQXInterpolation::Slerp(q1, std::as_const(q2).Negate(), t), expected, bound);
-    this->ExpectNear(CQXInterpolation::Slerp(q1, std::as_const(q2).Negate(), 0), q1, bound);
+  const Q one(1, 0, 0, 0);
+  this->ExpectNear(I::Slerp(one, one, 0.25), one, 0);
+  this->ExpectNear(I::Slerp(one, Q(-1, 0, 0, 0), 0.25), one, 0);  // the negated weight: not zero
+  this->ExpectNear(I::Slerp(Q(2, 0, 0, 0), Q(4, 4, 0, 0), 0.25), Q(T(2.5), 1, 0, 0), 0);  // a dot product of 8
+  // The bound itself is linear, the number below it is not; antiparallel keys likewise.
+  const T bound = T(0.999999);
+  for (const T sign : {T(1), T(-1)}) {
+    const Q at(bound * sign, 1, 0, 0), below(std::nextafter(bound, T(0)) * sign, 1, 0, 0);
+    EXPECT_EQ(I::Slerp(one, at, 0.25).x, T(0.25) * sign);
+    EXPECT_GT(std::abs(I::Slerp(one, below, 0.25).x - T(0.25) * sign), 0);
   }
-  const Q q = this->RandomUnit(), opposite = std::as_const(q).Negate();
-  this->ExpectNear(CQXInterpolation::Slerp(q, q, T(0.3)), q, 2 * this->eps);
-  this->ExpectNear(CQXInterpolation::Slerp(q, opposite, T(0.5)), q, 2 * this->eps);
-  // Beyond the threshold the blend is linear, and shorter than 1.
-  const Q near(std::cos(T(1e-3)), std::sin(T(1e-3)), 0, 0);
-  this->ExpectNear(CQXInterpolation::Slerp(Q(), near, T(0.25)), Q() * T(0.75) + near * T(0.25), 2 * this->eps);
+  this->ExpectNear(I::Slerp(one, Q(T(-0.5), 1, 0, 0), 0), one, this->eps);
+  EXPECT_TRUE(std::isnan(I::Slerp(one, Q(this->nan, 0, 0, 0), 0.5).w));
 }
 
-TYPED_TEST(Interpolation, SquadAndTheCubicPathGoThroughTheirKeys) {
+TYPED_TEST(Interpolation, SquadBlendsTheOuterAndTheInnerArc) {
+  const double a[] = {-0.4, 0.1, 0.9, 0.5};
+  for (const double t : {0.0, 0.2, 0.5, 0.9, 1.0}) {
+    const double outer = a[0] + (a[3] - a[0]) * t, inner = a[1] + (a[2] - a[1]) * t;
+    const double half = outer + (inner - outer) * 2 * t * (1 - t);
+    this->ExpectNear(I::Squad(this->Turn(a[0]), this->Turn(a[1]), this->Turn(a[2]), this->Turn(a[3]), TypeParam(t)),
+                     this->Turn(half), 16 * this->eps);
+  }
+}
+
+TYPED_TEST(Interpolation, TheCubicRotationPathRunsThroughItsKeys) {
   using T = TypeParam;
-  using Q = CQXQuaternion<T>;
   for (int i = 0; i < 50; ++i) {
-    Q q[4];
-    for (Q& key : q) key = this->RandomUnit();
-    const T bound = 256 * this->eps;
-    this->ExpectNear(CQXInterpolation::Squad(q[0], q[1], q[2], q[3], 0), q[0], bound);
-    const Q middle = CQXInterpolation::Squad(q[0], q[1], q[2], q[3], T(0.5));
-    this->ExpectNear(middle,
-                     CQXInterpolation::Slerp(CQXInterpolation::Slerp(q[0], q[3], T(0.5)),
-                                             CQXInterpolation::Slerp(q[1], q[2], T(0.5)), T(0.5)),
-                     0);
-    const auto cubic = [&](T t0, T t, T t3) {
-      return CQXInterpolation::SlerpCubic(q[0], q[1], q[2], q[3], t0, 2, 4, t3, t);
-    };
-    this->ExpectNear(cubic(1, 2, 5), q[1], 0);
-    this->ExpectNear(cubic(1, -7, 5), q[1], 0);
-    this->ExpectNear(cubic(1, 4, 5), q[2], 0);
-    this->ExpectNear(cubic(1, 9, 5), q[2], 0);
-    this->ExpectNear(cubic(1, 3, 5), cubic(-100, 3, 1e4), 0);  // the outer nodes play no role
-    this->ExpectNear(CQXInterpolation::SlerpCubic(q[0], q[1], q[2], q[3], 1, 2, 2, 3, T(2.5)), q[1], 0);
-    // The printed steps, written out.
-    const auto control = [](const Q& before, const Q& key, const Q& after) {
-      const Q inverse = key.Invert();
-      Q sum = (inverse * after).Log() + (inverse * before).Log();
-      sum *= T(-0.25);
-      return key * sum.Exp();
-    };
-    const Q a = control(q[0], q[1], q[2]), b = control(q[1], q[2], q[3]);
-    this->ExpectNear(cubic(1, T(2.5), 5), CQXInterpolation::Squad(q[1], a, b, q[2], T(0.25)), 0);
+    std::array<CQXQuaternion<T>, 4> q;
+    for (auto& key : q) key = this->RandomUnit();
+    const auto path = [&](double t) { return I::SlerpCubic(q[0], q[1], q[2], q[3], -5, 1, 3, 99, T(t)); };
+    this->ExpectNear(path(-7), q[1], 0);
+    this->ExpectNear(path(1), q[1], 0);
+    this->ExpectNear(path(3), q[2], 0);
+    this->ExpectNear(path(8), q[2], 0);
+    // q and -q are one rotation: the path may reach the other one.
+    const T bound = T(0.03);
+    EXPECT_TRUE(qxAreAlmostEqual(path(1.001).GetMatrix(), q[1].GetMatrix(), bound));
+    EXPECT_TRUE(qxAreAlmostEqual(path(2.999).GetMatrix(), q[2].GetMatrix(), bound));
+    // The control points, long-hand.
+    const CQXQuaternion<T> inverse1 = q[1].InvertUnit(), inverse2 = q[2].InvertUnit();
+    const auto a = q[1] * (((inverse1 * q[2]).Log() + (inverse1 * q[0]).Log()) * T(-0.25)).Exp();
+    const auto b = q[2] * (((inverse2 * q[3]).Log() + (inverse2 * q[1]).Log()) * T(-0.25)).Exp();
+    this->ExpectNear(path(1.5), I::Squad(q[1], a, b, q[2], T(0.25)), 256 * this->eps);
+    this->ExpectNear(I::SlerpCubic(q[0], q[1], q[2], q[3], 1, 1, 3, 0, T(1.5)), path(1.5), 0);  // t0 and t3 are free
   }
-  // A steady turn about one axis by the angles 0, 1, 2, 3: by symmetry the middle is at 1.5.
-  Q turns[4];
-  for (int i = 0; i < 4; ++i) turns[i].SetRotation(T(i), CQXVector3<T>(0, 0, 1));
-  const Q middle = CQXInterpolation::SlerpCubic(turns[0], turns[1], turns[2], turns[3], 0, 1, 2, 3, T(1.5));
-  Q expected;
-  expected.SetRotation(T(1.5), CQXVector3<T>(0, 0, 1));
-  Q unit = middle;
-  unit.Normalize();
-  this->ExpectNear(unit, expected, 16 * this->eps);
+  const auto q1 = this->RandomUnit(), q2 = this->RandomUnit();
+  this->ExpectNear(I::SlerpCubic(q1, q1, q2, q2, 0, T(0.25), T(0.25) + T(5e-7), 1, 9), q1, 0);  // no interval
+  this->ExpectNear(I::SlerpCubic(q2, q1, q2, q2, 0, 0, 1, 2, T(0.9e-6)), q1, 0);
+  EXPECT_NE(I::SlerpCubic(q2, q1, q2, q2, 0, 0, 1, 2, T(1e-3)).w, q1.w);
+  EXPECT_TRUE(std::isnan(I::SlerpCubic(q1, q1, q2, q2, 0, 1, 2, 3, this->nan).w));
 }
 
-TYPED_TEST(Interpolation, RotationsOfMatricesAndAnglesAgree) {
+TYPED_TEST(Interpolation, RotationMatricesTurnEvenlyAndDropTranslations) {
   using T = TypeParam;
-  using V = CQXVector3<T>;
-  for (int i = 0; i < 60; ++i) {
-    const int order = i % 6;
+  CQXMatrix3<T> a, b, expected;
+  a.SetRotationByAngleAxis(20, {1, 2, -1});
+  b.SetRotationByAngleAxis(100, {1, 2, -1});
+  expected.SetRotationByAngleAxis(40, {1, 2, -1});
+  EXPECT_TRUE(qxAreAlmostEqual(I::RotationsLinear(a, b, 0.25), expected, 16 * this->eps));
+  CQXMatrix4<T> a4 = qxMatrix3To4(a), b4 = qxMatrix3To4(b);
+  a4(0, 3) = b4(3, 1) = 7;
+  EXPECT_TRUE(qxAreAlmostEqual(I::RotationsLinear(a4, b4, 0.25), qxMatrix3To4(expected), 16 * this->eps));
+  EXPECT_TRUE(qxAreAlmostEqual(I::RotationsCubic(a, a, b, b, 0, 1, 2, 3, 2), b, 16 * this->eps));
+  const CQXMatrix4<T> cubic = I::RotationsCubic(a4, a4, b4, b4, 0, 1, 2, 3, 1.5);
+  EXPECT_TRUE(qxAreAlmostEqual(cubic, qxMatrix3To4(I::RotationsCubic(a, a, b, b, 0, 1, 2, 3, 1.5)), 0));
+}
+
+TYPED_TEST(Interpolation, EulerAnglesAreBlendedInEachOrder) {
+  using T = TypeParam;
+  for (std::int32_t order = 0; order < 6; ++order) {
     const auto qxOrder = static_cast<qxRotationsOrder>(order);
-    std::array<double, 3> angles[4];
-    V degrees[4];
-    CQXMatrix3<T> m[4];
-    CQXMatrix4<T> wide[4];
-    for (int k = 0; k < 4; ++k) {
-      angles[k] = this->random.Angles();
-      for (double& angle : angles[k]) angle *= i % 7 == 0 ? 3 : 1;  // several turns
-      degrees[k] = V(T(angles[k][0]), T(angles[k][1]), T(angles[k][2]));
-      m[k].SetRotationByEulerAngles(degrees[k].X(), degrees[k].Y(), degrees[k].Z(), qxOrder);
-      wide[k] = this->RandomMatrix();  // all but the block is dropped
-      for (std::int32_t r = 0; r < 3; ++r) {
-        for (std::int32_t c = 0; c < 3; ++c) wide[k](r, c) = m[k](r, c);
+    for (int i = 0; i < 40; ++i) {
+      std::array<CQXVector3<T>, 4> keys;
+      std::array<CQXMatrix3<T>, 4> rotations;
+      for (std::size_t k = 0; k < 4; ++k) {
+        keys[k] = this->random.Vector(-400, 400);  // more than a turn
+        rotations[k].SetRotationByEulerAngles(keys[k].X(), keys[k].Y(), keys[k].Z(), qxOrder);
       }
+      const auto expectRotation = [&](const CQXVector3<T>& angles, const CQXMatrix3<T>& expected) {
+        const auto rotation = reference::Euler({double(angles.X()), double(angles.Y()), double(angles.Z())}, order);
+        // The quaternions' guarded root, and float angles of 400 degrees.
+        EXPECT_LE(reference::Distance(expected, rotation), 2e3 * double(this->eps));
+      };
+      const T t = this->random.In(0, 1);
+      CQXVector3<T> angles;
+      I::RotationsLinear(keys[0].X(), keys[0].Y(), keys[0].Z(), keys[1].X(), keys[1].Y(), keys[1].Z(), qxOrder, t,
+                         angles.X(), angles.Y(), angles.Z());
+      expectRotation(angles, I::RotationsLinear(rotations[0], rotations[1], t));
+      const auto cubic = [&](T at) {
+        return I::RotationsCubic(keys[0], keys[1], keys[2], keys[3], qxOrder, 0, 1, 2, 3, at);
+      };
+      expectRotation(cubic(1), rotations[1]);
+      expectRotation(cubic(2), rotations[2]);
     }
-    const T t = this->random.In(0, 1), bound = 2048 * this->eps;
-    const CQXMatrix3<T> linear = CQXInterpolation::RotationsLinear(m[0], m[1], t);
-    this->ExpectNear(CQXInterpolation::RotationsLinear(wide[0], wide[1], t), qxMatrix3To4(linear), T(0));
-    this->ExpectNear(CQXInterpolation::RotationsLinear(m[0], m[1], 0), m[0], bound);
-    this->ExpectNear(CQXInterpolation::RotationsLinear(m[0], m[1], 1), m[1], bound);
-    const CQXMatrix3<T> cubic = CQXInterpolation::RotationsCubic(m[0], m[1], m[2], m[3], 0, 1, 3, 4, 1 + t);
-    this->ExpectNear(CQXInterpolation::RotationsCubic(wide[0], wide[1], wide[2], wide[3], 0, 1, 3, 4, 1 + t),
-                     qxMatrix3To4(cubic), T(0));
-    this->ExpectNear(CQXInterpolation::RotationsCubic(m[0], m[1], m[2], m[3], 0, 1, 3, 4, 3), m[2], bound);
-
-    T ax = 0, ay = 0, az = 0;
-    CQXInterpolation::RotationsLinear(degrees[0].X(), degrees[0].Y(), degrees[0].Z(), degrees[1].X(), degrees[1].Y(),
-                                      degrees[1].Z(), qxOrder, t, ax, ay, az);
-    EXPECT_LE(reference::Distance(linear, reference::Euler({double(ax), double(ay), double(az)}, order)),
-              4 * double(bound));
-    const V edge =
-        CQXInterpolation::RotationsCubic(degrees[0], degrees[1], degrees[2], degrees[3], qxOrder, 0, 1, 3, 4, 1);
-    EXPECT_LE(
-        reference::Distance(m[1], reference::Euler({double(edge.X()), double(edge.Y()), double(edge.Z())}, order)),
-        4 * double(bound));
   }
-  T ax = 1, ay = 2, az = 3;
-  CQXInterpolation::RotationsLinear(1, 2, 3, 4, 5, 6, qxRotationsOrder(9), T(0.5), ax, ay, az);
-  EXPECT_EQ(ax * 100 + ay * 10 + az, 123);
+  T x = 1, y = 2, z = 3;
+  const auto unknown = static_cast<qxRotationsOrder>(6);
+  I::RotationsLinear(10, 20, 30, 40, 50, 60, unknown, 0.5, x, y, z);
+  EXPECT_EQ(x == 1 && y == 2 && z == 3, true);
+  EXPECT_EQ(I::RotationsCubic<T>({1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {1, 2, 3}, unknown, 0, 1, 2, 3, 1.5).NormInf(), 0);
 }
 
-TYPED_TEST(Interpolation, TranslationsAndScalingsReadNothingElse) {
+TYPED_TEST(Interpolation, TranslationsReadTheLastColumnOnly) {
   using T = TypeParam;
-  using V = CQXVector3<T>;
-  CQXMatrix4<T> keys[4];
-  V d[4], s[4], c[4];
-  const T nodes[] = {0, 1, 2, 3};
-  for (int k = 0; k < 4; ++k) {
-    keys[k] = this->RandomMatrix();
-    d[k] = keys[k].ExtractTranslation();
+  std::array<CQXMatrix4<T>, 4> keys;
+  for (auto& key : keys) key = this->RandomMatrix();
+  const CQXMatrix4<T> linear = I::TranslationsLinear(keys[0], keys[1], T(0.3));
+  const CQXMatrix4<T> cubic = I::TranslationsCubic(keys[0], keys[1], keys[2], keys[3], 0, 1, 2, 3, 2);
+  EXPECT_EQ(linear.IsTranslation(0) != 0 && cubic.IsTranslation(0) != 0, true);
+  for (std::int32_t i = 0; i < 3; ++i) {
+    EXPECT_NEAR(linear(i, 3), T(0.7) * keys[0](i, 3) + T(0.3) * keys[1](i, 3), 8 * this->eps);
+    EXPECT_NEAR(cubic(i, 3), keys[2](i, 3), 256 * this->eps);
   }
-  CQXMatrix4<T> expected;
-  expected.Unit();
-  expected.SetColVector(3, qxVector3To4(d[0] + (d[1] - d[0]) * T(0.25), 1));
-  this->ExpectNear(CQXInterpolation::TranslationsLinear(keys[0], keys[1], T(0.25)), expected, 0);
-  expected.SetColVector(3, qxVector3To4(CQXInterpolation::VectorsCubic(d[0], d[1], d[2], d[3], 0, 1, 2, 3, T(1.5)), 1));
-  this->ExpectNear(CQXInterpolation::TranslationsCubic(keys[0], keys[1], keys[2], keys[3], 0, 1, 2, 3, T(1.5)),
-                   expected, 0);
+}
 
-  for (int k = 0; k < 4; ++k) {
-    s[k] = this->random.Vector(1.5, 3);
-    c[k] = this->random.Vector(-2, 2);
-    keys[k] = this->RandomMatrix();  // what is off the diagonal is not read
-    for (std::int32_t i = 0; i < 3; ++i) {
-      keys[k](i, i) = s[k][i];
-      keys[k](i, 3) = (1 - s[k][i]) * c[k][i];
-    }
-  }
-  const auto scaling = [](const V& factors, const V& center) {
+TYPED_TEST(Interpolation, ScalingsBlendFactorsAndCentres) {
+  using T = TypeParam;
+  const auto scaling = [](const CQXVector3<T>& s, const CQXVector3<T>& c) {
     CQXMatrix4<T> m;
     for (std::int32_t i = 0; i < 3; ++i) {
-      m(i, i) = factors[i];
-      m(i, 3) = (1 - factors[i]) * center[i];
+      m(i, i) = s[i];
+      m(i, 3) = (1 - s[i]) * c[i];
     }
     m(3, 3) = 1;
     return m;
   };
-  this->ExpectNear(CQXInterpolation::ScalingsLinear(keys[0], keys[1], T(0.25)),
-                   scaling(s[0] * T(0.75) + s[1] * T(0.25), c[0] * T(0.75) + c[1] * T(0.25)), 128 * this->eps);
-  this->ExpectNear(CQXInterpolation::ScalingsCubic(keys[0], keys[1], keys[2], keys[3], 0, 1, 2, 3, nodes[2]),
-                   scaling(s[2], c[2]), 4096 * this->eps);
-  // A factor of 1 loses the translation on its axis; a translation of almost zero has the origin as its center.
-  CQXMatrix4<T> key = scaling(V(1, 2, 3), V());
-  key(0, 3) = 5;
-  key(1, 3) = 4;
-  const CQXMatrix4<T> lost = CQXInterpolation::ScalingsLinear(key, key, 0);
-  EXPECT_EQ(lost(0, 3), 0);
-  EXPECT_EQ(lost(1, 3), 4);
-  key(0, 3) = 0;
-  key(1, 3) = T(1e-6);
-  EXPECT_EQ(CQXInterpolation::ScalingsLinear(key, key, 0)(1, 3), 0);
+  const CQXVector3<T> s0(2, T(0.5), 3), c0(1, 2, -1), s1(4, T(0.25), -1), c1(3, -2, 1);
+  CQXMatrix4<T> a = scaling(s0, c0);
+  const CQXMatrix4<T> b = scaling(s1, c1);
+  a(0, 1) = a(3, 0) = 9;  // ignored
+  const CQXMatrix4<T> linear = scaling(s0 + (s1 - s0) * T(0.75), c0 + (c1 - c0) * T(0.75));
+  EXPECT_TRUE(qxAreAlmostEqual(I::ScalingsLinear(a, b, 0.75), linear, 16 * this->eps));
+  EXPECT_TRUE(qxAreAlmostEqual(I::ScalingsCubic(a, b, b, a, 0, 1, 2, 3, 1), b, 512 * this->eps));
+  // A translation along an axis with the factor 1, and one that is almost zero, are lost.
+  CQXMatrix4<T> moved = scaling({1, 2, 2}, {0, 5, 5}), still = scaling({2, 2, 2}, {});
+  moved(0, 3) = 8;
+  still(1, 3) = T(1e-6);
+  EXPECT_TRUE(qxAreAlmostEqual(I::ScalingsLinear(moved, moved, 0.5), scaling({1, 2, 2}, {0, 5, 5}), 16 * this->eps));
+  EXPECT_TRUE(qxAreAlmostEqual(I::ScalingsLinear(still, still, 0.5), scaling({2, 2, 2}, {}), 0));
 }
 
-TYPED_TEST(Interpolation, AffineKeysBlendPlainlyUnlessAllAreSingular) {
+TYPED_TEST(Interpolation, AffineKeysAreBlendedApartOnlyWhenAllAreSingular) {
   using T = TypeParam;
-  CQXMatrix4<T> regular[4], singular[4];
-  for (int k = 0; k < 4; ++k) {
-    regular[k] = this->RandomMatrix();
-    for (std::int32_t i = 0; i < 3; ++i) regular[k](i, i) += 6;
-    singular[k] = this->RandomMatrix();
-    singular[k].SetRowVector(1, singular[k].RowVector(0) * T(2));
-    singular[k](1, 3) = T(k);
+  // Keys with last rows of their own: blended element by element they show in the result.
+  std::array<CQXMatrix4<T>, 4> regular, singular;
+  for (std::size_t k = 0; k < 4; ++k) {
+    regular[k] = singular[k] = this->RandomMatrix();
+    for (std::int32_t i = 0; i < 3; ++i) {
+      regular[k](i, i) += 6;
+      singular[k](i, 1) = 2 * singular[k](i, 0);
+    }
   }
-  const T t = T(0.375);
-  const auto linear = [&](const CQXMatrix4<T>& a, const CQXMatrix4<T>& b) {
-    return CQXInterpolation::AffineTransfLinear(a, b, t);
+  const auto linear = [](const auto& a, const auto& b) { return I::AffineTransfLinear(a, b, 0.25); };
+  const auto cubic = [](const auto& a, const auto& b, const auto& c, const auto& d) {
+    return I::AffineTransfCubic(a, b, c, d, 0, 1, 2, 3, 1.25);
   };
-  for (const auto& [a, b] : {std::pair(regular[0], regular[1]), {regular[0], singular[1]}, {singular[0], regular[1]}}) {
-    this->ExpectNear(linear(a, b), CQXInterpolation::MatricesLinear(a, b, t), 0);
-  }
-  CQXMatrix4<T> expected = CQXInterpolation::MatricesLinear(singular[0], singular[1], t);
-  expected.SetRowVector(3, {0, 0, 0, 1});
-  this->ExpectNear(linear(singular[0], singular[1]), expected, 32 * this->eps);
-
-  const auto cubic = [&](const CQXMatrix4<T>(&m)[4], T time) {
-    return CQXInterpolation::AffineTransfCubic(m[0], m[1], m[2], m[3], 0, 1, 2, 3, time);
+  const auto whole = [](const auto& a, const auto& b) { return I::MatricesLinear(a, b, 0.25); };
+  const auto wholeCubic = [](const auto& a, const auto& b, const auto& c, const auto& d) {
+    return I::MatricesCubic(a, b, c, d, 0, 1, 2, 3, 1.25);
   };
-  this->ExpectNear(cubic(regular, T(1.5)),
-                   CQXInterpolation::MatricesCubic(regular[0], regular[1], regular[2], regular[3], 0, 1, 2, 3, T(1.5)),
-                   0);
-  expected = CQXInterpolation::MatricesCubic(singular[0], singular[1], singular[2], singular[3], 0, 1, 2, 3, T(1.5));
-  expected.SetRowVector(3, {0, 0, 0, 1});
-  this->ExpectNear(cubic(singular, T(1.5)), expected, 256 * this->eps);
+  EXPECT_TRUE(qxAreAlmostEqual(linear(regular[0], regular[1]), whole(regular[0], regular[1]), 0));
+  EXPECT_TRUE(qxAreAlmostEqual(linear(regular[0], singular[1]), whole(regular[0], singular[1]), 0));
+  EXPECT_TRUE(qxAreAlmostEqual(linear(singular[0], regular[1]), whole(singular[0], regular[1]), 0));
+  const auto& [r0, r1, r2, r3] = regular;
+  const auto& [s0, s1, s2, s3] = singular;
+  EXPECT_TRUE(qxAreAlmostEqual(cubic(r0, r1, r2, r3), wholeCubic(r0, r1, r2, r3), 0));
+  EXPECT_TRUE(qxAreAlmostEqual(cubic(s0, s1, s2, r3), wholeCubic(s0, s1, s2, r3), 0));
+  const auto expectApart = [&](const CQXMatrix4<T>& blend, CQXMatrix4<T> expected) {
+    expected.SetRowVector(3, {0, 0, 0, 1});
+    EXPECT_TRUE(qxAreAlmostEqual(blend, expected, 16 * this->eps));
+    EXPECT_EQ(blend.IsCoordinateMatrix(0), 1);
+  };
+  expectApart(linear(s0, s1), whole(s0, s1));
+  expectApart(cubic(s0, s1, s2, s3), wholeCubic(s0, s1, s2, s3));
+  // Not a number is refused as well, and comes through.
+  CQXMatrix4<T> bad = s0;
+  bad(0, 0) = this->nan;
+  EXPECT_TRUE(std::isnan(linear(bad, bad)(0, 0)));
 }
 
 }  // namespace
