@@ -15,13 +15,11 @@
 #include <qx/foundation/polynomial.h>
 #include <qx/foundation/status.h>
 #include <qx/foundation/tolerance.h>
-#include <qx/foundation/unroll.h>
 #include <qx/geometry/geometry.h>
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
 #include <qx/interpolation/interpolation.h>
 #include <qx/matrices/base_matrix.h>
-#include <qx/matrices/fixed_lanes.h>
 #include <qx/matrices/fixed_matrix.h>
 #include <qx/matrices/matrix2.h>
 #include <qx/matrices/matrix3.h>

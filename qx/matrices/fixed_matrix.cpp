@@ -9,6 +9,23 @@
 #include <cstdint>
 #include <limits>
 
+namespace {
+
+/// False when memory was refused to an operand of a run-time size.
+template <typename... Operands>
+bool AreHeld(const Operands&... operands) {
+  return ((operands.Data() != nullptr) && ...);
+}
+
+/// Largest of numbers that are not negative; not a number when one of them is not.
+template <typename Vector>
+typename Vector::Element Largest(const Vector& sums) {
+  const typename Vector::Element total = sums.Norm1();
+  return std::isnan(total) ? total : sums.NormInf();
+}
+
+}  // namespace
+
 template <typename Derived, typename Vector, typename T, std::size_t N>
 void CQXFixedMatrix<Derived, Vector, T, N>::CopyPartRow(std::int32_t row, std::int32_t column, std::int32_t count,
                                                         std::int32_t sourceRow, std::int32_t sourceColumn,
@@ -92,18 +109,17 @@ T CQXFixedMatrix<Derived, Vector, T, N>::CorrelationCoefficient(const Derived& m
   const T meanOther = m.Mean();
   const Derived deviation = Make([&](std::size_t i) { return At(i) - mean; });
   const Derived deviationOther = Make([&](std::size_t i) { return m.Data()[i] - meanOther; });
-  const T variances = deviation.InnerProduct(deviation) * deviationOther.InnerProduct(deviationOther);
-  if (variances == 0) return 0;
-  return deviation.InnerProduct(deviationOther) / std::sqrt(variances);
+  const T scale = std::sqrt(deviation.InnerProduct(deviation)) * std::sqrt(deviationOther.InnerProduct(deviationOther));
+  return scale == 0 ? T(0) : deviation.InnerProduct(deviationOther) / scale;
 }
 
 template <typename Derived, typename Vector, typename T, std::size_t N>
 T CQXFixedMatrix<Derived, Vector, T, N>::Norm(qxMatrixNorm norm) const {
   switch (norm) {
     case QX_MATRIX_NORM_COLUMN_SUM:
-      return MakeVector([&](std::size_t i) { return ColVector(static_cast<std::int32_t>(i)).Norm1(); }).NormInf();
+      return Largest(MakeVector([&](std::size_t i) { return ColVector(static_cast<std::int32_t>(i)).Norm1(); }));
     case QX_MATRIX_NORM_ROW_SUM:
-      return MakeVector([&](std::size_t i) { return RowVector(static_cast<std::int32_t>(i)).Norm1(); }).NormInf();
+      return Largest(MakeVector([&](std::size_t i) { return RowVector(static_cast<std::int32_t>(i)).Norm1(); }));
     case QX_MATRIX_NORM_SPECTRAL: {
       Vector singular;
       return CalculateSingularNumbers(singular, 0) == 0 ? singular.NormInf() : std::numeric_limits<T>::quiet_NaN();
@@ -162,6 +178,10 @@ std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::Inverse(Derived& target, qxM
                                                             T& conditionNumber) const {
   const CQXMatrixMN<T> source(RowsNb(), Self().Data());
   CQXMatrixMN<T> inverse(RowsNb());
+  if (!AreHeld(source, inverse)) {
+    conditionNumber = QX_OVERFLOW_VALUE<T>;
+    return 0;
+  }
   if (source.Inverse(inverse, norm, tolerance, conditionNumber) != 1) return 0;
   inverse.Dump(target.Data());
   return 1;
@@ -171,7 +191,7 @@ template <typename Derived, typename Vector, typename T, std::size_t N>
 std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::QR_Decomposition(Derived& Q, Derived& R, T tolerance) const {
   const CQXMatrixMN<T> source(RowsNb(), Self().Data());
   CQXMatrixMN<T> q(RowsNb()), r(RowsNb());
-  if (source.QR_Decomposition(q, r, tolerance) != 1) return 0;
+  if (!AreHeld(source, q, r) || source.QR_Decomposition(q, r, tolerance) != 1) return 0;
   q.Dump(Q.Data());
   r.Dump(R.Data());
   return 1;
@@ -183,6 +203,7 @@ std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::SV_Decomposition(Derived& U,
   const CQXMatrixMN<T> source(RowsNb(), Self().Data());
   CQXMatrixMN<T> u(RowsNb()), v(RowsNb());
   CQXVectorN<T> values(RowsNb());
+  if (!AreHeld(source, u, v, values)) return QX_STATUS_OUT_OF_MEMORY;
   const std::int32_t result = source.SV_Decomposition(u, v, values, tolerance);
   if (result != 0) return result;
   u.Dump(U.Data());
@@ -199,7 +220,8 @@ std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::CalculateSingularNumbers(Vec
 
 template <typename Derived, typename Vector, typename T, std::size_t N>
 std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::CalculateRank(T tolerance) const {
-  return CQXMatrixMN<T>(RowsNb(), Self().Data()).CalculateRank(tolerance);
+  const CQXMatrixMN<T> source(RowsNb(), Self().Data());
+  return AreHeld(source) ? source.CalculateRank(tolerance) : -1;
 }
 
 template <typename Derived, typename Vector, typename T, std::size_t N>
@@ -221,6 +243,7 @@ qxStatus CQXFixedMatrix<Derived, Vector, T, N>::SymmetricEigensolve(Vector& valu
   const CQXMatrixN<T> source(RowsNb(), Self().Data());
   CQXMatrixN<T> columns(RowsNb());
   CQXVectorN<T> numbers(RowsNb());
+  if (!AreHeld(source, columns, numbers)) return QX_STATUS_OUT_OF_MEMORY;
   const qxStatus status = source.SymmetricEigensolve(numbers, columns, tolerance);
   if (status != QX_STATUS_OK) return status;
   numbers.Dump(values.Data());
@@ -233,7 +256,7 @@ std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::SpectralDecomposition(Derive
                                                                           T tolerance) const {
   const CQXMatrixN<T> source(RowsNb(), Self().Data());
   CQXMatrixN<T> p(RowsNb()), d(RowsNb());
-  if (source.SpectralDecomposition(p, d, flag, tolerance) != 1) return 0;
+  if (!AreHeld(source, p, d) || source.SpectralDecomposition(p, d, flag, tolerance) != 1) return 0;
   p.Dump(P.Data());
   d.Dump(D.Data());
   return 1;
@@ -244,7 +267,7 @@ std::int32_t CQXFixedMatrix<Derived, Vector, T, N>::PolarDecomposition(Derived& 
                                                                        T tolerance) const requires(N > 2) {
   const CQXMatrixN<T> source(RowsNb(), Self().Data());
   CQXMatrixN<T> q(RowsNb()), s(RowsNb());
-  if (source.PolarDecomposition(q, s, flag, tolerance) != 1) return 0;
+  if (!AreHeld(source, q, s) || source.PolarDecomposition(q, s, flag, tolerance) != 1) return 0;
   q.Dump(Q.Data());
   s.Dump(S.Data());
   return 1;

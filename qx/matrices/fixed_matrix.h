@@ -16,6 +16,7 @@
 /// Indices count from 0 and are not tested. Outputs may be the matrix itself or alias each other's inputs; they stay
 /// untouched on every result that is no success, unless the declaration says otherwise. Singular numbers, symmetric
 /// eigenvalues and what is built on them are handed to CQXMatrixMN and CQXMatrixN, which allocate; nothing else does.
+/// Refused memory is no success: 0, -1 for a rank, QX_STATUS_OUT_OF_MEMORY where the result is a status.
 template <typename Derived, typename Vector, typename T, std::size_t N>
 class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   using Array = CQXFixedArray<Derived, T, N * N>;
@@ -206,8 +207,8 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// do not vary.
   [[nodiscard]] T CorrelationCoefficient(const Derived& m) const noexcept;
 
-  /// The norm of the given kind. The Euclidean one goes through the guarded root; the spectral one allocates, and is
-  /// not a number when the singular numbers cannot be had.
+  /// The norm of the given kind; not a number when an element is not. The Euclidean one goes through the guarded root;
+  /// the spectral one allocates, and is not a number when the singular numbers cannot be had.
   [[nodiscard]] T Norm(qxMatrixNorm norm) const;
 
   /// Solves this x = b through Inverse().
@@ -250,7 +251,10 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   std::int32_t CalculateSingularNumbers(Vector& singular, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// Number of singular numbers above the tolerance; -1 when they cannot be had.
   [[nodiscard]] std::int32_t CalculateRank(T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
-  /// Condition number in the given norm; QX_OVERFLOW_VALUE for a singular matrix. Through CQXMatrixN.
+  /// Condition number in the given norm; QX_OVERFLOW_VALUE for a singular matrix.
+  ///
+  /// Spectral: the largest over the smallest singular number, singular when the smallest is not above 1e-6. Other
+  /// norms: norm times norm of the inverse, singular when the absolute determinant is below 1e-6.
   [[nodiscard]] T ConditionNumber(qxMatrixNorm norm) const;
 
   /// Eigenvalues, ascending, and eigenvectors, in the columns, of a symmetric matrix. Through CQXMatrixN.
@@ -258,7 +262,9 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// @return status of CQXMatrixN::SymmetricEigensolve; the outputs are untouched unless it is QX_STATUS_OK.
   qxStatus SymmetricEigensolve(Vector& values, Derived& vectors, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// Spectral form of a symmetric matrix: with @p flag 0 this = P D P^T, the eigenvectors in the columns of P; with
-  /// another flag they stand in its rows, this = P^T D P. Through CQXMatrixN.
+  /// another flag they stand in its rows, this = P^T D P. Eigenvalues ascend along the diagonal of D. Through
+  /// CQXMatrixN.
+  /// @param tolerance as in SymmetricEigensolve()
   /// @return 1; 0 when the matrix is not symmetric within the tolerance.
   std::int32_t SpectralDecomposition(Derived& P, Derived& D, std::int32_t flag,
                                      T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
@@ -267,7 +273,9 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// positive definite. Through CQXMatrixN. CQXMatrix2 has it the other way round.
   ///
   /// Q has the sign of the determinant of this: it may contain a reflection.
-  /// @return 1; 0 when the absolute determinant is below the tolerance.
+  /// @param tolerance what the absolute determinant is compared with, and the bound of IsOrthogonal() at which the
+  /// iteration ends, after 100 steps at the latest
+  /// @return 1; 0 when the determinant is below the tolerance, or the iteration met not a number.
   std::int32_t PolarDecomposition(Derived& Q, Derived& S, std::int32_t flag,
                                   T tolerance = QX_PREDICATE_TOLERANCE<T>) const requires(N > 2);
   /// The orthogonal factor of the polar form.

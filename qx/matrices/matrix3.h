@@ -1,7 +1,7 @@
 #pragma once
 
-#include <qx/matrices/fixed_lanes.h>
 #include <qx/matrices/fixed_matrix.h>
+#include <qx/matrices/internal/fixed_lanes.h>
 #include <qx/matrices/matrix2.h>
 #include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
@@ -126,6 +126,7 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   std::int32_t FindZeroRows(T* target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 
   /// Eigenvalues by CQXAlgebra::SolveReducedCubic. Each value with abs(x) <= tolerance becomes 0.
+  /// @param tolerance also the bound of that function
   /// @return 3: three real values, not sorted; 2: @p a and a double value in @p b and @p c; 1: @p a is real, @p b and
   /// @p c are the real and the imaginary part of a complex pair.
   std::int32_t FindEigenvalues(T& a, T& b, T& c, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
@@ -147,7 +148,9 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
                                       T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// A solution of this x = b by CQXAlgebra::Solve3x3System, also for a singular matrix.
-  /// @return 1: the solution; -2: one of many; -1: there is none, and @p x is zero.
+  /// @param tolerance what the absolute determinant and the numerators of Cramer's rule are compared with
+  /// @return 1: the solution; -2: one of many, equations that were not needed for it are not tested; -1: there is none,
+  /// and @p x is zero.
   std::int32_t FindAnySolution(const CQXVector3<T>& b, CQXVector3<T>& x,
                                T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 

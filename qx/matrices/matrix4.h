@@ -1,7 +1,7 @@
 #pragma once
 
-#include <qx/matrices/fixed_lanes.h>
 #include <qx/matrices/fixed_matrix.h>
+#include <qx/matrices/internal/fixed_lanes.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>

@@ -114,7 +114,8 @@ std::int32_t CQXMatrixMN<T>::QR_Decomposition(CQXMatrixMN& Q, CQXMatrixMN& R, T)
   // The vectors of the reflections lie one after the other; each begins at the diagonal.
   const qxBlock<T> vectors = qxMakeBlock<T>(height * qxElementCount(steps, 1));
   const qxBlock<Reflection> reflections = qxMakeBlock<Reflection>(qxElementCount(steps, 1));
-  if (vectors == nullptr || reflections == nullptr || q.Count() != height * height || r.Count() != this->Count()) {
+  if (vectors == nullptr || reflections == nullptr || q.Count() != height * height ||
+      r.Count() != qxElementCount(rows, columns)) {
     return 0;
   }
   const auto reflect = [&](std::int32_t k, std::int32_t width, T* corner, std::size_t stride) {

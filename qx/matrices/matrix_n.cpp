@@ -121,7 +121,8 @@ std::int32_t CQXMatrixN<T>::IsSymmetric(T tolerance) const noexcept {
 
 template <typename T>
 std::int32_t CQXMatrixN<T>::IsOrthogonal(T tolerance) const {
-  return (Transpose() * *this).IsUnit(tolerance);
+  const CQXMatrixN product = Transpose() * *this;
+  return product.IsHeld() && product.IsUnit(tolerance) != 0;
 }
 
 template <typename T>

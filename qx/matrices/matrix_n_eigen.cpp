@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace {
 
@@ -131,9 +130,10 @@ qxStatus CQXMatrixN<T>::SolveByJacobi(T tolerance, T* values, T* vectors, std::i
   rotations = 50;
   const qxStatus status = Sweep(n, a.Data(), values, rows.Data(), rotations, tolerance);
   if (status != QX_STATUS_OK) return status;
-  std::iota(order.get(), order.get() + n, 0);
+  std::fill_n(order.get(), n, -1);
   CQXSorting<T> sorting(m_size, values, 1, 1, 0);
   sorting.Sort(values, order.get());
+  if (n > 0 && order[0] < 0) return QX_STATUS_OUT_OF_MEMORY;
   for (std::size_t i = 0; i < n; ++i) {
     std::copy_n(rows.Data() + qxElementCount(order[i], m_size), n, vectors + i * n);
   }

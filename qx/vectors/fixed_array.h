@@ -1,7 +1,7 @@
 #pragma once
 
+#include <qx/foundation/internal/unroll.h>
 #include <qx/foundation/tolerance.h>
-#include <qx/foundation/unroll.h>
 
 #include <cmath>
 #include <cstddef>

@@ -121,11 +121,13 @@ template <typename T>
 }
 
 /// Makes @p products the vector of the @p count products a[firstA + i] b[firstB + i], of dimension 0 when
-/// @p count < 1. Indices are not tested. @p products must be another vector than @p a and @p b.
+/// @p count < 1. Indices are not tested. @p products must be another vector than @p a and @p b; nothing is written when
+/// its memory is refused.
 template <typename T>
 void qxPartialDotProduct(std::int32_t firstA, std::int32_t firstB, std::int32_t count, const CQXBaseVector<T>& a,
                          const CQXBaseVector<T>& b, CQXBaseVector<T>& products) {
   products.SetDimension(count < 1 ? 0 : count);
+  if (products.Data() == nullptr) return;
   for (std::int32_t i = 0; i < count; ++i) {
     // In place on a zero, since the assignment of complex numbers would keep the zero instead of a close value.
     products[i] += a[firstA + i] * b[firstB + i];

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <qx/foundation/unroll.h>
+#include <qx/foundation/internal/unroll.h>
 
 #include <cmath>
 #include <cstddef>
@@ -8,6 +8,7 @@
 #include <type_traits>
 
 /// @file
+/// Internal, installed because public headers include it.
 /// Products and inverses of the fixed matrices over registers of 16 bytes, which hold four floats or two doubles.
 ///
 /// Each element is formed by the same operations in the same order as in the plain code of the classes, so the results

@@ -4,6 +4,7 @@
 #include <utility>
 
 /// @file
+/// Internal, installed because public headers include it.
 /// Straight-line code for the few elements of the fixed vectors and matrices: a loop over three elements costs up to
 /// three times as much at ordinary optimisation levels.
 
