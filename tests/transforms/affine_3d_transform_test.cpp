@@ -164,22 +164,16 @@ TYPED_TEST(Affine3D, CompositesActInTheOrderOfTheirLetters) {
     expect("ST", translation * scaling);
     x.SetTS(t, s, cs);
     expect("TS", scaling * translation);
-    x.SetRT(t, r, c);
-    expect("RT", rt);
-    x.SetRT(t, ax, ay, az, qxOrder, c);
-    expect("RT", rt);
-    x.SetTR(t, r, c);
-    expect("TR", tr);
-    x.SetTR(t, ax, ay, az, qxOrder, c);
-    expect("TR", tr);
-    x.SetSR(r, c, s, cs);
-    expect("SR", rc * scaling);
-    x.SetSR(ax, ay, az, qxOrder, c, s, cs);
-    expect("SR", rc * scaling);
-    x.SetRS(r, c, s, cs);
-    expect("RS", scaling * rc);
-    x.SetRS(ax, ay, az, qxOrder, c, s, cs);
-    expect("RS", scaling * rc);
+    for (const bool byAngles : {false, true}) {
+      byAngles ? x.SetRT(t, ax, ay, az, qxOrder, c) : x.SetRT(t, r, c);
+      expect("RT", rt);
+      byAngles ? x.SetTR(t, ax, ay, az, qxOrder, c) : x.SetTR(t, r, c);
+      expect("TR", tr);
+      byAngles ? x.SetSR(ax, ay, az, qxOrder, c, s, cs) : x.SetSR(r, c, s, cs);
+      expect("SR", rc * scaling);
+      byAngles ? x.SetRS(ax, ay, az, qxOrder, c, s, cs) : x.SetRS(r, c, s, cs);
+      expect("RS", scaling * rc);
+    }
   }
 }
 
