@@ -123,8 +123,8 @@ TYPED_TEST(SLDE2, EveryClassFollowsTheExponentialOfItsMatrix) {
       EXPECT_EQ(out[0].X() == x && out[0].Y() == y, true);
       this->ExpectNear(system.GetSolutionAtTime(0), x0, 512 * double(this->eps) * scale);
       for (int k = 1; k < 6; ++k) {
-        const CQXVector2<T> expected = system.GetSolutionAtTime((forward != 0 ? T(0.125) : T(-0.125)) * T(k));
-        this->ExpectNear(out[k], {double(expected.X()), double(expected.Y())}, 0);
+        const CQXVector2<T> state = system.GetSolutionAtTime((forward != 0 ? T(0.125) : T(-0.125)) * T(k));
+        this->ExpectNear(out[k], {double(state.X()), double(state.Y())}, 0);
       }
     }
   }
@@ -215,6 +215,12 @@ TYPED_TEST(SLDE2, TheBandsLeaveAStartThatHoldsOrZero) {
   system.SetPrecision(T(1e-30));
   system.CalculateParticularSolution();
   this->ExpectNear(system.GetSolutionAtTime(2), {1, 1}, 64 * double(this->eps));
+
+  // A matrix that is singular by its determinant, with no eigenvalue in the band: the forcing has no effect.
+  system.SetPrecision(T(1e-6));
+  system.SetTransformation(CQXMatrix2<T>(T(1e-4), 0, 0, T(2e-4)), CQXVector2<T>(1, 1));
+  this->Solve(system, 0, 0, 0);
+  EXPECT_EQ(system.GetSolutionAtTime(1).NormInf(), 0);
 
   using Limits = std::numeric_limits<T>;
   const T hostile[] = {Limits::quiet_NaN(), Limits::infinity(), Limits::max(), Limits::denorm_min(), 0, -1};
