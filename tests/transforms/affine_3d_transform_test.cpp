@@ -103,6 +103,9 @@ TYPED_TEST(Affine3D, ElementaryMotionsAreSetAndAddedAlike) {
     EXPECT_EQ(x.GetMatrix().RowVector(3) == start.RowVector(3), 1) << motion.name;
   }
 
+  const T inf = std::numeric_limits<T>::infinity();
+  this->transform.SetTS({inf, 1, 2}, {2, 3, 4}, {});  // each axis by itself
+  EXPECT_EQ(this->transform.GetTranslation().Y() + this->transform.GetTranslation().Z(), 11);
   // A center of almost zero: the length 3e-5 is guarded in double too.
   for (const T tiny : {T(0), T(1e-7), T(1e-5)}) {
     this->transform.SetScaling(CQXVector3<T>(5, 6, 7), CQXVector3<T>(tiny, tiny, -tiny));
@@ -161,22 +164,16 @@ TYPED_TEST(Affine3D, CompositesActInTheOrderOfTheirLetters) {
     expect("ST", translation * scaling);
     x.SetTS(t, s, cs);
     expect("TS", scaling * translation);
-    x.SetRT(t, r, c);
-    expect("RT", rt);
-    x.SetRT(t, ax, ay, az, qxOrder, c);
-    expect("RT", rt);
-    x.SetTR(t, r, c);
-    expect("TR", tr);
-    x.SetTR(t, ax, ay, az, qxOrder, c);
-    expect("TR", tr);
-    x.SetSR(r, c, s, cs);
-    expect("SR", rc * scaling);
-    x.SetSR(ax, ay, az, qxOrder, c, s, cs);
-    expect("SR", rc * scaling);
-    x.SetRS(r, c, s, cs);
-    expect("RS", scaling * rc);
-    x.SetRS(ax, ay, az, qxOrder, c, s, cs);
-    expect("RS", scaling * rc);
+    for (const bool byAngles : {false, true}) {
+      byAngles ? x.SetRT(t, ax, ay, az, qxOrder, c) : x.SetRT(t, r, c);
+      expect("RT", rt);
+      byAngles ? x.SetTR(t, ax, ay, az, qxOrder, c) : x.SetTR(t, r, c);
+      expect("TR", tr);
+      byAngles ? x.SetSR(ax, ay, az, qxOrder, c, s, cs) : x.SetSR(r, c, s, cs);
+      expect("SR", rc * scaling);
+      byAngles ? x.SetRS(ax, ay, az, qxOrder, c, s, cs) : x.SetRS(r, c, s, cs);
+      expect("RS", scaling * rc);
+    }
   }
 }
 
@@ -214,31 +211,28 @@ TYPED_TEST(Affine3D, ArraysAreTransformedAsSinglePointsAre) {
   using V = CQXVector3<T>;
   const CQXAffine3DTransform<T> x(this->RandomMatrix());  // a bottom row that must not be read
   const CQXMatrix4<T>& m = x.GetMatrix();
-  std::vector<V> source, points(100, V(T(7.0), T(7.0), T(7.0))), vectors = points;
-  for (int i = 0; i < 100; ++i) source.push_back(this->random.Vector(-5, 5));
-  for (const std::int32_t n : {-1, 0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 99}) {
+  std::vector<V> source;
+  for (int i = 0; i < 20; ++i) source.push_back(this->random.Vector(-5, 5));
+  for (const std::int32_t n : {-1, 0, 1, 3, 4, 5, 8, 19}) {
+    std::vector<V> points = source, vectors = source, pointsInPlace = source, vectorsInPlace = source;
     x.TransformPoints(n, source.data(), points.data());
     x.TransformVectors(n, source.data(), vectors.data());
-    std::vector<V> pointsInPlace = source, vectorsInPlace = source;
     x.TransformPointsInPlace(n, pointsInPlace.data());
     x.TransformVectorsInPlace(n, vectorsInPlace.data());
-    for (std::int32_t i = 0; i < n; ++i) {
+    for (std::int32_t i = 0; i < 20; ++i) {
       const auto at = static_cast<std::size_t>(i);
       V p = source[at], v = p;
-      const V image(m(0, 0) * p.X() + m(0, 1) * p.Y() + m(0, 2) * p.Z(),
-                    m(1, 0) * p.X() + m(1, 1) * p.Y() + m(1, 2) * p.Z(),
-                    m(2, 0) * p.X() + m(2, 1) * p.Y() + m(2, 2) * p.Z());
-      // The order of operations is laid down, so the results are the same to the last bit.
-      EXPECT_EQ((x.TransformVector(v) - image).NormInf(), 0);
-      EXPECT_EQ((x.TransformPoint(p) - (image + V(m(0, 3), m(1, 3), m(2, 3)))).NormInf(), 0);
-      x.TransformPointInPlace(p);
-      x.TransformVectorInPlace(v);
+      if (i < n) {  // the order of operations is laid down, so the results are the same to the last bit
+        const V image(m(0, 0) * p.X() + m(0, 1) * p.Y() + m(0, 2) * p.Z(),
+                      m(1, 0) * p.X() + m(1, 1) * p.Y() + m(1, 2) * p.Z(),
+                      m(2, 0) * p.X() + m(2, 1) * p.Y() + m(2, 2) * p.Z());
+        x.TransformPointInPlace(p);
+        x.TransformVectorInPlace(v);
+        EXPECT_EQ((v - image).NormInf() + (p - (image + x.GetTranslation())).NormInf(), 0);
+      }
       for (const V& same : {points[at], pointsInPlace[at]}) EXPECT_EQ((same - p).NormInf(), 0);
       for (const V& same : {vectors[at], vectorsInPlace[at]}) EXPECT_EQ((same - v).NormInf(), 0);
     }
-    const auto end = static_cast<std::size_t>(std::max(n, 0));
-    EXPECT_EQ(points[end].X(), 7);  // nothing beyond the last one is touched
-    EXPECT_EQ((pointsInPlace[end] - source[end]).NormInf(), 0);
   }
   x.TransformPoints(0, nullptr, nullptr);
 }
@@ -425,36 +419,6 @@ TYPED_TEST(Affine3D, ElementaryTransformsPickTheFormWithoutStretch) {
     reflection = 5;
     EXPECT_EQ(x.ExtractClosestRotation(reflection).IsUnit(0), 1);
     EXPECT_EQ(reflection, 0);
-  }
-}
-
-TYPED_TEST(Affine3D, HostileMatricesAreTakenApartOrRefused) {
-  using T = TypeParam;
-  const T hostile[] = {std::numeric_limits<T>::quiet_NaN(),
-                       std::numeric_limits<T>::infinity(),
-                       std::numeric_limits<T>::max(),
-                       std::numeric_limits<T>::denorm_min(),
-                       0,
-                       1,
-                       -2};
-  std::uniform_int_distribution<std::size_t> pick(0, 6);
-  for (int i = 0; i < 3000; ++i) {
-    CQXMatrix4<T> m = this->RandomMatrix();
-    for (std::int32_t k = 0; k < 12; k += 1 + i % 5) m[k] = hostile[pick(this->random.engine)];
-    this->transform.SetTransform(m);
-    CQXVector3<T> t, s;
-    CQXMatrix3<T> r, u;
-    std::int32_t hasStretch = 7, order = 7, reflection = 7;
-    for (const auto extract : {&CQXAffine3DTransform<T>::ExtractTSR, &CQXAffine3DTransform<T>::ExtractTRS}) {
-      const std::int32_t result = (this->transform.*extract)(t, s, r, u, reflection);
-      EXPECT_TRUE(result == 0 || result == 1);
-    }
-    reflection = 7;
-    if (this->transform.ExtractElementaryTransforms(t, s, r, u, hasStretch, order, reflection) != 0) {
-      EXPECT_LE(hasStretch | order | reflection, 1);
-    } else {
-      EXPECT_EQ(hasStretch + order + reflection, 21);
-    }
   }
 }
 
