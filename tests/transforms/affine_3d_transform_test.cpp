@@ -147,11 +147,6 @@ TYPED_TEST(Affine3D, CompositesActInTheOrderOfTheirLetters) {
                       {"TSR", &X::SetTSR, &X::SetTSR, rc * scaling * translation}};
     const auto expect = [&](const std::string& letters, const Matrix& expected) {
       EXPECT_LE(Distance(x.GetMatrix(), expected), 512 * this->eps) << letters;
-      if (centered) return;
-      Matrix product;
-      for (const char letter : letters)
-        product = (letter == 'S' ? scaling : letter == 'R' ? rotation : translation) * product;
-      EXPECT_LE(Distance(x.GetMatrix(), product), 512 * this->eps) << letters << " by its letters";
     };
     for (const auto& composite : composites) {
       (x.*composite.set)(t, r, c, s, cs);
@@ -222,32 +217,21 @@ TYPED_TEST(Affine3D, LinesAndPlanesMayBeTransformedInPlace) {
   using T = TypeParam;
   using V = CQXVector3<T>;
   auto& x = this->transform;
-  x.SetSRT({1, 2, 3}, 40, 50, 60, QX_ROTATIONS_XZY, {}, {2, 3, 4}, {});
-  const V p(1, -1, 2), v(3, 1, 1);
-  V point = p, direction = v;
-  x.TransformLine(point, direction, point, direction);
-  EXPECT_EQ((point - x.TransformPoint(p)).NormInf(), 0);
-  EXPECT_EQ((direction - x.TransformVector(v)).NormInf(), 0);
-  direction = v;
-  x.TransformLine(p, direction, direction, point);  // the first output is the second input
-  EXPECT_EQ((point - x.TransformVector(v)).NormInf(), 0);
-
   for (int i = 0; i < 40; ++i) {
     const bool keepsAngles = i % 2 == 0;
     const V normal = this->random.Vector(-2, 2), onPlane = this->random.Vector(-2, 2);
     const T scale = this->random.In(0.5, 2);
     x.SetSRT(this->random.Vector(-2, 2), 40, 50, 60, QX_ROTATIONS_XZY, {},
              keepsAngles ? V(scale, scale, scale) : V(1, 2, 3), {});
-    const CQXVector4<T> plane = qxVector3To4(normal, -normal.Dot(onPlane));
-    CQXVector4<T> image = plane;
+    V shared = normal, direction;
+    x.TransformLine(onPlane, shared, shared, direction);  // the first output is the second input
+    EXPECT_EQ((shared - x.TransformPoint(onPlane)).NormInf(), 0);
+    EXPECT_EQ((direction - x.TransformVector(normal)).NormInf(), 0);
+    CQXVector4<T> image = qxVector3To4(normal, -normal.Dot(onPlane));
     x.TransformPlane(image, image);
     EXPECT_EQ((qxCutVector4To3(image) - x.TransformVector(normal)).NormInf(), 0);
-    const V foot = normal * (normal.Dot(onPlane) / normal.Dot(normal));
-    const T bound = 512 * this->eps;
-    EXPECT_NEAR(image.Dot(qxVector3To4(x.TransformPoint(foot), 1)), 0, bound);
-    if (keepsAngles) {
-      EXPECT_NEAR(image.Dot(qxVector3To4(x.TransformPoint(onPlane), 1)), 0, bound);
-    }
+    const V known = keepsAngles ? onPlane : V(normal * (normal.Dot(onPlane) / normal.Dot(normal)));
+    EXPECT_NEAR(image.Dot(qxVector3To4(x.TransformPoint(known), 1)), 0, 512 * this->eps);
   }
   CQXVector4<T> image(1, 1, 1, 1);
   x.TransformPlane({0, 0, 0, 5}, image);
