@@ -1,7 +1,6 @@
 #include <qx/wavelets/channel.h>
 
 #include <memory>
-#include <string>
 #include <utility>
 
 #include "tests/wavelets/wavelet_test.h"
@@ -21,36 +20,8 @@ class Channel : public ::testing::Test {
     picture.SetTypeOfNormalization(QX_NORMALIZATION_1);
     return picture.FWT(&m_filter, type, depth);
   }
-
-  static std::string Printed(const CQXChannel<T>& channel) {
-    ::testing::internal::CaptureStdout();
-    channel.Print();
-    return ::testing::internal::GetCapturedStdout();
-  }
 };
 TYPED_TEST_SUITE(Channel, FloatTypes);
-
-TYPED_TEST(Channel, SizesOfALevelFollowParity) {
-  const struct {
-    std::int32_t offset, lowColumns, lowRows, highColumns, highRows;
-  } cases[] = {{0, 3, 2, 2, 1}, {1, 2, 1, 3, 2}, {-1, 2, 1, 3, 2}};
-  for (const auto& c : cases) {
-    CQXChannel<TypeParam> channel(5, 3, c.offset, c.offset);
-    channel.CreateOneLevelSubChannels(&this->m_filter, QX_CHANNEL_2D, QX_NORMALIZATION_NONE);
-    EXPECT_EQ(channel.GetLowColsNb(), c.lowColumns);
-    EXPECT_EQ(channel.GetLowRowsNb(), c.lowRows);
-    EXPECT_EQ(channel.GetHighColsNb(), c.highColumns);
-    EXPECT_EQ(channel.GetHighRowsNb(), c.highRows);
-    EXPECT_EQ(channel[QX_SUBCHANNEL_LH]->GetRowsNb(), c.lowRows);
-    EXPECT_EQ(channel[QX_SUBCHANNEL_HL]->GetColsNb(), c.lowColumns);
-    EXPECT_EQ(channel[QX_SUBCHANNEL_HH]->GetOffsetX(), c.offset < 0 ? -1 : 0);
-    EXPECT_EQ((*channel[QX_SUBCHANNEL_HH])(0, 0), 0);
-  }
-  EXPECT_EQ(qxCalculateMaximumDepth(3), 0);
-  EXPECT_EQ(qxCalculateMaximumDepth(7), 1);
-  EXPECT_EQ(qxCalculateMaximumDepth(1024, 8), 2);
-  EXPECT_EQ(qxCalculateMaximumDepth(-9), 0);
-}
 
 TYPED_TEST(Channel, CopiesAreDeepAndOwnershipMovesOnce) {
   std::unique_ptr<CQXChannel<TypeParam>> tree = this->MakeTree(QX_CHANNEL_2D, 2);
@@ -76,40 +47,6 @@ TYPED_TEST(Channel, CopiesAreDeepAndOwnershipMovesOnce) {
   EXPECT_EQ((*tree)[4], nullptr);
   EXPECT_EQ((*tree)[-1], nullptr);
   EXPECT_EQ(tree->SubChannel(9, 1), nullptr);
-  tree->CreateOneLevelSubChannels(*tree);
-  EXPECT_EQ(tree->GetDepth(), 1);
-  EXPECT_EQ((*(*tree)[0])(0, 0), 0);
-
-  CQXChannel<TypeParam> holder(2, 1, 0, 0);
-  qxBlock<TypeParam> block = qxMakeBlock<TypeParam>(2);
-  block[1] = 7;
-  holder.SetData(std::move(block));
-  EXPECT_EQ(holder(0, 1), 7);
-  holder.SetSubChannelsNb(3);
-  EXPECT_EQ(holder.GetDepth(), 0);
-}
-
-TYPED_TEST(Channel, OtherTypesAndWaveletsDestroyTheTree) {
-  const CQXWaveletFilter<TypeParam> sameWavelet(QX_WAVELET_2_4), otherWavelet(QX_WAVELET_2_2);
-  const std::unique_ptr<CQXChannel<TypeParam>> tree = this->MakeTree(QX_CHANNEL_2D, 2);
-  tree->SetFilter(&sameWavelet);
-  tree->SetType(QX_CHANNEL_2D);
-  tree->SetDecompositionTypes(&sameWavelet, QX_CHANNEL_2D, QX_NORMALIZATION_1);
-  EXPECT_EQ(tree->GetDepth(), 2);
-  CQXChannel<TypeParam> first(*tree), second(*tree);
-  first.SetFilter(&otherWavelet);
-  second.SetDecompositionTypes(&sameWavelet, QX_CHANNEL_ROWS, QX_NORMALIZATION_1);
-  for (const auto* channel : {&first, &second}) {
-    EXPECT_EQ(channel->GetSubChannelsNb(), 0);
-    EXPECT_EQ(channel->GetColsNb(), 0);
-    EXPECT_EQ(channel->IsDecomposed(), 0);
-  }
-  tree->DestroyLowestSubChannel();
-  EXPECT_EQ(tree->GetDepth(), 1);
-  EXPECT_EQ((*(*tree)[0])(8, 10), 0);
-  tree->DestroyLowestSubChannel();
-  EXPECT_EQ(tree->GetDepth(), 0);
-  EXPECT_EQ((*tree)(16, 20), 0);
 }
 
 TYPED_TEST(Channel, AMillionLevelsNeedNoStack) {
@@ -135,10 +72,6 @@ TYPED_TEST(Channel, PackedFormHoldsEveryBandAndUnpacks) {
       const std::int32_t lowColumns = type == QX_CHANNEL_COLUMNS ? 0 : tree->GetLowColsNb();
       const std::int32_t lowRows = type == QX_CHANNEL_ROWS ? 0 : tree->GetLowRowsNb();
       EXPECT_EQ((*packed)(lowRows, lowColumns), (*(*tree)[1])(0, 0));
-      if (type == QX_CHANNEL_2D) {
-        EXPECT_EQ((*packed)(0, lowColumns), (*(*tree)[QX_SUBCHANNEL_LH])(0, 0));
-        EXPECT_EQ((*packed)(lowRows, 0), (*(*tree)[QX_SUBCHANNEL_HL])(0, 0));
-      }
       EXPECT_EQ((*packed)(0, 0), (*tree->SubChannel(2, 0))(0, 0));
       const auto unpacked = packed->UnpackDecomposedChannel(&this->m_filter, type, 2, QX_NORMALIZATION_1);
       EXPECT_EQ(qxAreChannelsAlmostEqual(*unpacked, *tree, 0), 1) << type;
@@ -193,30 +126,7 @@ TYPED_TEST(Channel, CutAndPasteKeepAbsolutePlaces) {
   EXPECT_EQ(target(0, 0), picture(2, 3));
   EXPECT_EQ(target(2, 2), picture(4, 5));
   EXPECT_EQ(target(3, 0), 0);
-  const auto tree = this->MakeTree(QX_CHANNEL_2D, 1, 6, 5);
-  target.Paste(*tree);
-  EXPECT_EQ(target(3, 0), 0);
   EXPECT_EQ(picture.Cut(0, 0, 7, 1), nullptr);
-}
-
-TYPED_TEST(Channel, PrintsEveryBandUnderItsHeader) {
-  CQXChannel<TypeParam> channel;
-  EXPECT_EQ(this->Printed(channel), "Raw channel is empty.\n");
-  const TypeParam samples[] = {1, 2, 3, 4};
-  EXPECT_EQ(this->Printed(CQXChannel<TypeParam>(2, 2, samples, 0, 0)), "Raw channel: \n( 1 2 )\n( 3 4 )\n\n");
-
-  CQXChannel<TypeParam> tree(2, 2, 0, 0);
-  tree.CreateOneLevelSubChannels(&this->m_filter, QX_CHANNEL_2D, QX_NORMALIZATION_NONE);
-  tree[QX_SUBCHANNEL_HL]->Destroy();
-  EXPECT_EQ(this->Printed(tree),
-            "Decomposedd channel with a depth of decomposition 1\n"
-            "High frequency channels for level 1\nLH: \n( 0 )\n\nHL channel for level 1 is empty.\nHH: \n( 0 )\n\n"
-            "Low  frequency channel LL for level 1\n( 0 )\n\n");
-  CQXChannel<TypeParam> rows(1, 2, 0, 0);
-  rows.CreateOneLevelSubChannels(&this->m_filter, QX_CHANNEL_ROWS, QX_NORMALIZATION_NONE);
-  EXPECT_EQ(this->Printed(rows),
-            "Decomposedd channel with a depth of decomposition 1\n"
-            "High frequency channel for level 1 is empty.\nLow  frequency channel for level 1\n( 0 )\n( 0 )\n\n");
 }
 
 }  // namespace
