@@ -208,9 +208,33 @@ TYPED_TEST(Random, ForeignTablesEndEveryDraw) {
   }
 }
 
-TYPED_TEST(Random, ReportsEndForEveryNumberOfElements) {
+TYPED_TEST(Random, ReportsReadAsPromised) {
   CQXRandom<TypeParam> random;
-  const TypeParam data[] = {1};
+  random.SetAlgorithm(1);
+  random.SetUniform(0, 6);
+  const TypeParam data[] = {1, 7, 4};
+  testing::internal::CaptureStdout();
+  random.TestFloatRandomArray(3, data, 2);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Element 7 with index 1 is out the given segment for uniform distribution\n"
+            "Type of algorithm: Xorshift 64 bits.  Type of distribution: Uniform.\n"
+            "Number of generated random values = 3\n"
+            "First 2 values: 1 7 \n"
+            "Theoretical values: mean = 3, standard deviation = 1.73205\n"
+            "Statistical values: mean = 4, standard deviation = 3\n"
+            "Difference in means = 1, relative difference dif/n = 0.333333\n"
+            "Difference in SD = 1.26795, relative difference dif/n = 0.42265\n");
+  random.SetAlgorithm(2);
+  random.SetExponential(4);
+  const std::int64_t whole[] = {-2, -2};
+  testing::internal::CaptureStdout();
+  random.TestIntegerRandomArray(-2, 8, 2, whole, 99);
+  EXPECT_EQ(testing::internal::GetCapturedStdout().substr(0, 165),
+            "Segment: left end = -2, right end = 8\n"
+            "Type of algorithm: SWB.  Type of distribution: Exponential.\n"
+            "Number of generated random values = 2\n"
+            "First 99 values: -2 -2 \n"
+            "Theor");
   testing::internal::CaptureStdout();
   for (const std::int32_t n : {1, 0, -5}) random.TestFloatRandomArray(n, data, 0);
   EXPECT_NE(testing::internal::GetCapturedStdout().find("nan"), std::string::npos);

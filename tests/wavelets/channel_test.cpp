@@ -1,6 +1,7 @@
 #include <qx/wavelets/channel.h>
 
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "tests/wavelets/wavelet_test.h"
@@ -19,6 +20,12 @@ class Channel : public ::testing::Test {
     CQXChannel<T> picture = MakeNoisyChannel<T>(columns, rows, offset, -offset);
     picture.SetTypeOfNormalization(QX_NORMALIZATION_1);
     return picture.FWT(&m_filter, type, depth);
+  }
+
+  static std::string Printed(const CQXChannel<T>& channel) {
+    ::testing::internal::CaptureStdout();
+    channel.Print();
+    return ::testing::internal::GetCapturedStdout();
   }
 };
 TYPED_TEST_SUITE(Channel, FloatTypes);
@@ -127,6 +134,26 @@ TYPED_TEST(Channel, CutAndPasteKeepAbsolutePlaces) {
   EXPECT_EQ(target(2, 2), picture(4, 5));
   EXPECT_EQ(target(3, 0), 0);
   EXPECT_EQ(picture.Cut(0, 0, 7, 1), nullptr);
+}
+
+TYPED_TEST(Channel, PrintsEveryBandUnderItsHeader) {
+  CQXChannel<TypeParam> channel;
+  EXPECT_EQ(this->Printed(channel), "Raw channel is empty.\n");
+  const TypeParam samples[] = {1, 2, 3, 4};
+  EXPECT_EQ(this->Printed(CQXChannel<TypeParam>(2, 2, samples, 0, 0)), "Raw channel: \n( 1 2 )\n( 3 4 )\n\n");
+
+  CQXChannel<TypeParam> tree(2, 2, 0, 0);
+  tree.CreateOneLevelSubChannels(&this->m_filter, QX_CHANNEL_2D, QX_NORMALIZATION_NONE);
+  tree[QX_SUBCHANNEL_HL]->Destroy();
+  EXPECT_EQ(this->Printed(tree),
+            "Decomposedd channel with a depth of decomposition 1\n"
+            "High frequency channels for level 1\nLH: \n( 0 )\n\nHL channel for level 1 is empty.\nHH: \n( 0 )\n\n"
+            "Low  frequency channel LL for level 1\n( 0 )\n\n");
+  CQXChannel<TypeParam> rows(1, 2, 0, 0);
+  rows.CreateOneLevelSubChannels(&this->m_filter, QX_CHANNEL_ROWS, QX_NORMALIZATION_NONE);
+  EXPECT_EQ(this->Printed(rows),
+            "Decomposedd channel with a depth of decomposition 1\n"
+            "High frequency channel for level 1 is empty.\nLow  frequency channel for level 1\n( 0 )\n( 0 )\n\n");
 }
 
 }  // namespace
