@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/solvers/minimisation_problems.h"
+#include "benchmarks/minimisation_problems.h"
 #include <benchmark/benchmark.h>
 
 #if __has_include(<lbfgs.h>)

@@ -42,6 +42,7 @@ void CQXSLDE2<T>::CalculateGeneralSolution() {
 
 template <typename T>
 void CQXSLDE2<T>::FindTypeOfGeneralSolution() {
+  m_generalType = QX_SLDE2_GENERAL_NONE;
   T l0, l1;
   std::int32_t count = m_a.FindEigenvalues(l0, l1, m_precision);
   if (count == 2 && IsWithinPrecision(l0 - l1)) {

@@ -56,7 +56,7 @@ class QX_API CQXSLDE2 {
   ///
   /// Real eigenvalues that differ by no more than the precision, and those with the square of half their difference
   /// within it, count as a double one. A complex pair needs a small block of memory: when it is refused by an exception
-  /// the system is not classified, when by a null the solution is zero.
+  /// the system is not classified, when by a null its homogeneous solution is zero.
   void CalculateGeneralSolution();
   /// Finds the constants of the initial condition; nothing when the system is not classified.
   void CalculateParticularSolution() noexcept;

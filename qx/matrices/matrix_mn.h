@@ -213,7 +213,9 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// The pivot element becomes the signed length s, of the sign that it had; the others stay and, with @p up before
   /// them, are the reflection: unit + u u^T / (s up). It is applied to @p count columns of @p matrix, stored row-major
   /// with @p count elements a row; rows are numbered like the elements of the vector.
-  /// @param tolerance a vector with all elements below it, and a reflection with s up > -tolerance, is left alone
+  /// @param up 0 for an element alone (pivot = last - 1); untouched when the vector is left alone
+  /// @param tolerance a vector with all elements below it is left alone, and so is one with pivot >= last; a reflection
+  ///        with s up > -tolerance is made but not applied
   /// @return 1 when columns were reflected, else 0.
   static std::int32_t Householder1(std::int32_t pivot, std::int32_t first, std::int32_t last, std::int32_t count, T& up,
                                    T* vector, T* matrix, T tolerance) noexcept;

@@ -27,8 +27,11 @@ T CQXMatrixMN<T>::Pythagoras(T a, T b) noexcept {
 template <typename T>
 std::int32_t CQXMatrixMN<T>::Householder1(std::int32_t pivot, std::int32_t first, std::int32_t last, std::int32_t count,
                                           T& up, T* vector, T* matrix, T tolerance) noexcept {
-  up = 0;
-  if (pivot >= last - 1) return 0;  // an element alone is its own signed length
+  if (pivot >= last) return 0;
+  if (pivot == last - 1) {
+    up = 0;  // an element alone is its own signed length
+    return 0;
+  }
   const T* tail = vector + first;
   const std::size_t tailCount = qxElementCount(last - first, 1);
   T scale = std::abs(vector[pivot]);
@@ -70,7 +73,7 @@ typename CQXMatrixMN<T>::Reflection CQXMatrixMN<T>::MakeReflection(std::int32_t 
   for (std::size_t i = 0; i < size; ++i) largest = std::max(largest, std::abs(vector[i]));
   const std::int32_t exponent = largest > 0 ? std::ilogb(largest) : 0;
   qxKernels::MultiplyByPowerOfTwo(size, -exponent, vector);
-  T up;
+  T up = 0;
   Householder1(0, 1, count, 0, up, vector, nullptr, T(0));
   return {up, vector[0] * up, std::ldexp(vector[0], exponent)};
 }

@@ -88,7 +88,8 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
 
   /// Doolittle's factors this = @p L @p U without exchange of rows; the diagonal of L is 1.
   /// @param tolerance bound of the absolute pivots
-  /// @return 1; 0 when a pivot is below the tolerance: rows and columns before it are filled, the rest is zero.
+  /// @return 1; 0 when a pivot is below the tolerance: rows and columns before it are filled, so is the pivot itself
+  ///         unless it is the first, and the rest is zero.
   std::int32_t LU_Decomposition(CQXMatrixN& L, CQXMatrixN& U, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Inverse: sizes 2 to 4 in closed form, others by LU_Decomposition(); where that fails, through the singular values.
@@ -169,10 +170,12 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
                                   T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
  private:
+  /// The sizes that Inverse() leaves to the fixed classes, whose codes it hands through.
+  [[nodiscard]] bool HasClosedForm() const noexcept { return m_size >= 2 && m_size <= 4; }
   /// The one place that knows which code of Inverse() stands for success.
-  [[nodiscard]] bool IsInverted(std::int32_t code) const noexcept {
-    return code == (m_size >= 2 && m_size <= 4 ? 0 : 1);
-  }
+  [[nodiscard]] bool IsInverted(std::int32_t code) const noexcept { return code == (HasClosedForm() ? 0 : 1); }
+  /// The code of Inverse() when memory was refused.
+  [[nodiscard]] std::int32_t CodeOfFailure() const noexcept { return HasClosedForm() ? 3 : 0; }
   [[nodiscard]] bool IsHeld() const noexcept { return this->Count() == qxElementCount(m_size, m_size); }
   std::int32_t InverseOfTriangular(CQXMatrixN& target, T tolerance, bool isLower) const;
   /// Eigenvalues ascending and eigenvectors in the rows; @p rotations counts.

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -19,9 +20,8 @@ namespace {
 template <typename T>
 qxStatus Sweep(std::size_t n, T* a, T* values, T* vectors, std::int32_t& sweeps, T tolerance) {
   const qxBlock<T> work = qxMakeBlock<T>(4 * n);
-  const std::int32_t limit = sweeps;
-  sweeps = 0;
   if (work == nullptr) return QX_STATUS_OUT_OF_MEMORY;
+  const std::int32_t limit = std::exchange(sweeps, 0);
   T* const b = work.get();
   T* const z = b + n;
   T* const current = z + n;
@@ -133,7 +133,7 @@ qxStatus CQXMatrixN<T>::SolveByJacobi(T tolerance, T* values, T* vectors, std::i
   std::fill_n(order.get(), n, -1);
   CQXSorting<T> sorting(m_size, values, 1, 1, 0);
   sorting.Sort(values, order.get());
-  if (n > 0 && order[0] < 0) return QX_STATUS_OUT_OF_MEMORY;
+  if (n > 0 && order[0] < 0) return QX_STATUS_OUT_OF_MEMORY;  // the sorting got none and wrote nothing
   for (std::size_t i = 0; i < n; ++i) {
     std::copy_n(rows.Data() + qxElementCount(order[i], m_size), n, vectors + i * n);
   }

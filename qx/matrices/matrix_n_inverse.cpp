@@ -114,16 +114,17 @@ T CQXMatrixN<T>::Det() const {
 
 template <typename T>
 std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, T tolerance) const {
-  const std::size_t n = Stride();
-  CQXMatrixN inverse(m_size);
-  if (!IsHeld() || !inverse.IsHeld()) return 0;
-  if (m_size >= 2 && m_size <= 4) {
-    const std::int32_t code = qxInvertInClosedForm(m_size, Data(), inverse.Data(), tolerance);
-    if (IsInverted(code)) target.TakeResult(m_size, m_size, inverse.Data());
+  if (!IsHeld()) return CodeOfFailure();
+  if (HasClosedForm()) {
+    T inverse[16];
+    const std::int32_t code = qxInvertInClosedForm(m_size, Data(), inverse, tolerance);
+    if (IsInverted(code)) target.TakeResult(m_size, m_size, inverse);
     return code;
   }
+  const std::size_t n = Stride();
+  CQXMatrixN inverse(m_size);
   const qxBlock<T> work = qxMakeBlock<T>(5 * n * n + n);
-  if (work == nullptr) return 0;
+  if (work == nullptr || !inverse.IsHeld()) return CodeOfFailure();
   std::fill_n(work.get(), 5 * n * n, T(0));
   T* const lowerT = work.get();
   T* const lower = lowerT + n * n;
@@ -148,9 +149,10 @@ std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, T tolerance) const {
 template <typename T>
 std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const {
   CQXMatrixN inverse(m_size);
-  const std::int32_t code = Inverse(inverse, tolerance);
   conditionNumber = QX_OVERFLOW_VALUE<T>;
-  if (IsInverted(code) && inverse.IsHeld()) {
+  if (!inverse.IsHeld()) return CodeOfFailure();
+  const std::int32_t code = Inverse(inverse, tolerance);
+  if (IsInverted(code)) {
     conditionNumber = this->Norm(norm) * inverse.Norm(norm);
     target.TakeResult(m_size, m_size, inverse.Data());
   }
@@ -161,6 +163,7 @@ template <typename T>
 std::int32_t CQXMatrixN<T>::DiagInverse(CQXMatrixN& target, T tolerance) const {
   const CQXMatrixN a(*this);
   target.SetToZero();
+  target.ForgetResults();
   if (!a.IsHeld() || a.IsDiagonal(fixedBound<T>) == 0) return 0;
   for (std::int32_t i = 0; i < m_size; ++i) {
     if (std::abs(a(i, i)) < tolerance) return 0;
@@ -174,6 +177,7 @@ std::int32_t CQXMatrixN<T>::InverseOfTriangular(CQXMatrixN& target, T tolerance,
   const CQXMatrixN a(*this);
   CQXMatrixN inverse(m_size);
   target.SetToZero();
+  target.ForgetResults();
   if (!a.IsHeld() || !inverse.IsHeld()) return 0;
   if ((isLower ? a.IsLLTriangular(fixedBound<T>) : a.IsURTriangular(fixedBound<T>)) == 0) return 0;
   for (std::int32_t i = 0; i < m_size; ++i) {

@@ -96,8 +96,9 @@ class QX_API CQXAlgebraFunctions {
   /// Bisection; f(lo) and f(hi) should differ in sign.
   ///
   /// It ends when the step is not above @p tol or the function value is not above the small value. There is no limit on
-  /// the number of steps: with a negative @p tol, or not a number in an end or the tolerance, it ends only if it meets
-  /// such a function value. It also ends at once, with one of the ends, when the function value at @p hi is that small.
+  /// the number of steps: with a negative @p tol, with not a number for it, or with ends whose distance is not finite,
+  /// it ends only if it meets such a function value. It also ends at once, with one of the ends, when the function
+  /// value at @p hi is that small.
   /// @return the last iterate
   [[nodiscard]] static T Bisection(T lo, T hi, T tol, Function f);
 

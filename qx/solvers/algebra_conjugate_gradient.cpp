@@ -14,7 +14,8 @@ std::int32_t CQXAlgebraFunctions<T>::SolveByCongugateGradient(const CQXMatrixN<T
   CQXMatrixN<T> matrix(A), preconditioner(size);
   CQXVectorN<T> right(size);
   const qxBlock<T> work = qxMakeBlock<T>(6 * n);
-  const bool isHeld = matrix.Data() != nullptr && preconditioner.Data() != nullptr && right.Data() != nullptr;
+  const bool isHeld = matrix.Data() != nullptr && preconditioner.Data() != nullptr && right.Data() != nullptr &&
+                      b.Data() != nullptr && x.Data() != nullptr;
   if (work == nullptr || (n > 0 && !isHeld)) return 0;
   right.Fill(b.Data());
   if (!(A.IsSymmetric(tol) != 0 && A.IsPositive(tol) != 0)) {

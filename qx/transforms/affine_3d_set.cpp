@@ -57,7 +57,7 @@ CQXMatrix4<T> ScalingTranslation(const CQXVector3<T>& t, const CQXVector3<T>& s,
 }
 template <typename T>
 CQXMatrix4<T> TranslationScaling(const CQXVector3<T>& t, const CQXVector3<T>& s, const CQXVector3<T>& cs) {
-  return Affine(DiagonalMatrix(s), ScalingShift(s, cs) + DiagonalMatrix(s) * t);
+  return Affine(DiagonalMatrix(s), ScalingShift(s, cs) + CQXVector3<T>(s.X() * t.X(), s.Y() * t.Y(), s.Z() * t.Z()));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <limits>
 #include <map>
 #include <vector>
@@ -57,10 +56,6 @@ TYPED_TEST(Random, WordsAreThoseOfTheRecurrences) {
   expectLongWords({0xB9F54C29FCA77227, 0x2F3D85DA560D9BFE});
   random.SetXorshift64Seed(1);
   expectLongWords({0x07F4EBFFFABA6BB0, 0x23407372E0B13A1D});
-  random.SetUniform(0, 1);
-  random.Initialize();
-  random.SetXorshift64Seeds(0, 0, 0, 0x55);  // so small a word is the next one too
-  EXPECT_EQ(random.GetNumber(), std::ldexp(TypeParam(0x55), -64));
 }
 
 TYPED_TEST(Random, SubtractWithBorrowFollowsItsTable) {
@@ -94,23 +89,7 @@ TYPED_TEST(Random, SubtractWithBorrowFollowsItsTable) {
   }
 }
 
-TYPED_TEST(Random, SettersUninitialiseAndCopiesContinue) {
-  CQXRandom<TypeParam> random;
-  using Setter = void (*)(CQXRandom<TypeParam>&);
-  const Setter setters[] = {[](auto&) {}, [](auto& r) { r.SetUniform(1, 2); }, [](auto& r) { r.SetNormal(5, 2); },
-                            [](auto& r) { r.SetExponential(3); }, [](auto& r) { r.SetAlgorithm(9); }};
-  for (const Setter set : setters) {
-    set(random);
-    TypeParam numbers[1] = {7};
-    EXPECT_EQ(random.GetNumber(), 0);
-    EXPECT_EQ(random.GetBoolean(), 1);
-    random.GetArrayNumbers(1, numbers);
-    EXPECT_EQ(numbers[0], 7);
-    const std::uint32_t word = random.GetXorshift32Seed();
-    random.Initialize();
-    EXPECT_NE(random.GetNumber(), 0);
-    EXPECT_NE(random.GetXorshift32Seed(), word);  // an unknown algorithm draws from Xorshift 32
-  }
+TYPED_TEST(Random, CopiesContinueTheStream) {
   for (std::int32_t pair = 0; pair < 9; ++pair) {
     CQXRandom<TypeParam> one = this->Make(pair / 3, pair % 3), copy = one;
     std::vector<TypeParam> array(500, -1);
@@ -130,7 +109,6 @@ TYPED_TEST(Random, DistributionsFitInMomentsTailsAndShape) {
     CQXStatistics<TypeParam> statistics(n, numbers.data());
     this->Make(algorithm, 0).GetArrayNumbers(n, numbers.data());
     EXPECT_LE(statistics.TestUniformity(0, 1), QX_TEST_DOUBTFUL) << algorithm;
-    EXPECT_EQ(statistics.TestEquidistribution(0, 1, QX_SIGNIFICANCE_5), 1) << algorithm;
     EXPECT_EQ(statistics.PermutationTest(4, QX_SIGNIFICANCE_5), 1) << algorithm;
 
     this->Make(algorithm, 1).GetArrayNumbers(n, numbers.data());
@@ -179,13 +157,8 @@ TYPED_TEST(Random, WholeNumbersKeepTheirEnds) {
     }
     EXPECT_EQ(single.size() + singleLong.size() + array.size() + arrayLong.size(), 24u);
   }
-  CQXRandom<TypeParam> random;
-  EXPECT_EQ(random.GetIntegerNumber32(6, 5), 6);
-  EXPECT_EQ(random.GetIntegerNumber64(6, 5), 6);
-  random.GetArrayIntegerNumbers32(3, 3, 2, numbers.data());
-  EXPECT_EQ(numbers[1], 3);
-  random.GetArrayIntegerNumbers64(1, 2, -1, nullptr);
   // The extreme words step over the ends.
+  CQXRandom<TypeParam> random;
   random.SetXorshift32Seeds(0, 0, 0, 0);
   EXPECT_EQ(random.GetIntegerNumber32(0, 9), -1);
   EXPECT_EQ(random.GetIntegerNumber32(1, 9), 1);
@@ -233,33 +206,6 @@ TYPED_TEST(Random, ForeignTablesEndEveryDraw) {
       random.GetIntegerNumber64(-9, 9);
     }
   }
-}
-
-TYPED_TEST(Random, TimeSeedsMoveOnlyTheStreamInForce) {
-  CQXRandom<TypeParam> random;
-  random.SetAlgorithm(2);
-  random.SetRandomXorshiftSeeds();
-  EXPECT_EQ(random.GetXorshift64Seed(), 0x908FAC67FA2A9A82u);
-  random.SetAlgorithm(1);
-  random.SetRandomSeeds(12345);
-  EXPECT_NE(random.GetXorshift64Seed(), 0x908FAC67FA2A9A82u);
-  EXPECT_EQ(random.GetXorshift32Seed(), 0x05491333u);
-  random.SetAlgorithm(2);
-  random.SetRandomSeeds();  // the table from 32 steps of Xorshift 32
-  TypeParam lags[32];
-  random.GetSWBSeeds(lags);
-  EXPECT_EQ(lags[0], static_cast<TypeParam>(0xDCA345EAu) / TypeParam(4294967295.0));
-  EXPECT_EQ(lags[31], static_cast<TypeParam>(random.GetXorshift32Seed()) / TypeParam(4294967295.0));
-
-  // A last word that the clock cancels would leave zeros for ever.
-  random.SetAlgorithm(0);
-  std::time_t before = 0;
-  do {
-    before = std::time(nullptr);
-    random.SetXorshift32Seeds(0, 0, 0, static_cast<std::uint32_t>(before));
-    random.SetRandomXorshiftSeeds();
-  } while (std::time(nullptr) != before);
-  EXPECT_EQ(random.GetXorshift32Seed(), 0x05491333u);
 }
 
 TYPED_TEST(Random, ReportsReadAsPromised) {

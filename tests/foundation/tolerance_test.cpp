@@ -1,4 +1,3 @@
-#include <qx/foundation/angle.h>
 #include <qx/foundation/block.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
@@ -24,15 +23,6 @@ TYPED_TEST(Tolerance, TheGuardTestsTheSquareAndLetsNotANumberPass) {
   EXPECT_TRUE(std::isnan(qxGuardedSqrt(std::numeric_limits<TypeParam>::quiet_NaN(), TypeParam(1))));
 }
 
-TYPED_TEST(Tolerance, AnglesWrapIntoTheHalfOpenTurn) {
-  const struct {
-    TypeParam angle, wrapped;
-  } cases[] = {{0, 0}, {180, -180}, {-180, -180}, {179, 179}, {-181, 179}, {540, -180}, {-540, -180}, {725, 5}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(qxWrapAngle(c.angle, TypeParam(360), QX_TOLERANCE<TypeParam>), c.wrapped) << c.angle;
-  }
-}
-
 TEST(Conversion, IsDefinedForEveryNumber) {
   constexpr std::int32_t indefinite32 = std::numeric_limits<std::int32_t>::min();
   constexpr std::int64_t indefinite64 = std::numeric_limits<std::int64_t>::min();
@@ -49,10 +39,7 @@ TEST(Conversion, IsDefinedForEveryNumber) {
   }
 }
 
-TEST(Block, ConstructsComplexElementsAndHoldsNothingForNone) {
-  const qxBlock<CQXComplex<double>> block = qxMakeBlock<CQXComplex<double>>(3);
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(block[static_cast<std::size_t>(i)].GetPrecision(), 1e-9);
-  EXPECT_NE(qxMakeBlock<float>(0), nullptr);
+TEST(ElementCount, CountsNothingForNegativeSizes) {
   EXPECT_EQ(qxElementCount(65536, 65536), std::size_t{1} << 32);
   EXPECT_EQ(qxElementCount(-2, -3), 0u);
 }

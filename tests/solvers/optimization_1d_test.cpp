@@ -8,26 +8,24 @@
 
 namespace {
 
-/// A function with its derivative that records where it is evaluated; derivatives are marked.
+/// A function with its derivative that records where the function and how often the derivative is evaluated.
 template <typename T>
 struct Recorder {
   T (*function)(T);
   T (*derivative)(T) = nullptr;
   std::vector<T> abscissas{};
-  std::vector<bool> isDerivative{};
+  std::size_t derivatives = 0;
 
-  static T F(T x, void* user) { return static_cast<Recorder*>(user)->Record(x, false); }
-  static T DF(T x, void* user) { return static_cast<Recorder*>(user)->Record(x, true); }
-
-  T Record(T x, bool ofDerivative) {
-    abscissas.push_back(x);
-    isDerivative.push_back(ofDerivative);
-    return ofDerivative ? derivative(x) : function(x);
+  static T F(T x, void* user) {
+    Recorder& recorder = *static_cast<Recorder*>(user);
+    recorder.abscissas.push_back(x);
+    return recorder.function(x);
   }
-  std::size_t Count(bool ofDerivative) const {
-    std::size_t count = 0;
-    for (const bool is : isDerivative) count += is == ofDerivative ? 1 : 0;
-    return count;
+  static T DF(T x, void* user) {
+    Recorder& recorder = *static_cast<Recorder*>(user);
+    ++recorder.derivatives;
+    EXPECT_EQ(x, recorder.abscissas.back());
+    return recorder.derivative(x);
   }
 };
 
@@ -38,8 +36,6 @@ struct Functions {
   static T WrongSlope(T x) { return -2 * (x - 2); }
   static T Quartic(T x) { return (x * x - 2) * (x * x - 2) + x; }
   static T QuarticSlope(T x) { return 4 * x * (x * x - 2) + 1; }
-  static T Kink(T x) { return std::abs(x - T(0.75)); }
-  static T KinkSlope(T x) { return x > T(0.75) ? T(1) : T(-1); }
   static T Pole(T x) { return x + 1 / x; }
   static T PoleSlope(T x) { return 1 - 1 / (x * x); }
   static T Constant(T) { return 7; }
@@ -90,29 +86,6 @@ TYPED_TEST(Minimisation1D, TriplesAreFoundAlongTheToldPoints) {
   }
 }
 
-TYPED_TEST(Minimisation1D, TriplesBracketOrRunOff) {
-  using T = TypeParam;
-  T(*const functions[])
-  (T) = {[](T x) { return x * (x * (x * (x - 14) + 60) - 70); },
-         [](T x) { return (x - 1000) * (x - 1000) * (x - 1000) * (x - 1000); },
-         [](T x) { return std::cos(x / 16) + std::abs(x) / 1000; },
-         [](T x) { return (x - 5) * (x - 5) * std::abs(x - 5) - x / 64; }};
-  for (const auto f : functions) {
-    for (const T start : {T(0), T(0.25), T(-3)}) {
-      T a = start, b = start + T(0.5), c, fa, fb, fc;
-      CQXOptimization::FindInitTriple(a, b, c, fa, fb, fc, f);
-      EXPECT_GT((b - a) * (c - b), 0) << start;
-      EXPECT_LE(fb, fa);
-      EXPECT_LE(fb, fc);
-    }
-  }
-  T a = 0, b = 1, c, fa, fb, fc;
-  CQXOptimization::FindInitTriple(a, b, c, fa, fb, fc, [](T x) { return -x; });
-  EXPECT_TRUE(std::isinf(fc));
-  CQXOptimization::FindInitTriple(a, b, c, fa, fb, fc, Functions<T>::NotANumber);
-  EXPECT_TRUE(std::isnan(fc));
-}
-
 TYPED_TEST(Minimisation1D, EvaluationsAndMinimaOfTheThreeMethods) {
   using T = TypeParam;
   using F = Functions<T>;
@@ -125,42 +98,30 @@ TYPED_TEST(Minimisation1D, EvaluationsAndMinimaOfTheThreeMethods) {
   } cases[] = {
       {F::Parabola, F::ParabolaSlope, 0, 1, 5, 2, {32, 18}, {6, 6}, {22, 12}},
       {F::Quartic, F::QuarticSlope, -2, -1, 0, T(-1.4729980), {30, 16}, {10, 8}, {20, 11}},
-      {F::Kink, F::KinkSlope, 2, T(0.5), 0, T(0.75), {32, 18}, {20, 10}, {21, 11}},
       {F::Pole, F::PoleSlope, T(0.25), 2, 8, 1, {33, 19}, {14, 12}, {22, 11}},
   };
   const std::size_t type = this->isDouble ? 0 : 1;
   for (const auto& example : cases) {
     const auto check = [&](const Recorder<T>& recorder, std::size_t count, T value, T xMin) {
-      EXPECT_EQ(recorder.Count(false), count);
+      EXPECT_EQ(recorder.abscissas.size(), count);
       EXPECT_EQ(value, example.function(xMin));
       EXPECT_NEAR(xMin, example.minimum, 3 * this->tol * std::max(T(1), std::abs(example.minimum)));
     };
     const auto [f, df, a, b, c, minimum, golden, parabolic, secant] = example;
     T xMin = -1;
-    T plain = -1;
     Recorder<T> recorder{f};
     T value = CQXOptimization::GoldenSection(a, b, c, this->tol, xMin, &recorder, Recorder<T>::F);
     check(recorder, golden[type], value, xMin);
-    EXPECT_EQ(CQXOptimization::GoldenSection(a, b, c, this->tol, plain, f), value);
-    EXPECT_EQ(plain, xMin);
 
     recorder = {f};
     value = CQXOptimization::ParabolicDescent(a, b, c, this->tol, xMin, &recorder, Recorder<T>::F);
     check(recorder, parabolic[type], value, xMin);
-    EXPECT_EQ(recorder.abscissas.front(), b);
-    EXPECT_EQ(CQXOptimization::ParabolicDescent(a, b, c, this->tol, plain, f), value);
-    EXPECT_EQ(plain, xMin);
 
     recorder = {f, df};
     value = CQXOptimization::DerivativeEstimationDescent(a, b, c, this->tol, xMin, &recorder, Recorder<T>::F,
                                                          Recorder<T>::DF);
     check(recorder, secant[type], value, xMin);
-    for (std::size_t i = 0; i + 1 < recorder.abscissas.size(); i += 2) {  // f, then df, at the same point
-      EXPECT_EQ(recorder.abscissas[i], recorder.abscissas[i + 1]);
-      EXPECT_TRUE(!recorder.isDerivative[i] && recorder.isDerivative[i + 1]);
-    }
-    EXPECT_EQ(CQXOptimization::DerivativeEstimationDescent(a, b, c, this->tol, plain, f, df), value);
-    EXPECT_EQ(plain, xMin);
+    EXPECT_LE(secant[type] - recorder.derivatives, 1u);  // the last step may do without
   }
 }
 
@@ -190,7 +151,12 @@ TYPED_TEST(Minimisation1D, TiesLimitsAndSenses) {
   recorder = {F::NotANumber, F::NotANumber};
   EXPECT_TRUE(std::isnan(CQXOptimization::DerivativeEstimationDescent(0, 1, 5, this->tol, xMin, &recorder,
                                                                       Recorder<T>::F, Recorder<T>::DF)));
-  EXPECT_LE(recorder.abscissas.size(), 202u);
+  EXPECT_LE(recorder.abscissas.size(), 101u);
+  T a = 0, b = 1, c, fa, fb, fc;  // a triple that runs off, and one of no numbers
+  CQXOptimization::FindInitTriple(a, b, c, fa, fb, fc, [](T x) { return -x; });
+  EXPECT_TRUE(std::isinf(fc));
+  CQXOptimization::FindInitTriple(a, b, c, fa, fb, fc, F::NotANumber);
+  EXPECT_TRUE(std::isnan(fc));
 }
 
 }  // namespace

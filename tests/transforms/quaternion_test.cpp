@@ -39,33 +39,8 @@ TYPED_TEST_SUITE(Quaternion, FloatTypes);
 
 TYPED_TEST(Quaternion, IndicesOutsideTheVectorPartReachTheScalar) {
   CQXQuaternion<TypeParam> q(1, 2, 3, 4);
-  const std::int32_t indices[] = {0, 1, 2, 3, 4, 7, -1, std::numeric_limits<std::int32_t>::min()};
-  const TypeParam expected[] = {1, 2, 3, 4, 1, 1, 1, 1};
-  for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(std::as_const(q)[indices[i]], expected[i]);
-  q[-5] = 9;
-  q[2] = 8;
-  this->ExpectNear(q, 9, 2, 8, 4);
-  TypeParam scalar;
-  CQXVector3<TypeParam> vector;
-  q.GetComponents(scalar, vector);
-  q.SetScalar(0);
-  q.SetVector(vector * TypeParam(2));
-  this->ExpectNear(q, 0, 4, 16, 8);
-  EXPECT_EQ(scalar, 9);
-}
-
-TYPED_TEST(Quaternion, ConstFormsReturnAndOthersChange) {
-  using Q = CQXQuaternion<TypeParam>;
-  const Q source(1, 1, 1, 1);
-  Q q = source;
-  this->ExpectNear(source.Invert(), TypeParam(0.25), TypeParam(-0.25), TypeParam(-0.25), TypeParam(-0.25));
-  q.Invert();
-  this->ExpectNear(q, source.Invert(), 0);
-  q.Conjugate();
-  q.Negate();
-  this->ExpectNear(q, TypeParam(-0.25), TypeParam(-0.25), TypeParam(-0.25), TypeParam(-0.25));
-  this->ExpectNear(source.Negate(), -1, -1, -1, -1);
-  this->ExpectNear(source.InvertUnit(), 1, -1, -1, -1);
+  for (const std::int32_t index : {0, 4, 7, -1, std::numeric_limits<std::int32_t>::min()}) q[index] += 1;
+  this->ExpectNear(q, 6, 2, 3, 4);
 }
 
 TYPED_TEST(Quaternion, TheHamiltonProductComposesRotations) {
@@ -81,12 +56,9 @@ TYPED_TEST(Quaternion, TheHamiltonProductComposesRotations) {
 
 TYPED_TEST(Quaternion, TheRunningProductReadsWhatItHasWritten) {
   using Q = CQXQuaternion<TypeParam>;
-  Q q(1, 0, 0, 0);
-  q *= Q(0, 1, 2, 3);
-  this->ExpectNear(q, 0, 0, 0, 0);
   // w = 5 - 12 - 21 - 32 = -60, x = -60 6 + 2 5 + 3 8 - 4 7 = -354, y = -60 7 + 354 8 + 3 5 - 4 6 = 2403,
   // z = -60 8 - 354 7 - 2403 6 + 4 5 = -17356
-  q.Set(1, 2, 3, 4);
+  Q q(1, 2, 3, 4);
   q *= Q(5, 6, 7, 8);
   this->ExpectNear(q, -60, -354, 2403, -17356);
   q.Set(1, 2, 3, 4);
@@ -94,18 +66,10 @@ TYPED_TEST(Quaternion, TheRunningProductReadsWhatItHasWritten) {
   other *= Q(1, 2, 3, 4);
   q *= q;
   this->ExpectNear(q, other, 0);
-}
-
-TYPED_TEST(Quaternion, RotateIsBuiltOnTheRunningProduct) {
-  using Q = CQXQuaternion<TypeParam>;
-  using V = CQXVector3<TypeParam>;
-  EXPECT_EQ(Q().Rotate(V(3, -4, 5)).NormInf(), 0);
-  // q = (1, 1, 0, 0): (0, 1, 2, 3) q = (-1, 1, 5, 1) and the inverse is (1/2, -1/2, 0, 0).
+  // Rotate by q = (1, 1, 0, 0): (0, 1, 2, 3) q = (-1, 1, 5, 1) and the inverse is (1/2, -1/2, 0, 0).
   // w = -1/2 + 1/2 = 0, x = 0 1 + -1/2 -1 = 1/2, y = 0 5 - 1/2 1 = -1/2, z = 0 1 + 1/2 5 + 1/2 1 = 3
-  const V rotated = Q(1, 1, 0, 0).Rotate(V(1, 2, 3));
-  EXPECT_EQ(rotated.X(), TypeParam(0.5));
-  EXPECT_EQ(rotated.Y(), TypeParam(-0.5));
-  EXPECT_EQ(rotated.Z(), 3);
+  const CQXVector3<TypeParam> rotated = Q(1, 1, 0, 0).Rotate({1, 2, 3}), half(TypeParam(0.5), TypeParam(-0.5), 3);
+  EXPECT_EQ((rotated - half).NormInf(), 0);
 }
 
 TYPED_TEST(Quaternion, LengthsNormalsAndInversesHaveFixedBounds) {
@@ -115,13 +79,7 @@ TYPED_TEST(Quaternion, LengthsNormalsAndInversesHaveFixedBounds) {
   EXPECT_EQ(q.Length(), 0);
   q.Normalize();
   this->ExpectNear(q, 1, 0, 0, 0);
-  q.Set(0, 0, 0, TypeParam(-0.002));
-  EXPECT_NEAR(q.Length(), TypeParam(0.002), this->eps);
-  q.Normalize();
-  this->ExpectNear(q, 0, 0, 0, -1);
-
   this->ExpectNear(std::as_const(q = Q(0, 0, 0, 0)).Invert(), 0, 0, 0, 0);
-  this->ExpectNear(std::as_const(q = Q(TypeParam(0.0001), 0, 0, 0)).Invert(), 100, 0, 0, 0, 128 * this->eps);
   const TypeParam below = TypeParam(0.00095), atBound = std::sqrt(TypeParam(1e-6));  // 0.00095^2 is 9.025e-7
   this->ExpectNear(std::as_const(q = Q(below, 0, 0, 0)).Invert(), 950, 0, 0, 0, 1024 * this->eps);
   this->ExpectNear(std::as_const(q = Q(0, 2 * atBound, 0, 0)).Invert(), 0, -500, 0, 0, 1024 * this->eps);
@@ -129,22 +87,14 @@ TYPED_TEST(Quaternion, LengthsNormalsAndInversesHaveFixedBounds) {
 
 TYPED_TEST(Quaternion, PredicatesKeepTheirBoundaries) {
   using Q = CQXQuaternion<TypeParam>;
-  const TypeParam half = TypeParam(0.5);
+  const TypeParam half = TypeParam(0.5), e = QX_TOLERANCE<TypeParam>;
   EXPECT_EQ(Q(1 + half, half, -half, 0).IsIdentity(half), 1);
-  EXPECT_EQ(Q(1, 0, 0, std::nextafter(half, TypeParam(1))).IsIdentity(half), 0);
   EXPECT_EQ(Q(1, half, 0, 0).IsUnit(half * half), 0);
-  EXPECT_EQ(Q(1, half, 0, 0).IsUnit(TypeParam(0.2500001)), 1);
   EXPECT_EQ(Q(half, 1, 2, 3).IsPure(half), 0);
-  EXPECT_EQ(Q(-half, 1, 2, 3).IsPure(TypeParam(0.6)), 1);
-
-  const TypeParam e = QX_TOLERANCE<TypeParam>;
   const Q zero(0, 0, 0, 0);
   EXPECT_EQ(zero == Q(e, -e, e, -e), 1);
-  EXPECT_EQ(zero != Q(e, -e, e, -e), 0);
   EXPECT_EQ(zero == Q(0, 0, 0, 2 * e), 0);
-  EXPECT_EQ(zero == Q(0, this->nan, 0, 0), 0);
   EXPECT_EQ(zero != Q(0, this->nan, 0, 0), 1);
-  EXPECT_EQ(Q(this->nan, 0, 0, 0).IsIdentity(1), 0);
 }
 
 TYPED_TEST(Quaternion, LogarithmAndExponentialKeepTheVectorPartUndivided) {
@@ -159,16 +109,8 @@ TYPED_TEST(Quaternion, LogarithmAndExponentialKeepTheVectorPartUndivided) {
   const TypeParam e = std::exp(TypeParam(0.5)), l = 5;
   this->ExpectNear(Q(TypeParam(0.5), 0, 3, -4).Exp(), e * std::cos(l), 0, 3 * e * std::sin(l), -4 * e * std::sin(l),
                    32 * this->eps);
-  for (int i = 0; i < 50; ++i) {
-    // On a unit vector part the forms are those of the textbook.
-    CQXVector3<TypeParam> axis = this->random.Vector(-1, 1);
-    axis.Normalize();
-    const TypeParam angle = this->random.In(0.1, 1.5), p = this->random.In(-2, 2);
-    this->ExpectNear(Q(0, axis * angle).Exp(), std::cos(angle), angle * std::sin(angle) * axis.X(),
-                     angle * std::sin(angle) * axis.Y(), angle * std::sin(angle) * axis.Z(), bound);
-    const Q q(this->random.In(-1, 1), axis);
-    this->ExpectNear(q.Pow(p), (q.Log() * p).Exp(), 0);
-  }
+  const Q q(-1, 2, -3, TypeParam(0.5));
+  this->ExpectNear(q.Pow(TypeParam(-0.5)), (q.Log() * TypeParam(-0.5)).Exp(), 0);
 }
 
 TYPED_TEST(Quaternion, AngleAndAxisAreInRadians) {
@@ -255,9 +197,6 @@ TYPED_TEST(Quaternion, RotationMatricesComeBackFromEveryBranch) {
   const auto fromDiagonal = [](TypeParam a, TypeParam b, TypeParam c) {
     return Q(CQXMatrix3<TypeParam>(a, 0, 0, 0, b, 0, 0, 0, c));
   };
-  this->ExpectNear(fromDiagonal(1, -1, -1), 0, 1, 0, 0);
-  this->ExpectNear(fromDiagonal(-1, 1, -1), 0, 0, 1, 0);
-  this->ExpectNear(fromDiagonal(-1, -1, 1), 0, 0, 0, 1);
   // No rotations: equal elements go to x before y, to x before z, to y before z.
   const TypeParam r = std::sqrt(TypeParam(5));
   this->ExpectNear(fromDiagonal(1, 1, -4), 0, r / 2, 0, 0, this->eps);
