@@ -17,26 +17,26 @@ constexpr std::uint64_t seedFactor = 0xB11924E1;
 constexpr std::uint64_t seedPrimes[13] = {3, 5, 7, 13, 17, 19, 23, 37, 47, 59, 61, 67, 71};
 
 constexpr double scale32 = 4294967295.0;  // for float too, where it has no equal: one rounding at the end
-template <typename T>
+template <qxReal T>
 constexpr T scale64 = T(0x1p-64);
 
 /// The ziggurat of 128 layers: where the tail begins, the area of a layer, and -r^2 / 2.
-template <typename T>
+template <qxReal T>
 constexpr T zigguratR = T(3.442619855899);
-template <typename T>
+template <qxReal T>
 constexpr T zigguratV = T(0.00991256303526217);
-template <typename T>
+template <qxReal T>
 constexpr T zigguratExponent = T(-5.925815736115027);
 
 /// The word as a number, the same as by static_cast, which branches on the highest bit: a coin toss in every draw.
-template <typename T>
+template <qxReal T>
 T WordToFloat(std::uint64_t word) noexcept {
   if (word < std::uint64_t{1} << 56) return static_cast<T>(static_cast<std::int64_t>(word));
   // Half the word, its last bit standing for the two below it, rounds as the word does.
   return static_cast<T>(static_cast<std::int64_t>((word >> 1) | (word & 1))) * 2;
 }
 
-template <typename T>
+template <qxReal T>
 T GuardedLog(T x) noexcept {
   return std::log(x <= QX_TOLERANCE<T> ? QX_TOLERANCE<T> : x);
 }
@@ -81,7 +81,7 @@ void FillIntegers(Integer low, Integer high, std::int32_t n, Integer* target, Un
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 CQXRandom<T>::CQXRandom() noexcept {
   SetDefaultSeeds();
   // The table of a new object differs from run to run and from object to object.
@@ -93,19 +93,19 @@ CQXRandom<T>::CQXRandom() noexcept {
   SetDefaultSeeds();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetDefaultSeeds() noexcept {
   std::copy_n(defaultX32, 4, m_x32);
   std::copy_n(defaultX64, 4, m_x64);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetAlgorithm(std::int32_t algorithm) noexcept {
   m_algorithm = algorithm;
   m_initialised = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetUniform(T left, T right) noexcept {
   m_lower = left;
   m_range = right - left;
@@ -113,7 +113,7 @@ void CQXRandom<T>::SetUniform(T left, T right) noexcept {
   m_initialised = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetNormal(T mean, T sigma) noexcept {
   m_mean = mean;
   m_sigma = sigma;
@@ -121,14 +121,14 @@ void CQXRandom<T>::SetNormal(T mean, T sigma) noexcept {
   m_initialised = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetExponential(T rate) noexcept {
   m_rate = rate;
   m_distribution = 2;
   m_initialised = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::Initialize() noexcept {
   m_methods = GetChooseNumberMethod();
   m_borrowUnit = borrowUnit;
@@ -136,7 +136,7 @@ void CQXRandom<T>::Initialize() noexcept {
   m_initialised = 1;
 }
 
-template <typename T>
+template <qxReal T>
 auto CQXRandom<T>::GetChooseNumberMethod() const noexcept -> Methods {
   using Random = CQXRandom<T>;
   constexpr Methods methods[3][3] = {
@@ -153,7 +153,7 @@ auto CQXRandom<T>::GetChooseNumberMethod() const noexcept -> Methods {
   return methods[m_distribution][m_algorithm == 1 || m_algorithm == 2 ? m_algorithm : 0];
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::CreateZigguratTables() noexcept {
   T f = std::exp(zigguratExponent<T>);
   m_zigX[0] = zigguratV<T> / f;
@@ -166,7 +166,7 @@ void CQXRandom<T>::CreateZigguratTables() noexcept {
   for (std::int32_t i = 0; i < layersNb; ++i) m_zigR[i] = m_zigX[i + 1] / m_zigX[i];
 }
 
-template <typename T>
+template <qxReal T>
 std::uint32_t CQXRandom<T>::Xorshift32() noexcept {
   const std::uint32_t t = m_x32[0] ^ (m_x32[0] << 11);
   m_x32[0] = m_x32[1];
@@ -176,7 +176,7 @@ std::uint32_t CQXRandom<T>::Xorshift32() noexcept {
   return m_x32[3];
 }
 
-template <typename T>
+template <qxReal T>
 std::uint64_t CQXRandom<T>::Xorshift64() noexcept {
   const std::uint64_t t = m_x64[0] ^ (m_x64[0] << 13);
   m_x64[0] = m_x64[1];
@@ -186,17 +186,17 @@ std::uint64_t CQXRandom<T>::Xorshift64() noexcept {
   return m_x64[3];
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetXorshift32() noexcept {
   return static_cast<T>(static_cast<T>(Xorshift32()) / scale32);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetXorshift64() noexcept {
   return WordToFloat<T>(Xorshift64()) * scale64<T>;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::SWB() noexcept {
   constexpr std::uint32_t mask = lagsNb - 1;
   const std::uint32_t slot = static_cast<std::uint32_t>(m_lagIndex);  // a negative index counts modulo 32 too
@@ -213,24 +213,24 @@ T CQXRandom<T>::SWB() noexcept {
   return value;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetUniformXorshift32() noexcept {
   return static_cast<T>(static_cast<T>(Xorshift32()) * m_range / scale32 + m_lower);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetUniformXorshift64() noexcept {
   return WordToFloat<T>(Xorshift64()) * m_range * scale64<T> + m_lower;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetUniformSWB() noexcept {
   return m_range * SWB() + m_lower;
 }
 
 /// The ziggurat. Numbers outside [0, 1], which only a foreign SWB table yields, must not keep it going for ever: they
 /// end it with what they give.
-template <typename T>
+template <qxReal T>
 template <typename Unit, typename Word>
 T CQXRandom<T>::GetNormal(Unit unit, Word word) noexcept {
   T result = 0;
@@ -262,67 +262,67 @@ T CQXRandom<T>::GetNormal(Unit unit, Word word) noexcept {
   return result * m_sigma + m_mean;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetNormalXorshift32() noexcept {
   return GetNormal([this] { return GetXorshift32(); }, [this] { return Xorshift32(); });
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetNormalXorshift64() noexcept {
   return GetNormal([this] { return GetXorshift64(); }, [this] { return Xorshift64(); });
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetNormalSWB() noexcept {
   return GetNormal([this] { return SWB(); }, [this] { return Xorshift32(); });
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetExponential(T unit) const noexcept {
   return -GuardedLog(unit) / m_rate;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetExponentialXorshift32() noexcept {
   return GetExponential(GetXorshift32());
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetExponentialXorshift64() noexcept {
   return GetExponential(GetXorshift64());
 }
 
-template <typename T>
+template <qxReal T>
 T CQXRandom<T>::GetExponentialSWB() noexcept {
   return GetExponential(SWB());
 }
 
-template <typename T>
+template <qxReal T>
 template <T (CQXRandom<T>::*method)() noexcept>
 void CQXRandom<T>::Fill(std::int32_t n, T* target) noexcept {
   for (std::int32_t i = 0; i < n; ++i) target[i] = (this->*method)();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::GetArrayNumbers(std::int32_t n, T* target) noexcept {
   if (IsReady()) (this->*m_methods.fill)(n, target);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXRandom<T>::GetIntegerNumber32(std::int32_t low, std::int32_t high) noexcept {
   if (high <= low) return low;
   const double unit = m_algorithm == 2 ? SWB() : GetXorshift32();
   return qxToInt32(RoundingShift(low - 0.5 + (Span(low, high) + 1) * unit));
 }
 
-template <typename T>
+template <qxReal T>
 std::int64_t CQXRandom<T>::GetIntegerNumber64(std::int64_t low, std::int64_t high) noexcept {
   if (high <= low) return low;
   const double unit = m_algorithm == 2 ? SWB() : GetXorshift64();
   return AddRounded(low, Span(low, high) * unit);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::GetArrayIntegerNumbers32(std::int32_t low, std::int32_t high, std::int32_t n,
                                             std::int32_t* target) noexcept {
   if (m_algorithm == 2) {
@@ -332,7 +332,7 @@ void CQXRandom<T>::GetArrayIntegerNumbers32(std::int32_t low, std::int32_t high,
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::GetArrayIntegerNumbers64(std::int64_t low, std::int64_t high, std::int32_t n,
                                             std::int64_t* target) noexcept {
   if (m_algorithm == 2) {
@@ -342,20 +342,20 @@ void CQXRandom<T>::GetArrayIntegerNumbers64(std::int64_t low, std::int64_t high,
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetXorshift32Seed(std::uint32_t seed) noexcept {
   const std::uint32_t x = static_cast<std::uint32_t>(seed * seedFactor * seedPrimes[seed % 13]);
   SetXorshift32Seeds(x, (x << 5) ^ defaultX32[0], (x << 7) ^ defaultX32[1], (x >> 15) ^ defaultX32[2]);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetXorshift64Seed(std::uint64_t seed) noexcept {
   const std::uint64_t x = seed * seedFactor * seedPrimes[seed % 13];
   // The constant of the third word is that of the second: changing it would change every stream.
   SetXorshift64Seeds(x, (x << 13) ^ defaultX64[0], (x << 21) ^ defaultX64[0], (x << 9) ^ defaultX64[1]);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetXorshift32Seeds(std::uint32_t w0, std::uint32_t w1, std::uint32_t w2, std::uint32_t w3) noexcept {
   m_x32[0] = w0;
   m_x32[1] = w1;
@@ -363,7 +363,7 @@ void CQXRandom<T>::SetXorshift32Seeds(std::uint32_t w0, std::uint32_t w1, std::u
   m_x32[3] = w3;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetXorshift64Seeds(std::uint64_t s0, std::uint64_t s1, std::uint64_t s2, std::uint64_t s3) noexcept {
   m_x64[0] = s0;
   m_x64[1] = s1;
@@ -371,7 +371,7 @@ void CQXRandom<T>::SetXorshift64Seeds(std::uint64_t s0, std::uint64_t s1, std::u
   m_x64[3] = s3;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::GetXorshift32Seeds(std::uint32_t& w0, std::uint32_t& w1, std::uint32_t& w2,
                                       std::uint32_t& w3) const noexcept {
   w0 = m_x32[0];
@@ -380,7 +380,7 @@ void CQXRandom<T>::GetXorshift32Seeds(std::uint32_t& w0, std::uint32_t& w1, std:
   w3 = m_x32[3];
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::GetXorshift64Seeds(std::uint64_t& s0, std::uint64_t& s1, std::uint64_t& s2,
                                       std::uint64_t& s3) const noexcept {
   s0 = m_x64[0];
@@ -389,30 +389,30 @@ void CQXRandom<T>::GetXorshift64Seeds(std::uint64_t& s0, std::uint64_t& s1, std:
   s3 = m_x64[3];
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetSWBSeeds(const T* lags) noexcept {
   std::copy_n(lags, lagsNb, m_lags);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::GetSWBSeeds(T* lags) const noexcept {
   std::copy_n(m_lags, lagsNb, lags);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetSWBState(std::int32_t index, T borrow) noexcept {
   m_lagIndex = index % lagsNb;
   m_borrow = borrow;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::GetSWBState(std::int32_t& index, T& borrow) const noexcept {
   index = m_lagIndex;
   borrow = m_borrow;
 }
 
 /// Spreads one word over the 32-bit state; 0 would yield nothing but zeros and takes the default seeds.
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SpreadXorshift32(std::uint32_t x) noexcept {
   if (x == 0) {
     std::copy_n(defaultX32, 4, m_x32);
@@ -424,7 +424,7 @@ void CQXRandom<T>::SpreadXorshift32(std::uint32_t x) noexcept {
 }
 
 /// Spreads one word over the 64-bit state; 0 would yield nothing but zeros and takes the default seeds.
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SpreadXorshift64(std::uint64_t x) noexcept {
   if (x == 0) {
     std::copy_n(defaultX64, 4, m_x64);
@@ -435,7 +435,7 @@ void CQXRandom<T>::SpreadXorshift64(std::uint64_t x) noexcept {
   SetXorshift64Seeds(x, s1, s2, (s1 << 21) ^ (s2 >> 7));
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetRandomXorshiftSeeds(std::uint64_t seed) noexcept {
   if (m_algorithm == 2) return;
   const std::uint64_t x = seed - static_cast<std::uint64_t>(std::time(nullptr));
@@ -446,13 +446,13 @@ void CQXRandom<T>::SetRandomXorshiftSeeds(std::uint64_t seed) noexcept {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetRandomSWBSeeds(std::uint64_t seed) noexcept {
   SetRandomXorshiftSeeds(seed);
   FillSWBTable();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::SetRandomSeeds(std::uint64_t seed) noexcept {
   if (m_algorithm == 2) {
     FillSWBTable();
@@ -461,7 +461,7 @@ void CQXRandom<T>::SetRandomSeeds(std::uint64_t seed) noexcept {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::FillSWBTable() noexcept {
   for (T& lag : m_lags) lag = GetXorshift32();
 }

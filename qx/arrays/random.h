@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 
 #include <cstdint>
 
@@ -26,7 +27,7 @@
 /// never carries a borrow, because the unit of the borrow is 0 in float.
 ///
 /// An object belongs to one thread; distinct objects share nothing. A copy continues the stream of its original.
-template <typename T>
+template <qxReal T>
 class QX_API CQXRandom {
  public:
   /// Uniform on [0, 1], algorithm 0, default seeds, not initialised. The SWB table is filled from the wall clock, the

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <iostream>
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::TestFloatRandomArray(std::int32_t n, const T* data, std::int32_t firstToPrint) const {
   std::ostream& out = std::cout;
   T mean = m_mean;
@@ -59,7 +59,7 @@ void CQXRandom<T>::TestFloatRandomArray(std::int32_t n, const T* data, std::int3
       << '\n';
 }
 
-template <typename T>
+template <qxReal T>
 template <typename Integer>
 void CQXRandom<T>::TestIntegers(Integer left, Integer right, std::int32_t n, const Integer* data,
                                 std::int32_t firstToPrint) {
@@ -72,13 +72,13 @@ void CQXRandom<T>::TestIntegers(Integer left, Integer right, std::int32_t n, con
   TestFloatRandomArray(n, values.get(), firstToPrint);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::TestIntegerRandomArray(std::int32_t left, std::int32_t right, std::int32_t n,
                                           const std::int32_t* data, std::int32_t firstToPrint) {
   TestIntegers(left, right, n, data, firstToPrint);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXRandom<T>::TestIntegerRandomArray(std::int64_t left, std::int64_t right, std::int32_t n,
                                           const std::int64_t* data, std::int32_t firstToPrint) {
   TestIntegers(left, right, n, data, firstToPrint);

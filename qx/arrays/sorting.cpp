@@ -382,13 +382,13 @@ void qxSort(std::int32_t first, std::int32_t last, std::int32_t n, const T* sour
 }
 
 template <typename T>
-std::int32_t qxIsArraySorted(std::int32_t n, const T* array, std::type_identity_t<T> tolerance, std::int32_t ascending,
+std::int32_t qxIsArraySorted(std::int32_t n, const T* array, qxNonDeduced<T> tolerance, std::int32_t ascending,
                              std::int32_t absolute) noexcept {
   return IsRangeSorted(array, 0, Index{n} - 1, tolerance, ascending, absolute);
 }
 
 template <typename T>
-void qxSort2DArray(std::int32_t n, const T* source, T* target, std::type_identity_t<T> tolerance, std::int32_t firstKey,
+void qxSort2DArray(std::int32_t n, const T* source, T* target, qxNonDeduced<T> tolerance, std::int32_t firstKey,
                    std::int32_t ascending, std::int32_t absolute) {
   if (n <= 0) return;
   const qxBlock<KeyPair<T>> block = qxMakeBlock<KeyPair<T>>(static_cast<std::size_t>(n));
@@ -407,9 +407,9 @@ void qxSort2DArray(std::int32_t n, const T* source, T* target, std::type_identit
   }
 }
 
-template <typename T>
+template <qxReal T>
 void qxSort2DVectors(std::int32_t first, std::int32_t last, const CQXVector2<T>* source, CQXVector2<T>* target,
-                     std::type_identity_t<T> tolerance, std::int32_t firstKey, std::int32_t ascending) {
+                     qxNonDeduced<T> tolerance, std::int32_t firstKey, std::int32_t ascending) {
   if (last < first) return;
   qxSort2DArray(last - first + 1, source[first].Data(), target[first].Data(), tolerance, firstKey, ascending, 0);
 }

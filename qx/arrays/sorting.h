@@ -2,12 +2,13 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/scalar.h>
 
 #include <concepts>
 #include <cstdint>
 #include <type_traits>
 
-template <typename T>
+template <qxReal T>
 class QX_API CQXVector2;
 
 /// @file
@@ -162,7 +163,7 @@ QX_API void qxSort(std::int32_t first, std::int32_t last, std::int32_t n, const 
 /// difference are exact.
 /// @param tolerance how far a neighbour may step back; a negative one asks for a step forward of more than its size
 template <typename T>
-[[nodiscard]] QX_API std::int32_t qxIsArraySorted(std::int32_t n, const T* array, std::type_identity_t<T> tolerance,
+[[nodiscard]] QX_API std::int32_t qxIsArraySorted(std::int32_t n, const T* array, qxNonDeduced<T> tolerance,
                                                   std::int32_t ascending, std::int32_t absolute) noexcept;
 
 /// Sorts pairs by a first and a second key.
@@ -178,17 +179,17 @@ template <typename T>
 /// @param ascending 0: descending order; otherwise ascending
 /// @param absolute 0: compare values; otherwise absolute values, in the runs too
 template <typename T>
-QX_API void qxSort2DArray(std::int32_t n, const T* source, T* target, std::type_identity_t<T> tolerance,
-                          std::int32_t firstKey, std::int32_t ascending, std::int32_t absolute);
+QX_API void qxSort2DArray(std::int32_t n, const T* source, T* target, qxNonDeduced<T> tolerance, std::int32_t firstKey,
+                          std::int32_t ascending, std::int32_t absolute);
 
 /// Sorts the vectors from @p first to @p last, both included, by a first and a second key as qxSort2DArray() does, by
 /// value. They come to the same places of @p target, which may be @p source; the rest of it is not touched.
 /// @param tolerance bound of the difference of first keys in a run; 0 for equal keys
 /// @param firstKey 0: x is the first key; otherwise y
 /// @param ascending 0: descending order; otherwise ascending
-template <typename T>
+template <qxReal T>
 QX_API void qxSort2DVectors(std::int32_t first, std::int32_t last, const CQXVector2<T>* source, CQXVector2<T>* target,
-                            std::type_identity_t<T> tolerance, std::int32_t firstKey, std::int32_t ascending);
+                            qxNonDeduced<T> tolerance, std::int32_t firstKey, std::int32_t ascending);
 
 extern template class QX_API CQXSorting<std::int8_t>;
 extern template class QX_API CQXSorting<std::uint8_t>;

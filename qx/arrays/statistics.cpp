@@ -23,7 +23,7 @@ struct CentralSums {
   double yy = 0;
 };
 
-template <typename T>
+template <qxReal T>
 CentralSums SumAboutMeans(std::int32_t n, const T* x, const T* y) noexcept {
   CentralSums sums;
   if (n <= 0) return sums;
@@ -51,39 +51,39 @@ CentralSums SumAboutMeans(std::int32_t n, const T* x, const T* y) noexcept {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 double CQXStatistics<T>::MeanInDouble() const noexcept {
   double sum = 0;
   for (std::int32_t i = 0; i < m_size; ++i) sum += m_data[i];
   return sum / m_size;
 }
 
-template <typename T>
+template <qxReal T>
 double CQXStatistics<T>::SumOfProducts(std::int32_t n, const T* other) const noexcept {
   double sum = 0;
   for (std::int32_t i = 0; i < n; ++i) sum += static_cast<double>(m_data[i]) * other[i];
   return sum;
 }
 
-template <typename T>
+template <qxReal T>
 double CQXStatistics<T>::VarianceInDouble(double mean) const noexcept {
   const double n = m_size;
   return (SumOfProducts(m_size, m_data) - n * (mean * mean)) / (n - 1);
 }
 
-template <typename T>
+template <qxReal T>
 double CQXStatistics<T>::DeviationInDouble(double mean) const noexcept {
   constexpr double smallestVariance = 1e-6;
   const double variance = VarianceInDouble(mean);
   return variance >= smallestVariance ? std::sqrt(variance) : 0;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::Mean() const noexcept {
   return static_cast<T>(MeanInDouble());
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::Median() const {
   constexpr T notANumber = std::numeric_limits<T>::quiet_NaN();
   if (m_size <= 0) return notANumber;
@@ -101,37 +101,37 @@ T CQXStatistics<T>::Median() const {
   return isEven ? T(0.5) * (*middle + *std::min_element(middle + 1, end)) : *middle;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::Variance() const noexcept {
   return static_cast<T>(VarianceInDouble(MeanInDouble()));
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::Variance(T mean) const noexcept {
   return static_cast<T>(VarianceInDouble(mean));
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::StandardDeviation() const noexcept {
   return static_cast<T>(DeviationInDouble(MeanInDouble()));
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::StandardDeviation(T mean) const noexcept {
   return static_cast<T>(DeviationInDouble(mean));
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::Momentum2() const noexcept {
   return MixMomentum(m_size, m_data);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::MixMomentum(std::int32_t n, const T* other) const noexcept {
   return static_cast<T>(SumOfProducts(std::min(m_size, n), other));
 }
 
-template <typename T>
+template <qxReal T>
 void CQXStatistics<T>::MeanConfidenceInterval(qxProbability probability, T mean, T standardDeviation, T& low,
                                               T& high) const noexcept {
   const double half = ByProbability({1.645, 1.96, 2.58, 2.81}, probability) / std::sqrt(static_cast<double>(m_size)) *
@@ -140,7 +140,7 @@ void CQXStatistics<T>::MeanConfidenceInterval(qxProbability probability, T mean,
   high = static_cast<T>(mean + half);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXStatistics<T>::VarianceConfidenceInterval(qxProbability probability, T variance, T& low,
                                                   T& high) const noexcept {
   const double z = ByProbability({1.28, 1.645, 2.33, 2.58}, probability);
@@ -151,7 +151,7 @@ void CQXStatistics<T>::VarianceConfidenceInterval(qxProbability probability, T v
   high = static_cast<T>(scaled / (0.5 * ((s - z) * (s - z))));
 }
 
-template <typename T>
+template <qxReal T>
 void CQXStatistics<T>::ChebyshevLimits(T p, T mean, T standardDeviation, T& low, T& high) noexcept {
   const double k = p <= T(0.999999) ? std::sqrt(1 / (1 - static_cast<double>(p))) : 999.9999999999998;
   const double half = k * standardDeviation;
@@ -159,14 +159,14 @@ void CQXStatistics<T>::ChebyshevLimits(T p, T mean, T standardDeviation, T& low,
   high = static_cast<T>(mean + half);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXStatistics<T>::CorrelationCoefficient(std::int32_t n, const T* other) const noexcept {
   const CentralSums sums = SumAboutMeans(std::min(m_size, n), m_data, other);
   if (sums.xx == 0 || sums.yy == 0) return 0;
   return static_cast<T>(sums.xy / std::sqrt(sums.xx) / std::sqrt(sums.yy));
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::LinearRegression(std::int32_t n, const T* other, std::int32_t withVariance, T& a,
                                                 T& b) noexcept {
   const std::int32_t count = std::min(m_size, n);
@@ -191,14 +191,14 @@ std::int32_t CQXStatistics<T>::LinearRegression(std::int32_t n, const T* other, 
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::GetResidualVariance(T& variance) const noexcept {
   if (m_hasResidualVariance == 0) return 0;
   variance = m_residualVariance;
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 template <typename Weight>
 void CQXStatistics<T>::Smooth(std::int32_t width, std::int32_t first, std::int32_t last, Weight weight) {
   first = std::max(first, 0);
@@ -226,22 +226,22 @@ void CQXStatistics<T>::Smooth(std::int32_t width, std::int32_t first, std::int32
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXStatistics<T>::AverageFiltering(std::int32_t width) {
   AverageFiltering(width, 0, m_size);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXStatistics<T>::AverageFiltering(std::int32_t width, std::int32_t first, std::int32_t last) {
   Smooth(width, first, last, [](double) { return 1.0; });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXStatistics<T>::GaussFiltering(std::int32_t width) {
   GaussFiltering(width, 0, m_size);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXStatistics<T>::GaussFiltering(std::int32_t width, std::int32_t first, std::int32_t last) {
   const double sigma = (width / 2) / 3.0;
   Smooth(width, first, last, [sigma](double d) { return std::exp(-0.5 * (d / sigma) * (d / sigma)); });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 
 #include <cstdint>
 
@@ -31,7 +32,7 @@ enum qxStatisticalTest : std::int32_t {
 /// work memory is refused without an exception, Median() gives not a number, a test fails and a filter does nothing.
 ///
 /// Objects may be used from different threads; the filters write the array.
-template <typename T>
+template <qxReal T>
 class QX_API CQXStatistics {
  public:
   /// No data.

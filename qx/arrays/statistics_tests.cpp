@@ -71,7 +71,7 @@ double KolmogorovLimit(std::int32_t n, double c) noexcept {
 }
 
 /// Turns the ordering of the elements into its rank and the elements into another order.
-template <typename T>
+template <qxReal T>
 std::int32_t RankOrdering(std::int32_t k, T* block) noexcept {
   std::uint32_t rank = 0;
   for (std::int32_t m = k; m > 0; --m) {
@@ -94,7 +94,7 @@ double PermutationLimit(std::int32_t k, qxSignificanceLevel level) noexcept {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 double CQXStatistics<T>::KolmogorovDistance(double a, double b, std::int32_t kind) const {
   const std::ptrdiff_t n = std::max(m_size, 0);
   const qxBlock<T> block = qxMakeBlock<T>(static_cast<std::size_t>(n));
@@ -114,13 +114,13 @@ double CQXStatistics<T>::KolmogorovDistance(double a, double b, std::int32_t kin
   return greatest;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::KolmogorovSmirnovTest(T a, T b, qxSignificanceLevel level, std::int32_t kind) const {
   const double c = level >= QX_SIGNIFICANCE_20 && level <= QX_SIGNIFICANCE_5 ? KolmogorovFactor(level) : 0;
   return !(KolmogorovDistance(a, b, kind) > KolmogorovLimit(m_size, c));
 }
 
-template <typename T>
+template <qxReal T>
 double CQXStatistics<T>::EquidistributionChiSquare(double a, double b) const noexcept {
   std::int32_t counts[20] = {};
   const double width = (b - a) / 20;
@@ -135,12 +135,12 @@ double CQXStatistics<T>::EquidistributionChiSquare(double a, double b) const noe
   return chiSquare;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::TestEquidistribution(T a, T b, qxSignificanceLevel level) const noexcept {
   return !(EquidistributionChiSquare(a, b) > EquidistributionLimit(level));
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::RunsUpAndDownTest(qxSignificanceLevel level) const noexcept {
   std::int32_t runs = 1;
   bool isRising = m_size > 1 && m_data[0] < m_data[1];
@@ -154,20 +154,20 @@ std::int32_t CQXStatistics<T>::RunsUpAndDownTest(qxSignificanceLevel level) cons
   return !(runs <= ((n + 1) + std::sqrt(n - 1) * ByLevel({-0.84, -1.28, -1.645}, level)) / 2);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::TestNormalMean(T mean, qxSignificanceLevel level) const noexcept {
   const double ownMean = MeanInDouble();
   return !(std::abs(ownMean - mean) / DeviationInDouble(ownMean) > NormalQuantile(level));
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::TestNormalVariance(T variance, qxSignificanceLevel level) const noexcept {
   const double ownVariance = VarianceInDouble(MeanInDouble());
   const double wz = std::sqrt(2 / (static_cast<double>(m_size) - 1)) * NormalQuantile(level);
   return (1 - wz) * variance <= ownVariance && ownVariance <= (1 + wz) * variance;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::PermutationValue(std::int32_t k, const T* block) {
   const std::int32_t count = std::max(k, 0);
   const qxBlock<T> copy = qxMakeBlock<T>(static_cast<std::size_t>(count));
@@ -176,7 +176,7 @@ std::int32_t CQXStatistics<T>::PermutationValue(std::int32_t k, const T* block) 
   return RankOrdering(count, copy.get());
 }
 
-template <typename T>
+template <qxReal T>
 double CQXStatistics<T>::PermutationChiSquare(std::int32_t k) const {
   constexpr std::int32_t largestK = 12;  // 13! is beyond 32 bits
   if (k < 1 || k > largestK) return infinity;
@@ -204,13 +204,13 @@ double CQXStatistics<T>::PermutationChiSquare(std::int32_t k) const {
   return chiSquare + missing * (expected * expected / expected);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXStatistics<T>::PermutationTest(std::int32_t k, qxSignificanceLevel level) const {
   const double chiSquare = PermutationChiSquare(k);
   return chiSquare == infinity ? 0 : !(chiSquare > PermutationLimit(k, level));
 }
 
-template <typename T>
+template <qxReal T>
 qxStatisticalTest CQXStatistics<T>::TestNormality(T mean, T variance) const {
   const double distance = KolmogorovDistance(mean, variance, 1);
   const std::int32_t sum =
@@ -220,7 +220,7 @@ qxStatisticalTest CQXStatistics<T>::TestNormality(T mean, T variance) const {
   return Grade(sum, 4);
 }
 
-template <typename T>
+template <qxReal T>
 qxStatisticalTest CQXStatistics<T>::TestUniformity(T a, T b) const {
   const double distance = KolmogorovDistance(a, b, 0);
   const double chiSquare = EquidistributionChiSquare(a, b);
@@ -230,7 +230,7 @@ qxStatisticalTest CQXStatistics<T>::TestUniformity(T a, T b) const {
   return Grade(sum, 3);
 }
 
-template <typename T>
+template <qxReal T>
 qxStatisticalTest CQXStatistics<T>::TestRandomness() const {
   CQXRandom<T> random;
   random.SetAlgorithm(0);

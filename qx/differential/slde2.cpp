@@ -7,14 +7,14 @@
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 CQXMatrix2<T> FromColumns(const CQXVector2<T>& first, const CQXVector2<T>& second) {
   return {first.X(), second.X(), first.Y(), second.Y()};
 }
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::SetTransformation(const CQXMatrix2<T>& a, const CQXVector2<T>& f) noexcept {
   const CQXSLDE2 old = *this;
   *this = CQXSLDE2();
@@ -26,13 +26,13 @@ void CQXSLDE2<T>::SetTransformation(const CQXMatrix2<T>& a, const CQXVector2<T>&
   m_isHomogeneous = f.IsAlmostZero(T(1e-6));
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::SetInitialCondition(T x, T y, T t0) noexcept {
   m_x0 = {x, y};
   m_t0 = t0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::CalculateGeneralSolution() {
   FindTypeOfGeneralSolution();
   SolveInhomogeneous();
@@ -40,7 +40,7 @@ void CQXSLDE2<T>::CalculateGeneralSolution() {
 
 // ---- Classification
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::FindTypeOfGeneralSolution() {
   m_generalType = QX_SLDE2_GENERAL_NONE;
   T l0, l1;
@@ -65,7 +65,7 @@ void CQXSLDE2<T>::FindTypeOfGeneralSolution() {
   if (m_isHomogeneous != 0) m_inhomogenType = QX_SLDE2_HOMOGENEOUS;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::FindEigenvectorsOfPair() {
   CQXBaseVector<CQXComplex<T>> v(2);
   m_generalType = QX_SLDE2_COMPLEX;
@@ -76,7 +76,7 @@ void CQXSLDE2<T>::FindEigenvectorsOfPair() {
   m_eigenvectors[1] = {v[0].Imag(), v[1].Imag()};
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::FindEigenvectorsOfDoubleRoot() {
   const T l = m_eigenvalues.X();
   T vectors[4];
@@ -101,7 +101,7 @@ void CQXSLDE2<T>::FindEigenvectorsOfDoubleRoot() {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::FindEigenvectorsOfTwoRoots() {
   m_generalType = QX_SLDE2_2_EXPONENTS;
   for (std::int32_t i = 0; i < 2; ++i) {
@@ -113,7 +113,7 @@ void CQXSLDE2<T>::FindEigenvectorsOfTwoRoots() {
 }
 
 /// A vector g with (A - l I) g = v, from the row of the largest element of A - l I.
-template <typename T>
+template <qxReal T>
 CQXVector2<T> CQXSLDE2<T>::FindGeneralizedVector(T eigenvalue, const CQXVector2<T>& v) const noexcept {
   const CQXMatrix2<T> b = m_a.GetCharacteristicsMatrix(eigenvalue);
   const T b0 = std::abs(b[0]), b1 = std::abs(b[1]), b2 = std::abs(b[2]), b3 = std::abs(b[3]);
@@ -131,12 +131,12 @@ CQXVector2<T> CQXSLDE2<T>::FindGeneralizedVector(T eigenvalue, const CQXVector2<
 
 // ---- The particular solution of a forcing
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::DecomposeVectorByEigenvectors(const CQXVector2<T>& v, T& c1, T& c2) const noexcept {
   v.DecomposeInBasis(m_eigenvectors[0], m_eigenvectors[1], c1, c2, m_precision);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::SolveInhomogeneous() noexcept {
   CQXVector2<T>& p0 = m_coefficients[0];
   CQXVector2<T>& p1 = m_coefficients[1];
@@ -169,7 +169,7 @@ void CQXSLDE2<T>::SolveInhomogeneous() noexcept {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::FindParticularSolutionAtTime(T t, CQXVector2<T>& out) const noexcept {
   out = CQXVector2<T>();
   T power = m_shift == 0 ? T(1) : t;
@@ -181,7 +181,7 @@ void CQXSLDE2<T>::FindParticularSolutionAtTime(T t, CQXVector2<T>& out) const no
 
 // ---- The constants of the initial condition
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::CalculateParticularSolution() noexcept {
   switch (m_generalType) {
     case QX_SLDE2_2_EXPONENTS:
@@ -201,7 +201,7 @@ void CQXSLDE2<T>::CalculateParticularSolution() noexcept {
   }
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector2<T> CQXSLDE2<T>::FindCoefficients(const CQXMatrix2<T>& w) const noexcept {
   CQXVector2<T> right = m_x0;
   if (m_isHomogeneous == 0) {
@@ -215,7 +215,7 @@ CQXVector2<T> CQXSLDE2<T>::FindCoefficients(const CQXMatrix2<T>& w) const noexce
   return c;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::SetMatrix_2_Exponents() noexcept {
   const CQXVector2<T>& v1 = m_eigenvectors[0];
   const CQXVector2<T>& v2 = m_eigenvectors[1];
@@ -224,7 +224,7 @@ void CQXSLDE2<T>::SetMatrix_2_Exponents() noexcept {
   m_c = FromColumns(v1 * c.X(), v2 * c.Y());
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::SetMatrix_1_Exp_1_Eigenvector() noexcept {
   const CQXVector2<T>& v = m_eigenvectors[0];
   const CQXVector2<T>& g = m_eigenvectors[1];
@@ -233,7 +233,7 @@ void CQXSLDE2<T>::SetMatrix_1_Exp_1_Eigenvector() noexcept {
   m_c = FromColumns(v * c.X() + g * c.Y(), v * c.Y());
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::SetMatrix_1_Exp_2_Eigenvectors() noexcept {
   const CQXVector2<T>& v1 = m_eigenvectors[0];
   const CQXVector2<T>& v2 = m_eigenvectors[1];
@@ -242,7 +242,7 @@ void CQXSLDE2<T>::SetMatrix_1_Exp_2_Eigenvectors() noexcept {
   m_c = FromColumns(v1 * c.X(), v2 * c.Y());
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::SetMatrixComplexCase() noexcept {
   const CQXVector2<T>& u = m_eigenvectors[0];
   const CQXVector2<T>& w = m_eigenvectors[1];
@@ -255,29 +255,29 @@ void CQXSLDE2<T>::SetMatrixComplexCase() noexcept {
 
 // ---- The solution
 
-template <typename T>
+template <qxReal T>
 CQXVector2<T> CQXSLDE2<T>::Solution_2_Exponents(T t) const noexcept {
   return m_c * CQXVector2<T>(std::exp(m_eigenvalues.X() * t), std::exp(m_eigenvalues.Y() * t));
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector2<T> CQXSLDE2<T>::Solution_1_Exp_1_Eigenvector(T t) const noexcept {
   const T e = std::exp(m_eigenvalues.X() * t);
   return m_c * CQXVector2<T>(e, t * e);
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector2<T> CQXSLDE2<T>::Solution_1_Exp_2_Eigenvectors(T t) const noexcept {
   return (m_c.ColVector(0) + m_c.ColVector(1)) * std::exp(m_eigenvalues.X() * t);
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector2<T> CQXSLDE2<T>::SolutionComplexCase(T t) const noexcept {
   const T e = std::exp(m_eigenvalues.X() * t);
   return m_c * CQXVector2<T>(e * std::cos(m_eigenvalues.Y() * t), e * std::sin(m_eigenvalues.Y() * t));
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector2<T> CQXSLDE2<T>::GetSolutionAtTime(T t) const noexcept {
   CQXVector2<T> x;
   switch (m_generalType) {
@@ -304,7 +304,7 @@ CQXVector2<T> CQXSLDE2<T>::GetSolutionAtTime(T t) const noexcept {
   return x;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXSLDE2<T>::CalculateTrajectory(T x, T y, std::int32_t n, CQXVector2<T>* out, T dt,
                                       std::int32_t forward) noexcept {
   SetInitialCondition(x, y, 0);
@@ -317,7 +317,7 @@ void CQXSLDE2<T>::CalculateTrajectory(T x, T y, std::int32_t n, CQXVector2<T>* o
 
 // ---- Tests
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXSLDE2<T>::TestHomogGeneralSolution() const noexcept {
   const T l1 = m_eigenvalues.X(), l2 = m_eigenvalues.Y();
   const CQXVector2<T>& v1 = m_eigenvectors[0];

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/matrices/matrix2.h>
 #include <qx/vectors/vector2.h>
 
@@ -44,7 +45,7 @@ enum qxSLDE2InhomogenType : std::int32_t {
 ///
 /// No operation reports failure. A calculated object may be read from several threads; distinct objects are
 /// independent.
-template <typename T>
+template <qxReal T>
 class QX_API CQXSLDE2 {
  public:
   /// Sets A and f. Clears the types, the eigenvalues and everything calculated; the initial condition and the precision

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
+
 #include <cmath>
 #include <numbers>
 
@@ -8,7 +10,7 @@
 /// The angle and the period share one unit: pass 360 for degrees, 2 pi for radians. The number of periods is
 /// floor((period / 2 + angle) / period), where a negative quotient within @p tolerance of the whole number above it
 /// counts as that number. Infinities and not a number give not a number.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxWrapAngle(T angle, T period, T tolerance) noexcept {
   const T quotient = (period / 2 + angle) / period;
   T periods = std::trunc(quotient);
@@ -17,7 +19,7 @@ template <typename T>
 }
 
 /// An angle in degrees as radians in [-pi, pi): the form in which the rotations by Euler angles take their angles.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxWrappedRadians(T angleInDegrees) noexcept {
   constexpr T pi = std::numbers::pi_v<T>;
   return qxWrapAngle(angleInDegrees * pi / 180, 2 * pi, T(1e-9));

@@ -9,52 +9,52 @@
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 constexpr T pi = std::numbers::pi_v<T>;
 
 /// Angle of the upper half plane, turned down when the imaginary part is negative.
-template <typename T>
+template <qxReal T>
 T WithSideOf(T imag, T angle, T fullTurn) {
   return imag < 0 ? fullTurn - angle : angle;
 }
 
-template <typename T>
+template <qxReal T>
 T InDegrees(T radians) {
   return radians * 180 / pi<T>;
 }
 
-template <typename T>
+template <qxReal T>
 T WrappedRadians(T angleInDegrees) {
   return qxWrapAngle(angleInDegrees * pi<T> / 180, 2 * pi<T>, QX_TOLERANCE<T>);
 }
 
-template <typename T>
+template <qxReal T>
 T Truncate(T x) {
   return static_cast<T>(qxToInt32(x));
 }
 
-template <typename T>
+template <qxReal T>
 T FloorPart(T x) {
   if (x >= 0) return Truncate(x);
   const T truncated = Truncate(x);
   return std::abs(x - truncated) < QX_TOLERANCE<T> ? truncated : Truncate(x - 1);
 }
 
-template <typename T>
+template <qxReal T>
 T CeilPart(T x) {
   if (x <= 0) return Truncate(x);
   const T truncated = Truncate(x);
   return std::abs(x - truncated) < QX_TOLERANCE<T> ? truncated : Truncate(x + 1);
 }
 
-template <typename T>
+template <qxReal T>
 T RoundPart(T x) {
   return x >= 0 ? Truncate(x + T(0.5)) : Truncate(x - T(0.5));
 }
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 void CQXComplex<T>::SetInTrigForm(T magnitude, T angleInDegrees) noexcept {
   m_magnitude = magnitude;
   if (angleInDegrees < 0) {
@@ -67,14 +67,14 @@ void CQXComplex<T>::SetInTrigForm(T magnitude, T angleInDegrees) noexcept {
   CalculateAlgebrForm();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXComplex<T>::CalculateAlgebrForm() noexcept {
   const T radians = WrappedRadians(m_angle);
   m_real = m_magnitude * std::cos(radians);
   m_imag = m_magnitude * std::sin(radians);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXComplex<T>::FillTrigonForm() const noexcept {
   const T square = m_real * m_real + m_imag * m_imag;
   if (IsWithinTolerance(square) != 0) {
@@ -87,7 +87,7 @@ void CQXComplex<T>::FillTrigonForm() const noexcept {
   m_trigCalculated = 1;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXComplex<T>::AngleInDegrees() const noexcept {
   if (m_trigCalculated != 0) return m_angle;
   const T magnitude = qxGuardedSqrt(m_real * m_real + m_imag * m_imag);
@@ -95,7 +95,7 @@ T CQXComplex<T>::AngleInDegrees() const noexcept {
   return WithSideOf(m_imag, InDegrees(std::acos(m_real / magnitude)), T(360));
 }
 
-template <typename T>
+template <qxReal T>
 T CQXComplex<T>::AngleInRadians() const noexcept {
   if (m_trigCalculated != 0) return WrappedRadians(m_angle);
   const T magnitude = qxGuardedSqrt(m_real * m_real + m_imag * m_imag);
@@ -103,22 +103,22 @@ T CQXComplex<T>::AngleInRadians() const noexcept {
   return WithSideOf(m_imag, std::acos(m_real / magnitude), 2 * pi<T>);
 }
 
-template <typename T>
+template <qxReal T>
 CQXComplex<T> CQXComplex<T>::Floor() const noexcept {
   return {FloorPart(m_real), FloorPart(m_imag)};
 }
 
-template <typename T>
+template <qxReal T>
 CQXComplex<T> CQXComplex<T>::Ceil() const noexcept {
   return {CeilPart(m_real), CeilPart(m_imag)};
 }
 
-template <typename T>
+template <qxReal T>
 CQXComplex<T> CQXComplex<T>::Round() const noexcept {
   return {RoundPart(m_real), RoundPart(m_imag)};
 }
 
-template <typename T>
+template <qxReal T>
 CQXComplex<T> CQXComplex<T>::Power(std::int32_t n) const noexcept {
   CQXComplex result;
   if (m_trigCalculated == 0) FillTrigonForm();
@@ -136,7 +136,7 @@ CQXComplex<T> CQXComplex<T>::Power(std::int32_t n) const noexcept {
   return result;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXComplex<T>::Roots(std::int32_t n, CQXComplex* target) const noexcept {
   if (m_trigCalculated == 0) FillTrigonForm();
   if (m_magnitude < QX_TOLERANCE<T>) return 0;
@@ -149,7 +149,7 @@ std::int32_t CQXComplex<T>::Roots(std::int32_t n, CQXComplex* target) const noex
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::ostream& operator<<(std::ostream& stream, const CQXComplex<T>& z) {
   stream << z.Real();
   if (z.Imag() < 0) {

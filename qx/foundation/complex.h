@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 
 #include <cmath>
@@ -19,7 +20,7 @@
 ///   either number, or the same infinity in both. Use Set() to store a value exactly.
 ///
 /// Power() and Roots() fill the cache of a const object: one object must not be shared by threads during these calls.
-template <typename T>
+template <qxReal T>
 class QX_API CQXComplex {
  public:
   /// Zero, with the default precision QX_TOLERANCE and no trigonometric form.
@@ -218,7 +219,7 @@ class QX_API CQXComplex {
 
 /// Magnitude from the parts alone: the guarded root of real^2 + imag^2. A calculated trigonometric form and the
 /// precision of the object play no part; CQXComplex::Magn() uses both.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxAbs(const CQXComplex<T>& z) noexcept {
   return qxGuardedSqrt(z.Real() * z.Real() + z.Imag() * z.Imag(), QX_TOLERANCE_SQUARED<T>);
 }
@@ -226,21 +227,21 @@ template <typename T>
 /// 1 when the guarded distance of the parts is strictly below @p tolerance. Numbers closer than 3.16e-5
 /// (float: 3.16e-4) have the distance 0, so they are almost equal for every positive tolerance; for a tolerance of 0
 /// nothing is.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline std::int32_t qxAreAlmostEqual(const CQXComplex<T>& a, const CQXComplex<T>& b,
-                                                   std::type_identity_t<T> tolerance = QX_TOLERANCE<T>) noexcept {
+                                                   qxNonDeduced<T> tolerance = QX_TOLERANCE<T>) noexcept {
   return qxAbs(a - b) < tolerance;
 }
 
 /// 1 when Magn() is strictly below @p tolerance.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline std::int32_t qxIsAlmostZero(const CQXComplex<T>& z,
-                                                 std::type_identity_t<T> tolerance = QX_TOLERANCE<T>) noexcept {
+                                                 qxNonDeduced<T> tolerance = QX_TOLERANCE<T>) noexcept {
   return z.Magn() < tolerance;
 }
 
 /// The order of complex numbers: by Magn(), and by the real part where neither magnitude is larger.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline bool qxIsGreater(const CQXComplex<T>& a, const CQXComplex<T>& b) noexcept {
   const T magnitudeA = a.Magn();
   const T magnitudeB = b.Magn();
@@ -250,7 +251,7 @@ template <typename T>
 }
 
 /// Smallest Magn() of two numbers.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxAbsMin(CQXComplex<T> a, CQXComplex<T> b) noexcept {
   const T magnitudeA = a.Magn();
   const T magnitudeB = b.Magn();
@@ -258,7 +259,7 @@ template <typename T>
 }
 
 /// Smallest Magn() of three numbers.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxAbsMin(CQXComplex<T> a, CQXComplex<T> b, CQXComplex<T> c) noexcept {
   const T magnitudeAB = qxAbsMin(a, b);
   const T magnitudeC = c.Magn();
@@ -266,7 +267,7 @@ template <typename T>
 }
 
 /// Largest Magn() of two numbers.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxAbsMax(CQXComplex<T> a, CQXComplex<T> b) noexcept {
   const T magnitudeA = a.Magn();
   const T magnitudeB = b.Magn();
@@ -274,7 +275,7 @@ template <typename T>
 }
 
 /// Largest Magn() of three numbers.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxAbsMax(CQXComplex<T> a, CQXComplex<T> b, CQXComplex<T> c) noexcept {
   const T magnitudeAB = qxAbsMax(a, b);
   const T magnitudeC = c.Magn();
@@ -282,8 +283,8 @@ template <typename T>
 }
 
 /// Finds the smallest Magn() of an array and its index; of equal ones the first. Element 0 is read for every count.
-template <typename T>
-void qxAbsMinInArray(std::int32_t count, const CQXComplex<T>* array, std::type_identity_t<T>& minimum,
+template <qxReal T>
+void qxAbsMinInArray(std::int32_t count, const CQXComplex<T>* array, qxNonDeduced<T>& minimum,
                      std::int32_t& index) noexcept {
   minimum = array[0].Magn();
   index = 0;
@@ -297,8 +298,8 @@ void qxAbsMinInArray(std::int32_t count, const CQXComplex<T>* array, std::type_i
 }
 
 /// Finds the largest Magn() of an array and its index; of equal ones the first. Element 0 is read for every count.
-template <typename T>
-void qxAbsMaxInArray(std::int32_t count, const CQXComplex<T>* array, std::type_identity_t<T>& maximum,
+template <qxReal T>
+void qxAbsMaxInArray(std::int32_t count, const CQXComplex<T>* array, qxNonDeduced<T>& maximum,
                      std::int32_t& index) noexcept {
   maximum = array[0].Magn();
   index = 0;
@@ -312,7 +313,7 @@ void qxAbsMaxInArray(std::int32_t count, const CQXComplex<T>* array, std::type_i
 }
 
 /// Writes "1 - 2*i " for 1 - 2i: the real part, " + " or " - ", the size of the imaginary part, and "*i ".
-template <typename T>
+template <qxReal T>
 QX_API std::ostream& operator<<(std::ostream& stream, const CQXComplex<T>& z);
 
 extern template class QX_API CQXComplex<float>;

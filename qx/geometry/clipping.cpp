@@ -5,19 +5,19 @@
 namespace {
 
 /// Into [lo, hi]; not a number becomes lo.
-template <typename T>
+template <qxReal T>
 T Clamped(T x, T lo, T hi) {
   if (!(x >= lo)) return lo;
   return x > hi ? hi : x;
 }
 
-template <typename T>
+template <qxReal T>
 bool IsFinite(const CQXVector2<T>& p) {
   return std::isfinite(p.X()) && std::isfinite(p.Y());
 }
 
 /// The part of a segment a + u (b - a) that is left, and the borders that cut its ends.
-template <typename T>
+template <qxReal T>
 struct SegmentPart {
   T first = 0, last = 1;
   qxRectangleBorder firstBorder = QX_BORDER_NONE, lastBorder = QX_BORDER_NONE;
@@ -46,7 +46,7 @@ struct SegmentPart {
 
 /// Puts a point on the border exactly, and what rounding or an overflow of the difference left outside into the
 /// rectangle.
-template <typename T>
+template <qxReal T>
 CQXVector2<T> OnBorder(const CQXVector2<T>& p, const CQXVector2<T>& lo, const CQXVector2<T>& hi,
                        qxRectangleBorder border) {
   CQXVector2<T> q(Clamped(p.X(), lo.X(), hi.X()), Clamped(p.Y(), lo.Y(), hi.Y()));
@@ -59,10 +59,9 @@ CQXVector2<T> OnBorder(const CQXVector2<T>& p, const CQXVector2<T>& lo, const CQ
 
 }  // namespace
 
-template <typename T>
-std::int32_t CQXGeometry::LinePlaneIntersection(const CQXVector3<T>& p, const CQXVector3<T>& v,
-                                                std::type_identity_t<T> a, std::type_identity_t<T> b,
-                                                std::type_identity_t<T> c, std::type_identity_t<T> d,
+template <qxReal T>
+std::int32_t CQXGeometry::LinePlaneIntersection(const CQXVector3<T>& p, const CQXVector3<T>& v, qxNonDeduced<T> a,
+                                                qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> d,
                                                 CQXVector3<T>& point) {
   const CQXVector3<T> normal(a, b, c);
   const T speed = normal.Dot(v);
@@ -71,7 +70,7 @@ std::int32_t CQXGeometry::LinePlaneIntersection(const CQXVector3<T>& p, const CQ
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector3<T> CQXGeometry::GetPointOnPlane(T a, T b, T c, T d) {
   const CQXVector3<T> normal(a, b, c);
   const T square = normal.SquareLength();
@@ -79,7 +78,7 @@ CQXVector3<T> CQXGeometry::GetPointOnPlane(T a, T b, T c, T d) {
   return normal * (-d / square);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::ClipSegmentToRectangle(const CQXVector2<T>& a, const CQXVector2<T>& b,
                                                  const CQXVector2<T>& lo, const CQXVector2<T>& hi, CQXVector2<T>& qa,
                                                  CQXVector2<T>& qb) {
@@ -97,7 +96,7 @@ std::int32_t CQXGeometry::ClipSegmentToRectangle(const CQXVector2<T>& a, const C
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 qxRectangleBorder CQXGeometry::PointRelativelyRectangleBorder(const CQXVector2<T>& p, const CQXVector2<T>& lo,
                                                               const CQXVector2<T>& hi, std::int32_t horizontalFirst) {
   constexpr qxRectangleBorder orders[2][4] = {{QX_BORDER_LEFT, QX_BORDER_RIGHT, QX_BORDER_TOP, QX_BORDER_BOTTOM},
@@ -112,7 +111,7 @@ qxRectangleBorder CQXGeometry::PointRelativelyRectangleBorder(const CQXVector2<T
   return QX_BORDER_NONE;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::EncloseCornerPoint(qxRectangleBorder border1, qxRectangleBorder border2,
                                              const CQXVector2<T>& lo, const CQXVector2<T>& hi, CQXVector2<T>& corner) {
   const auto either = [&](qxRectangleBorder border) { return border1 == border || border2 == border; };

@@ -20,13 +20,13 @@ using qxGeometry::ToPoint;
 using qxGeometry::Turn;
 
 /// Point of the private copies: nothing is set before it is written.
-template <typename T>
+template <qxReal T>
 struct Site {
   T x;
   T y;
 };
 
-template <typename T>
+template <qxReal T>
 Point ToPoint(const Site<T>& site) {
   return {static_cast<double>(site.x), static_cast<double>(site.y)};
 }
@@ -34,7 +34,7 @@ Point ToPoint(const Site<T>& site) {
 /// The octagon of the extreme points in eight directions; what lies well inside it is no vertex of the hull.
 class Octagon {
  public:
-  template <typename T>
+  template <qxReal T>
   Octagon(std::size_t n, const CQXVector2<T>* points) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     // Directions east, north-east, ..., and so on counter-clockwise.
@@ -96,7 +96,7 @@ class Octagon {
 };
 
 /// Points that were kept, by cells of the plane: answers in constant time whether one of them coincides with a point.
-template <typename T>
+template <qxReal T>
 class CellIndex {
  public:
   /// False when there is no memory.
@@ -154,7 +154,7 @@ class CellIndex {
 
 /// Sorts by y, then x, from @p sites to @p sorted: by buckets of equal height first, then each bucket.
 /// @return false when there is no memory.
-template <typename T>
+template <qxReal T>
 bool SortUpwards(std::size_t count, const Site<T>* sites, Site<T>* sorted) {
   constexpr std::size_t bucketSize = 4;
   const auto isBelow = [](const Site<T>& a, const Site<T>& b) { return a.y < b.y || (a.y == b.y && a.x < b.x); };
@@ -187,7 +187,7 @@ bool SortUpwards(std::size_t count, const Site<T>* sites, Site<T>* sorted) {
 /// Drops the points that coincide with a kept one, the start of the hull being kept before all others. The points are
 /// in ascending order of y and stay so.
 /// @return the number of kept points; 0 when there is no memory.
-template <typename T>
+template <qxReal T>
 std::size_t DropCoincident(std::size_t count, Site<T>* sites, std::size_t start) {
   constexpr std::size_t shortWindow = 64;
   CellIndex<T> index;
@@ -218,7 +218,7 @@ std::size_t DropCoincident(std::size_t count, Site<T>* sites, std::size_t start)
 /// Hull of points in ascending order of y, then x: up along the right side, down along the left one. Points on an edge
 /// are no vertices.
 /// @return the number of vertices, written counter-clockwise to @p hull, which has room for count + 1.
-template <typename T>
+template <qxReal T>
 std::size_t FindStrictHull(std::size_t count, const Site<T>* sites, Site<T>* hull) {
   std::size_t size = 0;
   const auto push = [&](const Site<T>& site, std::size_t floor) {
@@ -256,7 +256,7 @@ std::size_t FindStart(std::size_t size, const Vertex* points) {
 
 /// Writes the vertices of a strict hull from @p start on, without those that give way to a farther one.
 /// @return the number of vertices.
-template <typename T>
+template <qxReal T>
 std::size_t WriteHull(std::size_t size, const Site<T>* strict, std::size_t start, CQXVector2<T>* hull) {
   const auto position = [=](std::size_t i) { return start + i < size ? start + i : start + i - size; };
   const auto at = [&](std::size_t i) { return ToPoint(strict[position(i)]); };
@@ -281,14 +281,14 @@ std::size_t WriteHull(std::size_t size, const Site<T>* strict, std::size_t start
   return written;
 }
 
-template <typename T>
+template <qxReal T>
 bool IsNumber(const CQXVector2<T>& v) {
   return !std::isnan(v.X()) && !std::isnan(v.Y());
 }
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 void CQXGeometry::BuildConvexHull(std::int32_t n, const CQXVector2<T>* points, std::int32_t& m, CQXVector2<T>* hull) {
   m = 0;
   if (n <= 0) return;
@@ -310,7 +310,7 @@ void CQXGeometry::BuildConvexHull(std::int32_t n, const CQXVector2<T>* points, s
   m = static_cast<std::int32_t>(WriteHull(size, sites.get(), FindStart(size, sites.get()), hull));
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::AddPointToConvexHall(const CQXVector2<T>& point, std::int32_t& n, CQXVector2<T>* hull) {
   const CQXVector2<T> added = point;
   if (!IsNumber(added)) return 0;
@@ -350,7 +350,7 @@ std::int32_t CQXGeometry::AddPointToConvexHall(const CQXVector2<T>& point, std::
   return farthest > 0 ? UpdateConvexHallEdge(added, edge, n, hull) : 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::UpdateConvexHallEdge(const CQXVector2<T>& point, std::int32_t edge, std::int32_t& n,
                                                CQXVector2<T>* hull) {
   if (n < 2 || edge < 0 || edge >= n) return 0;
@@ -375,7 +375,7 @@ std::int32_t CQXGeometry::UpdateConvexHallEdge(const CQXVector2<T>& point, std::
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXGeometry::UniteConvexPolygons(std::int32_t n, const CQXVector2<T>* a, std::int32_t m, const CQXVector2<T>* b,
                                       std::int32_t& k, CQXVector2<T>* result) {
   const std::int32_t countA = std::max(n, 0);

@@ -17,7 +17,7 @@ using qxGeometry::SquareLength;
 using qxGeometry::ToPoint;
 using qxGeometry::Turn;
 
-template <typename T>
+template <qxReal T>
 CQXVector2<T> ToVector(Point p) {
   return {static_cast<T>(p.x), static_cast<T>(p.y)};
 }
@@ -26,11 +26,11 @@ CQXVector2<T> ToVector(Point p) {
 double Size(Point p) { return std::max(std::abs(p.x), std::abs(p.y)); }
 
 /// What rounding to the type leaves uncertain in a coordinate of the given magnitude.
-template <typename T>
+template <qxReal T>
 constexpr double roundingUnit = 4 * static_cast<double>(std::numeric_limits<T>::epsilon());
 
 /// A polygon as a closed chain: the vertex after the last one is the first.
-template <typename T>
+template <qxReal T>
 class Polygon {
  public:
   Polygon(std::int32_t n, const CQXVector2<T>* vertices) : m_count(n), m_vertices(vertices) {}
@@ -60,7 +60,7 @@ double SquareDistanceToSegment(Point p, Point a, Point b) {
 }
 
 /// Length with the guard of type T.
-template <typename T>
+template <qxReal T>
 T GuardedLength(double square) {
   return static_cast<T>(qxGuardedSqrt(square, static_cast<double>(QX_TOLERANCE<T>)));
 }
@@ -99,7 +99,7 @@ class ClippedPolygon {
   }
 
   /// Writes the vertices, each of a run of equal ones once.
-  template <typename T>
+  template <qxReal T>
   std::int32_t Write(CQXVector2<T>* result) const {
     std::size_t written = 0;
     for (std::size_t i = 0; i < m_count; ++i) {
@@ -118,7 +118,7 @@ class ClippedPolygon {
   qxBlock<Point> m_spare;
 };
 
-template <typename T>
+template <qxReal T>
 void AppendCounterClockwise(const Polygon<T>& polygon, ClippedPolygon& clipped) {
   const bool isClockwise = polygon.DoubleArea() < 0;
   for (std::int32_t i = 0; i < polygon.Count(); ++i) {
@@ -130,7 +130,7 @@ void AppendCounterClockwise(const Polygon<T>& polygon, ClippedPolygon& clipped) 
 double Settled(double distance, double rounding) { return std::abs(distance) <= rounding ? 0 : distance; }
 
 /// Cuts by the side of the axis-parallel line at @p level; a positive @p sign keeps what is above the level.
-template <typename T>
+template <qxReal T>
 void CutAtLevel(ClippedPolygon& clipped, double Point::*along, double Point::*across, double level, double sign) {
   clipped.Cut([=](Point p) { return Settled(sign * (p.*across - level), roundingUnit<T> * std::abs(level)); },
               [=](Point inside, Point outside, double distanceInside, double distanceOutside) {
@@ -143,7 +143,7 @@ void CutAtLevel(ClippedPolygon& clipped, double Point::*along, double Point::*ac
 }
 
 /// Cuts a polygon by the line on which the coordinate @p across is @p level; the ends are coordinates @p along.
-template <typename T>
+template <qxReal T>
 std::int32_t CutByLine(const Polygon<T>& polygon, double Point::*along, double Point::*across, T level, T& end1,
                        T& end2) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -172,7 +172,7 @@ std::int32_t CutByLine(const Polygon<T>& polygon, double Point::*along, double P
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::TestConvexity(std::int32_t n, const CQXVector2<T>* vertices) {
   if (n <= 3) return 1;
   const Polygon<T> polygon(n, vertices);
@@ -194,10 +194,9 @@ std::int32_t CQXGeometry::TestConvexity(std::int32_t n, const CQXVector2<T>* ver
   return turnsLeft && turnsRight ? 0 : 1;
 }
 
-template <typename T>
+template <qxReal T>
 qxRelativeLocation CQXGeometry::IsPointInConvexPolygon(const CQXVector2<T>& point, std::int32_t n,
-                                                       const CQXVector2<T>* vertices,
-                                                       std::type_identity_t<T> tolerance) {
+                                                       const CQXVector2<T>* vertices, qxNonDeduced<T> tolerance) {
   const Polygon<T> polygon(n, vertices);
   const Point p = ToPoint(point);
   const double bound = static_cast<double>(tolerance);
@@ -235,7 +234,7 @@ qxRelativeLocation CQXGeometry::IsPointInConvexPolygon(const CQXVector2<T>& poin
   return isNearAnEdge();
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::IntersectConvexPolygons(std::int32_t n, const CQXVector2<T>* a, std::int32_t m,
                                                   const CQXVector2<T>* b, std::int32_t& k, CQXVector2<T>* result) {
   k = 0;
@@ -267,7 +266,7 @@ std::int32_t CQXGeometry::IntersectConvexPolygons(std::int32_t n, const CQXVecto
   return k > 0 ? 1 : 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::ConvexPolygonRectangleIntersection(std::int32_t n, const CQXVector2<T>* vertices,
                                                              const CQXVector2<T>& corner, const CQXVector2<T>& opposite,
                                                              std::int32_t& k, CQXVector2<T>* result) {
@@ -291,22 +290,22 @@ std::int32_t CQXGeometry::ConvexPolygonRectangleIntersection(std::int32_t n, con
   return k > 0 ? 1 : 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::HorizIntersectionConvexPolygon(std::int32_t n, const CQXVector2<T>* vertices,
-                                                         std::type_identity_t<T> y, T& x1, T& x2) {
+                                                         qxNonDeduced<T> y, T& x1, T& x2) {
   return CutByLine(Polygon<T>(n, vertices), &Point::x, &Point::y, y, x1, x2);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXGeometry::VertIntersectionConvexPolygon(std::int32_t n, const CQXVector2<T>* vertices,
-                                                        std::type_identity_t<T> x, T& y1, T& y2) {
+                                                        qxNonDeduced<T> x, T& y1, T& y2) {
   return CutByLine(Polygon<T>(n, vertices), &Point::y, &Point::x, x, y1, y2);
 }
 
-template <typename T>
-std::int32_t CQXGeometry::PolarRayPolygonIntersection(const CQXVector2<T>& center,
-                                                      std::type_identity_t<T> angleInDegrees, std::int32_t n,
-                                                      const CQXVector2<T>* vertices, CQXVector2<T>& exit) {
+template <qxReal T>
+std::int32_t CQXGeometry::PolarRayPolygonIntersection(const CQXVector2<T>& center, qxNonDeduced<T> angleInDegrees,
+                                                      std::int32_t n, const CQXVector2<T>* vertices,
+                                                      CQXVector2<T>& exit) {
   const Polygon<T> polygon(n, vertices);
   const double area = polygon.DoubleArea();
   if (!(std::abs(area) > 0)) return 0;
@@ -333,7 +332,7 @@ std::int32_t CQXGeometry::PolarRayPolygonIntersection(const CQXVector2<T>& cente
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector2<T> CQXGeometry::CalculatePolygonCenter(std::int32_t n, const CQXVector2<T>* vertices) {
   if (n <= 0) return {};
   const double weight = 1.0 / n;
@@ -346,7 +345,7 @@ CQXVector2<T> CQXGeometry::CalculatePolygonCenter(std::int32_t n, const CQXVecto
   return ToVector<T>(center);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXGeometry::CalculatePolygonDiameter(std::int32_t n, const CQXVector2<T>* vertices) {
   if (n <= 1) return 0;
   const Polygon<T> polygon(n, vertices);
@@ -372,7 +371,7 @@ T CQXGeometry::CalculatePolygonDiameter(std::int32_t n, const CQXVector2<T>* ver
   return GuardedLength<T>(square);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXGeometry::CalculatePolygonInternalRadius(std::int32_t n, const CQXVector2<T>* vertices) {
   if (n < 3) return 0;
   const Polygon<T> polygon(n, vertices);

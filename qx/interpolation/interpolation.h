@@ -2,6 +2,7 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/polynomial.h>
+#include <qx/foundation/scalar.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/matrix2.h>
 #include <qx/matrices/matrix3.h>
@@ -33,8 +34,8 @@
 class QX_API CQXInterpolation {
  public:
   /// A time or a node: it takes no part in the deduction of the element type, so that plain numbers can be given.
-  template <typename T>
-  using Time = std::type_identity_t<T>;
+  template <qxReal T>
+  using Time = qxNonDeduced<T>;
 
   // ---- Vectors, element by element
 
@@ -199,7 +200,7 @@ class QX_API CQXInterpolation {
   /// almost parallel or antiparallel are shorter than 1 by less than 1e-6.
   ///
   /// K. Shoemake, Animating rotation with quaternion curves, SIGGRAPH 1985.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXQuaternion<T> Slerp(const CQXQuaternion<T>& q1, const CQXQuaternion<T>& q2,
                                               Time<T> t) noexcept {
     const T c = q1.w * q2.w + q1.x * q2.x + q1.y * q2.y + q1.z * q2.z;
@@ -218,7 +219,7 @@ class QX_API CQXInterpolation {
 
   /// Spherical quadrangle: Slerp(Slerp(q1, q4, t), Slerp(q2, q3, t), 2 t (1 - t)). The first and the last quaternion
   /// are the keys, @p q2 and @p q3 the control points between them.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXQuaternion<T> Squad(const CQXQuaternion<T>& q1, const CQXQuaternion<T>& q2,
                                               const CQXQuaternion<T>& q3, const CQXQuaternion<T>& q4,
                                               Time<T> t) noexcept {
@@ -232,7 +233,7 @@ class QX_API CQXInterpolation {
   /// for all times when the two nodes are closer than 1e-6. @p t0 and @p t3 play no part. The control points are
   /// q Exp(-(Log(q^-1 next) + Log(q^-1 previous)) / 4) with CQXQuaternion's own Log() and Exp(), which are not those of
   /// the textbook: the path runs through its keys, and its velocity may jump there.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXQuaternion<T> SlerpCubic(const CQXQuaternion<T>& q0, const CQXQuaternion<T>& q1,
                                                    const CQXQuaternion<T>& q2, const CQXQuaternion<T>& q3, Time<T> t0,
                                                    Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept;
@@ -240,14 +241,14 @@ class QX_API CQXInterpolation {
   // ---- Rotations, through quaternions
 
   /// The rotation by Slerp() of the quaternions of two rotation matrices.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXMatrix3<T> RotationsLinear(const CQXMatrix3<T>& a, const CQXMatrix3<T>& b,
                                                      Time<T> t) noexcept {
     return Slerp(qxMatrixToQuaternion(a), qxMatrixToQuaternion(b), t).GetMatrix();
   }
   /// The same for the upper left blocks; the rest of the result is that of the unit matrix, so translations are
   /// dropped.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXMatrix4<T> RotationsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
                                                      Time<T> t) noexcept {
     return qxMatrix3To4(RotationsLinear(a.GetMatrix(), b.GetMatrix(), t));
@@ -257,15 +258,14 @@ class QX_API CQXInterpolation {
   ///
   /// The angles of the result are those of CQXMatrix3::ExtractEulerAngles(), in [-180, 180). An order outside the
   /// enumeration leaves them untouched.
-  template <typename T>
-  static void RotationsLinear(std::type_identity_t<T> ax1InDegrees, std::type_identity_t<T> ay1InDegrees,
-                              std::type_identity_t<T> az1InDegrees, std::type_identity_t<T> ax2InDegrees,
-                              std::type_identity_t<T> ay2InDegrees, std::type_identity_t<T> az2InDegrees,
+  template <qxReal T>
+  static void RotationsLinear(qxNonDeduced<T> ax1InDegrees, qxNonDeduced<T> ay1InDegrees, qxNonDeduced<T> az1InDegrees,
+                              qxNonDeduced<T> ax2InDegrees, qxNonDeduced<T> ay2InDegrees, qxNonDeduced<T> az2InDegrees,
                               qxRotationsOrder order, Time<T> t, T& axInDegrees, T& ayInDegrees,
                               T& azInDegrees) noexcept;
 
   /// The rotation by SlerpCubic() of the quaternions of four rotation matrices.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXMatrix3<T> RotationsCubic(const CQXMatrix3<T>& a, const CQXMatrix3<T>& b,
                                                     const CQXMatrix3<T>& c, const CQXMatrix3<T>& d, Time<T> t0,
                                                     Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept {
@@ -275,7 +275,7 @@ class QX_API CQXInterpolation {
   }
   /// The same for the upper left blocks; the rest of the result is that of the unit matrix, so translations are
   /// dropped.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXMatrix4<T> RotationsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
                                                     const CQXMatrix4<T>& c, const CQXMatrix4<T>& d, Time<T> t0,
                                                     Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept {
@@ -284,7 +284,7 @@ class QX_API CQXInterpolation {
   /// The same for four triples of angles in degrees, each about X, Y and Z; the order tells in which sequence they act.
   /// @return angles in degrees, as CQXMatrix3::ExtractEulerAngles() gives them; zeros for an order outside the
   /// enumeration.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXVector3<T> RotationsCubic(const CQXVector3<T>& aInDegrees, const CQXVector3<T>& bInDegrees,
                                                     const CQXVector3<T>& cInDegrees, const CQXVector3<T>& dInDegrees,
                                                     qxRotationsOrder order, Time<T> t0, Time<T> t1, Time<T> t2,
@@ -293,13 +293,13 @@ class QX_API CQXInterpolation {
   // ---- Coordinate matrices
 
   /// The translation by the linear blend of the last columns; nothing else of the keys is read.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static constexpr CQXMatrix4<T> TranslationsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
                                                                   Time<T> t) noexcept {
     return WithTranslation(UnitMatrix<T>(), VectorsLinear(a.ExtractTranslation(), b.ExtractTranslation(), t));
   }
   /// The translation by the cubic blend of the last columns; nothing else of the keys is read.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static constexpr CQXMatrix4<T> TranslationsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
                                                                  const CQXMatrix4<T>& c, const CQXMatrix4<T>& d,
                                                                  Time<T> t0, Time<T> t1, Time<T> t2, Time<T> t3,
@@ -314,10 +314,10 @@ class QX_API CQXInterpolation {
   /// A key is read through its diagonal s and its last column d: the centre is d / (1 - s), 0 on an axis where
   /// abs(s - 1) <= 1e-6, and the origin when d is almost zero at 1e-6. A translation along an axis with the factor 1 is
   /// therefore lost. Elements off the diagonal are ignored.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXMatrix4<T> ScalingsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, Time<T> t) noexcept;
   /// The same with cubic blends over four keys.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXMatrix4<T> ScalingsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
                                                    const CQXMatrix4<T>& c, const CQXMatrix4<T>& d, Time<T> t0,
                                                    Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) noexcept;
@@ -328,30 +328,30 @@ class QX_API CQXInterpolation {
   /// elements of the keys. When it is refused for both, the rotation (the unit matrix), the symmetric factor (the block
   /// itself) and the translation are blended apart, and the last row is 0, 0, 0, 1. Both blend the elements: rotations
   /// shrink on the way. Callers who want them turned rigidly take the keys apart and use RotationsLinear().
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXMatrix4<T> AffineTransfLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, Time<T> t);
   /// The same with cubic blends over four keys; they are blended apart only when all four decompositions are refused.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static CQXMatrix4<T> AffineTransfCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
                                                        const CQXMatrix4<T>& c, const CQXMatrix4<T>& d, Time<T> t0,
                                                        Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t);
 
  private:
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static const CQXBaseVector<T>& AsBase(const CQXBaseVector<T>& v) noexcept {
     return v;
   }
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static const CQXBaseMatrix<T>& AsBase(const CQXBaseMatrix<T>& m) noexcept {
     return m;
   }
 
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static constexpr CQXMatrix4<T> UnitMatrix() noexcept {
     return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
   }
   /// @p m with the first three elements of its last column replaced.
-  template <typename T>
+  template <qxReal T>
   [[nodiscard]] static constexpr CQXMatrix4<T> WithTranslation(CQXMatrix4<T> m, const CQXVector3<T>& d) noexcept {
     m(0, 3) = d.X();
     m(1, 3) = d.Y();

@@ -6,11 +6,11 @@
 namespace {
 
 /// What counts as no translation, as a factor of 1 and as a singular block, for both element types.
-template <typename T>
+template <qxReal T>
 constexpr T bound = T(1e-6);
 
 /// A scaling about a centre.
-template <typename T>
+template <qxReal T>
 struct Scaling {
   explicit Scaling(const CQXMatrix4<T>& key) noexcept : factors(key.Diagonal3()) {
     const CQXVector3<T> d = key.ExtractTranslation();
@@ -24,7 +24,7 @@ struct Scaling {
   CQXVector3<T> centre;
 };
 
-template <typename T>
+template <qxReal T>
 CQXMatrix4<T> ScalingMatrix(const CQXVector3<T>& s, const CQXVector3<T>& c) noexcept {
   return {s.X(), 0,     0,     (1 - s.X()) * c.X(),  //
           0,     s.Y(), 0,     (1 - s.Y()) * c.Y(),  //
@@ -33,7 +33,7 @@ CQXMatrix4<T> ScalingMatrix(const CQXVector3<T>& s, const CQXVector3<T>& c) noex
 }
 
 /// The polar factors of the upper left block of a key; where they are refused, the unit matrix and the block itself.
-template <typename T>
+template <qxReal T>
 struct PolarFactors {
   /// @return false when they are refused.
   bool Take(const CQXMatrix4<T>& key) {
@@ -49,13 +49,13 @@ struct PolarFactors {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 CQXMatrix4<T> CQXInterpolation::ScalingsLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, Time<T> t) noexcept {
   const Scaling<T> sa(a), sb(b);
   return ScalingMatrix(VectorsLinear(sa.factors, sb.factors, t), VectorsLinear(sa.centre, sb.centre, t));
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrix4<T> CQXInterpolation::ScalingsCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, const CQXMatrix4<T>& c,
                                               const CQXMatrix4<T>& d, Time<T> t0, Time<T> t1, Time<T> t2, Time<T> t3,
                                               Time<T> t) noexcept {
@@ -64,7 +64,7 @@ CQXMatrix4<T> CQXInterpolation::ScalingsCubic(const CQXMatrix4<T>& a, const CQXM
                        VectorsCubic(sa.centre, sb.centre, sc.centre, sd.centre, t0, t1, t2, t3, t));
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrix4<T> CQXInterpolation::AffineTransfLinear(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b, Time<T> t) {
   PolarFactors<T> pa, pb;
   if (pa.Take(a) || pb.Take(b)) return MatricesLinear(a, b, t);
@@ -73,7 +73,7 @@ CQXMatrix4<T> CQXInterpolation::AffineTransfLinear(const CQXMatrix4<T>& a, const
                          VectorsLinear(a.ExtractTranslation(), b.ExtractTranslation(), t));
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrix4<T> CQXInterpolation::AffineTransfCubic(const CQXMatrix4<T>& a, const CQXMatrix4<T>& b,
                                                   const CQXMatrix4<T>& c, const CQXMatrix4<T>& d, Time<T> t0,
                                                   Time<T> t1, Time<T> t2, Time<T> t3, Time<T> t) {

@@ -6,30 +6,30 @@
 namespace {
 
 /// Bound of differences of times, the same for both element types.
-template <typename T>
+template <qxReal T>
 constexpr T timeBound = T(1e-6);
 
 /// The control point of a spherical quadrangle beside the key @p q.
-template <typename T>
+template <qxReal T>
 CQXQuaternion<T> ControlPoint(const CQXQuaternion<T>& q, const CQXQuaternion<T>& next,
                               const CQXQuaternion<T>& previous) noexcept {
   const CQXQuaternion<T> inverse = q.Invert();
   return q * (((inverse * next).Log() + (inverse * previous).Log()) * T(-0.25)).Exp();
 }
 
-template <typename T>
+template <qxReal T>
 CQXQuaternion<T> EulerQuaternion(T axInDegrees, T ayInDegrees, T azInDegrees, qxRotationsOrder order) noexcept {
   return qxEulerToQuaternion(qxWrappedRadians(axInDegrees), qxWrappedRadians(ayInDegrees),
                              qxWrappedRadians(azInDegrees), order);
 }
-template <typename T>
+template <qxReal T>
 CQXQuaternion<T> EulerQuaternion(const CQXVector3<T>& anglesInDegrees, qxRotationsOrder order) noexcept {
   return EulerQuaternion(anglesInDegrees.X(), anglesInDegrees.Y(), anglesInDegrees.Z(), order);
 }
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 CQXQuaternion<T> CQXInterpolation::SlerpCubic(const CQXQuaternion<T>& q0, const CQXQuaternion<T>& q1,
                                               const CQXQuaternion<T>& q2, const CQXQuaternion<T>& q3, Time<T>,
                                               Time<T> t1, Time<T> t2, Time<T>, Time<T> t) noexcept {
@@ -39,10 +39,10 @@ CQXQuaternion<T> CQXInterpolation::SlerpCubic(const CQXQuaternion<T>& q0, const 
   return Squad(q1, ControlPoint(q1, q2, q0), ControlPoint(q2, q3, q1), q2, (t - t1) / d);
 }
 
-template <typename T>
-void CQXInterpolation::RotationsLinear(std::type_identity_t<T> ax1InDegrees, std::type_identity_t<T> ay1InDegrees,
-                                       std::type_identity_t<T> az1InDegrees, std::type_identity_t<T> ax2InDegrees,
-                                       std::type_identity_t<T> ay2InDegrees, std::type_identity_t<T> az2InDegrees,
+template <qxReal T>
+void CQXInterpolation::RotationsLinear(qxNonDeduced<T> ax1InDegrees, qxNonDeduced<T> ay1InDegrees,
+                                       qxNonDeduced<T> az1InDegrees, qxNonDeduced<T> ax2InDegrees,
+                                       qxNonDeduced<T> ay2InDegrees, qxNonDeduced<T> az2InDegrees,
                                        qxRotationsOrder order, Time<T> t, T& axInDegrees, T& ayInDegrees,
                                        T& azInDegrees) noexcept {
   const CQXQuaternion<T> q1 = EulerQuaternion<T>(ax1InDegrees, ay1InDegrees, az1InDegrees, order);
@@ -50,7 +50,7 @@ void CQXInterpolation::RotationsLinear(std::type_identity_t<T> ax1InDegrees, std
   Slerp(q1, q2, t).ExtractEulerAngles(order, axInDegrees, ayInDegrees, azInDegrees);
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector3<T> CQXInterpolation::RotationsCubic(const CQXVector3<T>& aInDegrees, const CQXVector3<T>& bInDegrees,
                                                const CQXVector3<T>& cInDegrees, const CQXVector3<T>& dInDegrees,
                                                qxRotationsOrder order, Time<T> t0, Time<T> t1, Time<T> t2, Time<T> t3,

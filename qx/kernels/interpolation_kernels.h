@@ -1,8 +1,10 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
+
 #include <cstddef>
 
-template <typename T>
+template <qxReal T>
 class CQXComplex;
 
 /// @file

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstdint>
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix2<T>::FindEigenvalues(T& a, T& b, T tolerance) const noexcept {
   const std::int32_t result = CQXAlgebra::SolveReducedQuadratic(-Base::Trace(), Det(), a, b, tolerance);
   if (std::abs(a) <= tolerance) a = 0;
@@ -15,7 +15,7 @@ std::int32_t CQXMatrix2<T>::FindEigenvalues(T& a, T& b, T tolerance) const noexc
   return result;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix2<T>::FindEigenvectorsReal(T lambda, T* target, T tolerance) const noexcept {
   CQXMatrix2 a = Base::GetCharacteristicsMatrix(lambda);
   a.AnnulateSmallElements(tolerance);
@@ -35,7 +35,7 @@ std::int32_t CQXMatrix2<T>::FindEigenvectorsReal(T lambda, T* target, T toleranc
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix2<T>::FindEigenvectorComplex(const CQXComplex<T>& lambda, CQXBaseVector<CQXComplex<T>>& v,
                                                    T tolerance) const {
   const T re = lambda.Real();
@@ -57,7 +57,7 @@ std::int32_t CQXMatrix2<T>::FindEigenvectorComplex(const CQXComplex<T>& lambda, 
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix2<T>::PolarDecomposition(CQXMatrix2& U, CQXMatrix2& P, std::int32_t side,
                                                T tolerance) const noexcept {
   const T det = Det();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/matrices/fixed_matrix.h>
 #include <qx/vectors/vector2.h>
 
@@ -8,7 +9,7 @@
 #include <cstdint>
 #include <type_traits>
 
-template <typename T>
+template <qxReal T>
 class CQXComplex;
 template <typename T>
 class CQXBaseVector;
@@ -18,7 +19,7 @@ class CQXBaseVector;
 ///
 /// Arithmetic, predicates and what is handed to the run-time-sized classes stand in CQXFixedMatrix and CQXFixedArray.
 /// Distinct matrices may be used from different threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T, 2> {
   using Base = CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T, 2>;
 
@@ -95,7 +96,7 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
   T m_c[4];
 };
 
-template <typename T>
+template <qxReal T>
 inline constexpr bool qxIsFixedMatrix<CQXMatrix2<T>> = true;
 
 extern template class QX_API CQXFixedMatrix<CQXMatrix2<float>, CQXVector2<float>, float, 2>;

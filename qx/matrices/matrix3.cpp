@@ -11,14 +11,14 @@
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 constexpr T pi = std::numbers::pi_v<T>;
 
 /// Below this the cosine of the middle Euler angle, or the sine of half an angle, counts as zero.
-template <typename T>
+template <qxReal T>
 constexpr T degenerateBound = T(1e-6);
 
-template <typename T>
+template <qxReal T>
 T WrappedDegrees(T angleInRadians) {
   const T wrapped = qxWrapAngle(angleInRadians * 180 / pi<T>, T(360), T(1e-9));
   // Just below 180 the number of turns may round up to 1.
@@ -26,19 +26,19 @@ T WrappedDegrees(T angleInRadians) {
 }
 
 /// Into [-1, 1]; not a number stays.
-template <typename T>
+template <qxReal T>
 T Clamped(T x) {
   return x < -1 ? T(-1) : x > 1 ? T(1) : x;
 }
 
 /// Guarded root of a sum that is negative only by rounding.
-template <typename T>
+template <qxReal T>
 T RootOfNotNegative(T x) {
   return x < 0 ? T(0) : qxGuardedSqrt(x);
 }
 
 /// The angle with the given sine and cosine, through the arc function that is well conditioned there.
-template <typename T>
+template <qxReal T>
 T AngleOf(T sine, T cosine) {
   const T s = Clamped(sine);
   const T c = Clamped(cosine);
@@ -59,7 +59,7 @@ constexpr RotationSequence sequences[sequencesNb] = {{0, 1, 2, 1}, {0, 2, 1, -1}
                                                      {1, 2, 0, 1}, {2, 1, 0, -1}, {2, 0, 1, 1}};
 
 /// A complex number with plain arithmetic.
-template <typename T>
+template <qxReal T>
 struct Complex {
   T re, im;
 
@@ -68,7 +68,7 @@ struct Complex {
   T SquareMagn() const { return re * re + im * im; }
 };
 
-template <typename T>
+template <qxReal T>
 struct ComplexRow {
   Complex<T> c[3];
 
@@ -84,7 +84,7 @@ struct ComplexRow {
 };
 
 /// Row @p r of m - i im I.
-template <typename T>
+template <qxReal T>
 ComplexRow<T> RowLessImaginary(const CQXMatrix3<T>& m, std::int32_t r, T im) {
   ComplexRow<T> row{{{m(r, 0), 0}, {m(r, 1), 0}, {m(r, 2), 0}}};
   row.c[r].im = -im;
@@ -98,7 +98,7 @@ constexpr std::int32_t rowPairs[3][2] = {{0, 1}, {0, 2}, {1, 2}};
 
 // ---- Eigenvectors
 
-template <typename T>
+template <qxReal T>
 void CQXMatrix3<T>::GetMainMinorColumns(std::int32_t r1, std::int32_t r2, std::int32_t& c1,
                                         std::int32_t& c2) const noexcept {
   const T m01 = std::abs(CalculateMinor(r1, r2, 0, 1));
@@ -110,7 +110,7 @@ void CQXMatrix3<T>::GetMainMinorColumns(std::int32_t r1, std::int32_t r2, std::i
   c2 = use12 || use02 ? 2 : 1;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrix3<T>::FindEigenvectorsFromRow(std::int32_t row, T* target) const noexcept {
   const CQXVector3<T> v = Base::RowVector(row);
   const std::int32_t k = v.GetIndexOfMaxComponent(1);
@@ -125,12 +125,12 @@ void CQXMatrix3<T>::FindEigenvectorsFromRow(std::int32_t row, T* target) const n
   second.Dump(target + 3);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::TestRowsForDependence(std::int32_t r1, std::int32_t r2, T tolerance) const noexcept {
   return qxAreColinear(Base::RowVector(r1), Base::RowVector(r2), tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::TestComplexRowsForDependence(std::int32_t r1, std::int32_t r2, T im,
                                                          T tolerance) const noexcept {
   const ComplexRow<T> a = RowLessImaginary(*this, r1, im);
@@ -145,7 +145,7 @@ std::int32_t CQXMatrix3<T>::TestComplexRowsForDependence(std::int32_t r1, std::i
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::FindZeroRows(std::int32_t* target, T tolerance) const noexcept {
   std::int32_t count = 0;
   for (std::int32_t r = 0; r < 3; ++r) {
@@ -157,7 +157,7 @@ std::int32_t CQXMatrix3<T>::FindZeroRows(std::int32_t* target, T tolerance) cons
   return count;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::FindZeroRows(T* target, T tolerance) const noexcept {
   std::int32_t rows[3];
   const std::int32_t count = FindZeroRows(rows, tolerance);
@@ -165,7 +165,7 @@ std::int32_t CQXMatrix3<T>::FindZeroRows(T* target, T tolerance) const noexcept 
   return count;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::FindEigenvalues(T& a, T& b, T& c, T tolerance) const noexcept {
   const T minors = CalculateMinor(0, 1, 0, 1) + CalculateMinor(0, 2, 0, 2) + CalculateMinor(1, 2, 1, 2);
   const std::int32_t result = CQXAlgebra::SolveReducedCubic(-Base::Trace(), minors, -Det(), a, b, c, tolerance);
@@ -175,7 +175,7 @@ std::int32_t CQXMatrix3<T>::FindEigenvalues(T& a, T& b, T& c, T tolerance) const
   return result;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::FindEigenvectorsReal(T lambda, T* target, T tolerance) const noexcept {
   CQXMatrix3 m = Base::GetCharacteristicsMatrix(lambda);
   m.AnnulateSmallElements(tolerance);
@@ -207,7 +207,7 @@ std::int32_t CQXMatrix3<T>::FindEigenvectorsReal(T lambda, T* target, T toleranc
   return 2;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::FindEigenvectorComplex(const CQXComplex<T>& lambda, CQXBaseVector<CQXComplex<T>>& v,
                                                    T tolerance) const {
   const CQXMatrix3 m = Base::GetCharacteristicsMatrix(lambda.Real());
@@ -231,7 +231,7 @@ std::int32_t CQXMatrix3<T>::FindEigenvectorComplex(const CQXComplex<T>& lambda, 
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::FindAnySolution(const CQXVector3<T>& b, CQXVector3<T>& x, T tolerance) const noexcept {
   CQXVector3<T> solution;
   std::int32_t condition;
@@ -244,7 +244,7 @@ std::int32_t CQXMatrix3<T>::FindAnySolution(const CQXVector3<T>& b, CQXVector3<T
 
 // ---- Rotations
 
-template <typename T>
+template <qxReal T>
 void CQXMatrix3<T>::SetRotationByEulerAngles(T axInDegrees, T ayInDegrees, T azInDegrees,
                                              qxRotationsOrder order) noexcept {
   if (static_cast<std::uint32_t>(order) >= sequencesNb) return;
@@ -267,7 +267,7 @@ void CQXMatrix3<T>::SetRotationByEulerAngles(T axInDegrees, T ayInDegrees, T azI
   m(k, k) = cj * ci;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrix3<T>::ExtractEulerAngles(qxRotationsOrder order, T& axInDegrees, T& ayInDegrees,
                                        T& azInDegrees) const noexcept {
   if (static_cast<std::uint32_t>(order) >= sequencesNb) return;
@@ -291,7 +291,7 @@ void CQXMatrix3<T>::ExtractEulerAngles(qxRotationsOrder order, T& axInDegrees, T
   azInDegrees = WrappedDegrees(angles[2]);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrix3<T>::SetRotationByAngleAxis(T angleInDegrees, const CQXVector3<T>& axis) noexcept {
   const T angle = qxWrappedRadians(angleInDegrees);
   CQXVector3<T> unit = axis;
@@ -307,7 +307,7 @@ void CQXMatrix3<T>::SetRotationByAngleAxis(T angleInDegrees, const CQXVector3<T>
            x * z * t - y * s, y * z * t + x * s, z * z * t + c};
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrix3<T>::ExtractRotationAngleAxis(T& angleInDegrees, CQXVector3<T>& axis) const noexcept {
   const CQXMatrix3& m = *this;
   const T trace = Base::Trace();
@@ -342,7 +342,7 @@ void CQXMatrix3<T>::ExtractRotationAngleAxis(T& angleInDegrees, CQXVector3<T>& a
   axis = direction;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrix3<T>::ExtractScaleRotation(CQXMatrix3& out1, CQXMatrix3& out2, CQXMatrix3& out3,
                                                  std::int32_t side, T tolerance, std::int32_t& hasStretch,
                                                  std::int32_t& reflection) const {

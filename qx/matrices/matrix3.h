@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/matrices/fixed_matrix.h>
 #include <qx/matrices/internal/fixed_lanes.h>
 #include <qx/matrices/matrix2.h>
@@ -18,7 +19,7 @@
 /// (Rotate(), Scale(), Translate()). Matrices act on column vectors. Arithmetic, predicates and what is handed to the
 /// run-time-sized classes stand in CQXFixedMatrix and CQXFixedArray. Distinct matrices may be used from different
 /// threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T, 3> {
   using Base = CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T, 3>;
 
@@ -216,17 +217,17 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
 };
 
 /// @p m in the upper left of the unit matrix.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXMatrix3<T> qxMatrix2To3(const CQXMatrix2<T>& m) noexcept {
   return {m[0], m[1], 0, m[2], m[3], 0, 0, 0, 1};
 }
 /// The upper left 2x2 block.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXMatrix2<T> qxMatrix3To2(const CQXMatrix3<T>& m) noexcept {
   return {m[0], m[1], m[3], m[4]};
 }
 
-template <typename T>
+template <qxReal T>
 inline constexpr bool qxIsFixedMatrix<CQXMatrix3<T>> = true;
 
 extern template class QX_API CQXFixedMatrix<CQXMatrix3<float>, CQXVector3<float>, float, 3>;

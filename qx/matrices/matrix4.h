@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/matrices/fixed_matrix.h>
 #include <qx/matrices/internal/fixed_lanes.h>
 #include <qx/matrices/matrix3.h>
@@ -16,7 +17,7 @@
 /// Matrices act on column vectors; the last column of a coordinate matrix, whose last row is (0, 0, 0, 1), holds the
 /// translation. Arithmetic, predicates and what is handed to the run-time-sized classes stand in CQXFixedMatrix and
 /// CQXFixedArray. Distinct matrices may be used from different threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXMatrix4 : public CQXFixedMatrix<CQXMatrix4<T>, CQXVector4<T>, T, 4> {
   using Base = CQXFixedMatrix<CQXMatrix4<T>, CQXVector4<T>, T, 4>;
 
@@ -166,17 +167,17 @@ class QX_API CQXMatrix4 : public CQXFixedMatrix<CQXMatrix4<T>, CQXVector4<T>, T,
 };
 
 /// @p m in the upper left of the unit matrix.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXMatrix4<T> qxMatrix3To4(const CQXMatrix3<T>& m) noexcept {
   return {m[0], m[1], m[2], 0, m[3], m[4], m[5], 0, m[6], m[7], m[8], 0, 0, 0, 0, 1};
 }
 /// The upper left 3x3 block.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXMatrix3<T> qxMatrix4To3(const CQXMatrix4<T>& m) noexcept {
   return m.GetMatrix();
 }
 
-template <typename T>
+template <qxReal T>
 inline constexpr bool qxIsFixedMatrix<CQXMatrix4<T>> = true;
 
 extern template class QX_API CQXFixedMatrix<CQXMatrix4<float>, CQXVector4<float>, float, 4>;

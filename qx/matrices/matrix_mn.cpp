@@ -13,22 +13,22 @@ std::size_t Size(std::int32_t n) { return qxElementCount(n, 1); }
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 CQXMatrixMN<T>::CQXMatrixMN(const CQXMatrixMN& other) : Base(other), m_rank(other.m_rank) {
   CopySingularNumbers(other);
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixMN<T>::CQXMatrixMN(CQXMatrixMN&& other) noexcept
     : Base(std::move(other)),
       m_rank(std::exchange(other.m_rank, 0)),
       m_singularNumbers(std::move(other.m_singularNumbers)),
       m_singularFlag(std::exchange(other.m_singularFlag, 0)) {}
 
-template <typename T>
+template <qxReal T>
 CQXMatrixMN<T>::~CQXMatrixMN() = default;
 
-template <typename T>
+template <qxReal T>
 CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(const Base& other) {
   if (this == &other) return *this;
   Base::operator=(other);
@@ -36,7 +36,7 @@ CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(const Base& other) {
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(const CQXMatrixMN& other) {
   if (this == &other) return *this;
   Base::operator=(other);
@@ -48,12 +48,12 @@ CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(const CQXMatrixMN& other) {
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::GetSingularNumbers(T* target) const noexcept {
   if (m_singularFlag != 0) qxKernels::Copy(Size(SingularCount()), m_singularNumbers.get(), target);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::CopySingularNumbers(const CQXMatrixMN& other) {
   if (other.m_singularFlag == 0) return;
   m_singularNumbers = qxMakeBlock<T>(Size(SingularCount()));
@@ -62,14 +62,14 @@ void CQXMatrixMN<T>::CopySingularNumbers(const CQXMatrixMN& other) {
   m_singularFlag = 1;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::ForgetResults() const noexcept {
   m_rank = unknownRank;
   m_singularNumbers.reset();
   m_singularFlag = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::TakeResult(std::int32_t rows, std::int32_t columns, const T* source) noexcept {
   ForgetResults();
   if (this->Count() == 0) return;
@@ -79,7 +79,7 @@ void CQXMatrixMN<T>::TakeResult(std::int32_t rows, std::int32_t columns, const T
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::TakeTransposedResult(std::int32_t rows, std::int32_t columns, const T* source) noexcept {
   ForgetResults();
   if (this->Count() == 0) return;
@@ -90,23 +90,23 @@ void CQXMatrixMN<T>::TakeTransposedResult(std::int32_t rows, std::int32_t column
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::TakeResult(std::int32_t count, const T* source, CQXBaseVector<T>& target) noexcept {
   if (target.Data() != nullptr) target.FillPart(source, 0, count);
 }
 
-template <typename T>
+template <qxReal T>
 bool CQXMatrixMN<T>::IsFinite() const noexcept {
   return std::all_of(Data(), Data() + this->Count(), [](T x) { return std::isfinite(x); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::InsertMatrix(const Base& source, std::int32_t row, std::int32_t column, std::int32_t rows,
                                   std::int32_t columns) noexcept {
   for (std::int32_t r = 0; r < rows; ++r) this->CopyPartRow(row + r, column, columns, r, 0, source);
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixMN<T> CQXMatrixMN<T>::ExtractMatrix(std::int32_t row, std::int32_t column, std::int32_t rows,
                                              std::int32_t columns) const {
   CQXMatrixMN result(rows, columns);
@@ -115,22 +115,22 @@ CQXMatrixMN<T> CQXMatrixMN<T>::ExtractMatrix(std::int32_t row, std::int32_t colu
   return result;
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixMN<T> CQXMatrixMN<T>::ExtractLeftCornerMatrix(std::int32_t rows, std::int32_t columns) const {
   return ExtractMatrix(0, 0, rows, columns);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::SetElementTransposition(std::int32_t i, std::int32_t j) noexcept {
   if (this->Count() > 0) std::swap((*this)(i, j), (*this)(j, i));
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::AnnulateSmallElements(T tolerance) noexcept {
   qxKernels::AnnulateSmall(this->Count(), Data(), tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::AnnulateRelativelyDiagonal(std::int32_t power) noexcept {
   const T factor = std::pow(T(10), static_cast<T>(power));
   const std::int32_t size = this->DiagonalCount();
@@ -142,48 +142,48 @@ void CQXMatrixMN<T>::AnnulateRelativelyDiagonal(std::int32_t power) noexcept {
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::IsAlmostZero(T tolerance) const noexcept {
   return qxKernels::AreWithin(this->Count(), Data(), tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::IsInBand(std::ptrdiff_t low, std::ptrdiff_t high, T tolerance) const noexcept {
   if (this->Count() == 0) return 1;
   return qxKernels::IsBand(Size(this->RowsNb()), Size(this->ColsNb()), Data(), low, high, tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::IsDiagonal(T tolerance) const noexcept {
   return IsInBand(0, 0, tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::IsBidiagonal(T tolerance) const noexcept {
   return IsInBand(0, 1, tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::IsURTriangular(T tolerance) const noexcept {
   return IsInBand(0, std::numeric_limits<std::ptrdiff_t>::max(), tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::IsLLTriangular(T tolerance) const noexcept {
   return IsInBand(std::numeric_limits<std::ptrdiff_t>::min(), 0, tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixMN<T>::Mean() const noexcept {
   return qxKernels::SumOfElements(this->Count(), Data()) / static_cast<T>(this->Count());
 }
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixMN<T>::InnerProduct(const Base& m) const noexcept {
   return qxKernels::Dot(this->CountWith(m), Data(), m.Data());
 }
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixMN<T>::CorrelationCoefficient(const Base& m) const noexcept {
   const std::size_t count = this->CountWith(m);
   const T mean = Mean();
@@ -200,9 +200,8 @@ T CQXMatrixMN<T>::CorrelationCoefficient(const Base& m) const noexcept {
   return scale == 0 ? T(0) : covariance / scale;
 }
 
-template <typename T>
-std::int32_t qxAreAlmostEqual(const CQXMatrixMN<T>& a, const CQXMatrixMN<T>& b,
-                              std::type_identity_t<T> tolerance) noexcept {
+template <qxReal T>
+std::int32_t qxAreAlmostEqual(const CQXMatrixMN<T>& a, const CQXMatrixMN<T>& b, qxNonDeduced<T> tolerance) noexcept {
   if (a.RowsNb() != b.RowsNb() || a.ColsNb() != b.ColsNb()) return 0;
   const std::size_t count = a.Data() != nullptr && b.Data() != nullptr ? qxElementCount(a.RowsNb(), a.ColsNb()) : 0;
   return qxKernels::AreWithin(count, a.Data(), b.Data(), tolerance);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/matrix_norm.h>
 #include <qx/vectors/vector_n.h>
@@ -17,7 +18,7 @@
 ///
 /// Operations that look like reads write these caches: a matrix must not be shared by threads during such a call.
 /// Distinct matrices are independent.
-template <typename T>
+template <qxReal T>
 class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
  public:
   using Base = CQXBaseMatrix<T>;
@@ -294,9 +295,9 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
 };
 
 /// 1 when the sizes are the same and abs(a - b) <= @p tolerance for every pair of elements.
-template <typename T>
+template <qxReal T>
 QX_API std::int32_t qxAreAlmostEqual(const CQXMatrixMN<T>& a, const CQXMatrixMN<T>& b,
-                                     std::type_identity_t<T> tolerance = QX_TOLERANCE<T>) noexcept;
+                                     qxNonDeduced<T> tolerance = QX_TOLERANCE<T>) noexcept;
 
 extern template class QX_API CQXMatrixMN<float>;
 extern template class QX_API CQXMatrixMN<double>;

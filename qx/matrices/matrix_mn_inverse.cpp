@@ -10,12 +10,12 @@
 namespace {
 
 /// Below this a singular number counts as zero: absolute in the inverse, relative to the largest in the pseudo-inverse.
-template <typename T>
+template <qxReal T>
 constexpr T singularBound = T(1e-6);
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::CalculateRank(T tolerance) const {
   SingularForm form;
   m_rank = unknownRank;
@@ -26,7 +26,7 @@ std::int32_t CQXMatrixMN<T>::CalculateRank(T tolerance) const {
   return m_rank;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixMN<T>::Norm(qxMatrixNorm norm) const {
   if (norm == QX_MATRIX_NORM_SPECTRAL) {
     SingularForm form;
@@ -51,7 +51,7 @@ T CQXMatrixMN<T>::Norm(qxMatrixNorm norm) const {
   return largest;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::MultiplyInverted(const SingularForm& form, std::int32_t count, T* target) const noexcept {
   const std::size_t rows = qxElementCount(this->RowsNb(), 1);
   const std::size_t columns = qxElementCount(this->ColsNb(), 1);
@@ -64,7 +64,7 @@ void CQXMatrixMN<T>::MultiplyInverted(const SingularForm& form, std::int32_t cou
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::InvertBySingularValues(T tolerance, T* target) const {
   const std::int32_t size = this->RowsNb();
   SingularForm form;
@@ -77,7 +77,7 @@ std::int32_t CQXMatrixMN<T>::InvertBySingularValues(T tolerance, T* target) cons
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, T tolerance) const {
   const std::int32_t size = this->RowsNb();
   if (this->IsSquare() == 0) return 0;
@@ -89,7 +89,7 @@ std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, T tolerance) const {
   return inverted;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const {
   const std::int32_t size = this->RowsNb();
   conditionNumber = QX_OVERFLOW_VALUE<T>;
@@ -104,7 +104,7 @@ std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, qxMatrixNorm norm, T t
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::PseudoInverse(CQXMatrixMN& target, qxMatrixNorm, T& conditionNumber) const {
   const std::int32_t rows = this->RowsNb();
   const std::int32_t columns = this->ColsNb();
@@ -121,14 +121,14 @@ std::int32_t CQXMatrixMN<T>::PseudoInverse(CQXMatrixMN& target, qxMatrixNorm, T&
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::PseudoSolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm,
                                                T& conditionNumber) const {
   CQXMatrixMN inverse(this->ColsNb(), this->RowsNb());
   return PseudoInverse(inverse, norm, conditionNumber) == 1 && MultiplyInto(inverse, b, x);
 }
 
-template <typename T>
+template <qxReal T>
 bool CQXMatrixMN<T>::MultiplyInto(const CQXMatrixMN& matrix, const CQXBaseVector<T>& b, CQXBaseVector<T>& x) {
   const CQXVectorN<T> product = matrix * b;
   const bool isHeld = matrix.Count() == qxElementCount(matrix.RowsNb(), matrix.ColsNb()) &&

@@ -6,12 +6,12 @@
 #include <cmath>
 #include <utility>
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixMN<T>::SignA(T a, T b) noexcept {
   return b < 0 ? -std::abs(a) : std::abs(a);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixMN<T>::Pythagoras(T a, T b) noexcept {
   const T sizeA = std::abs(a);
   const T sizeB = std::abs(b);
@@ -24,7 +24,7 @@ T CQXMatrixMN<T>::Pythagoras(T a, T b) noexcept {
   return sizeB * qxGuardedSqrt(1 + ratio * ratio);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::Householder1(std::int32_t pivot, std::int32_t first, std::int32_t last, std::int32_t count,
                                           T& up, T* vector, T* matrix, T tolerance) noexcept {
   if (pivot >= last) return 0;
@@ -55,7 +55,7 @@ std::int32_t CQXMatrixMN<T>::Householder1(std::int32_t pivot, std::int32_t first
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::Householder2(std::int32_t pivot, std::int32_t first, std::int32_t last, T up, const T* vector,
                                   CQXMatrixMN& matrix, T tolerance) noexcept {
   if (pivot >= last || last == 0) return;
@@ -66,7 +66,7 @@ void CQXMatrixMN<T>::Householder2(std::int32_t pivot, std::int32_t first, std::i
                              qxElementCount(matrix.ColsNb(), 1));
 }
 
-template <typename T>
+template <qxReal T>
 typename CQXMatrixMN<T>::Reflection CQXMatrixMN<T>::MakeReflection(std::int32_t count, T* vector) noexcept {
   const std::size_t size = qxElementCount(count, 1);
   T largest = 0;
@@ -78,7 +78,7 @@ typename CQXMatrixMN<T>::Reflection CQXMatrixMN<T>::MakeReflection(std::int32_t 
   return {up, vector[0] * up, std::ldexp(vector[0], exponent)};
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::Givens1(T a, T b, T& c, T& s, T& r, T tolerance) noexcept {
   const T sizeA = std::abs(a);
   const T sizeB = std::abs(b);
@@ -100,12 +100,12 @@ void CQXMatrixMN<T>::Givens1(T a, T b, T& c, T& s, T& r, T tolerance) noexcept {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::Givens2(T c, T s, T& x, T& y) noexcept {
   qxKernels::Rotate(1, c, s, &x, &y);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::QR_Decomposition(CQXMatrixMN& Q, CQXMatrixMN& R, T) const {
   const std::int32_t rows = this->RowsNb();
   const std::int32_t columns = this->ColsNb();

@@ -14,7 +14,7 @@ namespace {
 std::size_t Size(std::int32_t n) { return qxElementCount(n, 1); }
 
 /// Exponent of the power of two just above the largest element; 0 for zeros, and `bad` where one is not finite.
-template <typename T>
+template <qxReal T>
 std::int32_t ExponentOfLargest(std::size_t count, const T* a, std::int32_t bad) {
   T largest = 0;
   for (std::size_t i = 0; i < count; ++i) {
@@ -25,7 +25,7 @@ std::int32_t ExponentOfLargest(std::size_t count, const T* a, std::int32_t bad) 
 }
 
 /// Ones on the diagonal of rows x columns elements.
-template <typename T>
+template <qxReal T>
 void SetToUnit(std::size_t rows, std::size_t columns, T* target) {
   std::fill_n(target, rows * columns, T(0));
   for (std::size_t i = 0; i < std::min(rows, columns); ++i) target[i * columns + i] = 1;
@@ -33,7 +33,7 @@ void SetToUnit(std::size_t rows, std::size_t columns, T* target) {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::QRT_2D(std::int32_t rows, std::int32_t columns, T* a, std::int32_t leftCount,
                                     Bidiagonal& target) {
   const std::size_t m = Size(rows), n = Size(columns), l = Size(leftCount);
@@ -87,7 +87,7 @@ std::int32_t CQXMatrixMN<T>::QRT_2D(std::int32_t rows, std::int32_t columns, T* 
   return 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::ZeroRightTransform(Bidiagonal& b, std::int32_t zero, std::int32_t last) noexcept {
   b.d[zero] = 0;
   T out = std::exchange(b.e[zero + 1], T(0));
@@ -105,7 +105,7 @@ void CQXMatrixMN<T>::ZeroRightTransform(Bidiagonal& b, std::int32_t zero, std::i
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::ZeroUpperTransform(Bidiagonal& b, std::int32_t first, std::int32_t zero) noexcept {
   b.d[zero] = 0;
   T out = std::exchange(b.e[zero], T(0));
@@ -123,7 +123,7 @@ void CQXMatrixMN<T>::ZeroUpperTransform(Bidiagonal& b, std::int32_t first, std::
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::QRBD(Bidiagonal& b, std::int32_t first, std::int32_t last, T tolerance,
                                   std::int32_t& index, std::int32_t& sweeps) noexcept {
   T* const d = b.d;
@@ -204,7 +204,7 @@ std::int32_t CQXMatrixMN<T>::QRBD(Bidiagonal& b, std::int32_t first, std::int32_
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::Apply_QRBD(Bidiagonal& b, T tolerance) {
   const qxBlock<T> rotations = qxMakeBlock<T>(4 * Size(b.size));
   if (rotations == nullptr) return 2;
@@ -226,7 +226,7 @@ std::int32_t CQXMatrixMN<T>::Apply_QRBD(Bidiagonal& b, T tolerance) {
   return 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::SingDecomp2D(Bidiagonal& b, T tolerance) {
   T largest = 0;
   for (std::int32_t i = 0; i < b.size; ++i) largest = std::max({largest, std::abs(b.d[i]), std::abs(b.e[i])});
@@ -256,7 +256,7 @@ std::int32_t CQXMatrixMN<T>::SingDecomp2D(Bidiagonal& b, T tolerance) {
   return 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::TestZeroRowsColumns(std::int32_t rows, std::int32_t columns, const T* a, T tolerance,
                                                  std::int32_t* rowOrder, std::int32_t* columnOrder) noexcept {
   const std::size_t width = Size(columns);
@@ -284,14 +284,14 @@ std::int32_t CQXMatrixMN<T>::TestZeroRowsColumns(std::int32_t rows, std::int32_t
   return !(rowsNatural && columnsNatural);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::MoveZeroRows(std::int32_t rows, std::int32_t columns, const T* source, const std::int32_t* order,
                                   T* target) noexcept {
   const std::size_t width = Size(columns);
   for (std::size_t r = 0; r < Size(rows); ++r) std::copy_n(source + Size(order[r]) * width, width, target + r * width);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixMN<T>::MoveZeroColumns(std::int32_t rows, std::int32_t columns, T* a, const std::int32_t* order,
                                      T* work) noexcept {
   const std::size_t width = Size(columns);
@@ -302,7 +302,7 @@ void CQXMatrixMN<T>::MoveZeroColumns(std::int32_t rows, std::int32_t columns, T*
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::Decompose(Wanted wanted, T tolerance, SingularForm& form) const {
   const bool isWide = this->RowsNb() < this->ColsNb();
   const std::int32_t rows = std::max({this->RowsNb(), this->ColsNb(), 0});
@@ -381,7 +381,7 @@ std::int32_t CQXMatrixMN<T>::Decompose(Wanted wanted, T tolerance, SingularForm&
   return 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::SV_Decomposition(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<T>& singular,
                                               T tolerance) const {
   const std::int32_t rows = this->RowsNb();
@@ -400,7 +400,7 @@ std::int32_t CQXMatrixMN<T>::SV_Decomposition(CQXMatrixMN& U, CQXMatrixMN& V, CQ
   return 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::ThinSVD(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<T>& singular) const {
   const std::int32_t rows = this->RowsNb();
   const std::int32_t columns = this->ColsNb();
@@ -413,7 +413,7 @@ std::int32_t CQXMatrixMN<T>::ThinSVD(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixMN<T>::ThinSVDUnitOffsetInPlace(CQXMatrixMN& a, CQXVectorN<T>& singular, CQXMatrixMN& v) const {
   const std::int32_t rows = this->RowsNb();
   const std::int32_t columns = this->ColsNb();

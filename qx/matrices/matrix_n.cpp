@@ -6,64 +6,64 @@
 #include <cmath>
 #include <utility>
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>::CQXMatrixN(const CQXBaseMatrix<T>& other)
     : Base(other.IsSquare() != 0 ? Base(other) : Base(std::min(other.RowsNb(), other.ColsNb()))),
       m_size(this->RowsNb()) {
   if (other.IsSquare() == 0) this->InsertMatrix(other, 0, 0, m_size, m_size);
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>::CQXMatrixN(CQXBaseMatrix<T>&& other)
     : Base(other.IsSquare() != 0 ? Base(std::move(other)) : Base(std::min(other.RowsNb(), other.ColsNb()))),
       m_size(this->RowsNb()) {
   if (other.IsSquare() == 0) this->InsertMatrix(other, 0, 0, m_size, m_size);
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>::CQXMatrixN(CQXMatrixN&& other) noexcept
     : Base(std::move(other)), m_size(std::exchange(other.m_size, 0)) {}
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>::~CQXMatrixN() = default;
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::operator=(const CQXBaseMatrix<T>& other) {
   Base::operator=(other);
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::operator=(const CQXMatrixMN<T>& other) {
   Base::operator=(other);
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::operator=(const CQXMatrixN& other) {
   Base::operator=(static_cast<const CQXMatrixMN<T>&>(other));
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixN<T>::PostMultiply(const CQXMatrixN& m) {
   const CQXMatrixN product = *this * m;
   this->TakeResult(product.RowsNb(), product.Count() > 0 ? product.ColsNb() : 0, product.Data());
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixN<T>::PreMultiply(const CQXMatrixN& m) {
   const CQXMatrixN product = m * *this;
   this->TakeResult(product.RowsNb(), product.Count() > 0 ? product.ColsNb() : 0, product.Data());
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::operator*=(const CQXMatrixN& m) {
   PostMultiply(m);
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T> CQXMatrixN<T>::operator^(std::int32_t n) const {
   CQXMatrixN result(m_size);
   CQXMatrixN factor(*this);
@@ -77,31 +77,31 @@ CQXMatrixN<T> CQXMatrixN<T>::operator^(std::int32_t n) const {
   return result;
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::operator^=(std::int32_t n) {
   return *this = *this ^ n;
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrixN<T> CQXMatrixN<T>::GetCharacteristicsMatrix(T lambda) const {
   CQXMatrixN result(*this);
   for (std::int32_t i = 0; i < result.DiagonalCount(); ++i) result(i, i) -= lambda;
   return result;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixN<T>::GetDiagElements(T* target) const noexcept {
   for (std::int32_t i = 0; i < this->DiagonalCount(); ++i) target[i] = (*this)(i, i);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixN<T>::DetForTriangular() const noexcept {
   T product = 1;
   for (std::int32_t i = 0; i < this->DiagonalCount(); ++i) product *= (*this)(i, i);
   return product;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsUnit(T tolerance) const noexcept {
   for (std::int32_t i = 0; i < this->DiagonalCount(); ++i) {
     if (!(std::abs((*this)(i, i) - 1) <= tolerance)) return 0;
@@ -109,7 +109,7 @@ std::int32_t CQXMatrixN<T>::IsUnit(T tolerance) const noexcept {
   return this->IsDiagonal(tolerance);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsSymmetric(T tolerance) const noexcept {
   for (std::int32_t i = 0; i < this->DiagonalCount(); ++i) {
     for (std::int32_t j = i + 1; j < m_size; ++j) {
@@ -119,13 +119,13 @@ std::int32_t CQXMatrixN<T>::IsSymmetric(T tolerance) const noexcept {
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsOrthogonal(T tolerance) const {
   const CQXMatrixN product = Transpose() * *this;
   return product.IsHeld() && product.IsUnit(tolerance) != 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsPositive(T tolerance) const {
   CQXMatrixN a(m_size);
   if (!IsHeld() || !a.IsHeld()) return 0;
@@ -142,7 +142,7 @@ std::int32_t CQXMatrixN<T>::IsPositive(T tolerance) const {
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsSingular(T tolerance) const {
   return std::abs(Det()) < tolerance;
 }

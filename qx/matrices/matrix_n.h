@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/foundation/status.h>
 #include <qx/matrices/matrix_mn.h>
 
@@ -11,7 +12,7 @@
 ///
 /// The codes of Inverse() depend on the size: for 2 to 4 they are those of the fixed classes (0 for success, 3 for
 /// singular), for other sizes 1 stands for success. SolveSystem() gives 1 or 0 for every size.
-template <typename T>
+template <qxReal T>
 class QX_API CQXMatrixN : public CQXMatrixMN<T> {
  public:
   using Base = CQXMatrixMN<T>;

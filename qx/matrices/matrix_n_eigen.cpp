@@ -17,7 +17,7 @@ namespace {
 /// rotated in place, and what lies in the column is brought along memory first. Elements on the diagonal, and beside
 /// it those of row and column p, are not used meanwhile: the values and `current` stand for them.
 /// @param sweeps on input the limit, on output the number of rotations
-template <typename T>
+template <qxReal T>
 qxStatus Sweep(std::size_t n, T* a, T* values, T* vectors, std::int32_t& sweeps, T tolerance) {
   const qxBlock<T> work = qxMakeBlock<T>(4 * n);
   if (work == nullptr) return QX_STATUS_OUT_OF_MEMORY;
@@ -92,13 +92,13 @@ qxStatus Sweep(std::size_t n, T* a, T* values, T* vectors, std::int32_t& sweeps,
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 void CQXMatrixN<T>::JacobiRotate(CQXMatrixN& a, std::int32_t i, std::int32_t j, std::int32_t k, std::int32_t l, T s,
                                  T tau) const noexcept {
   qxKernels::JacobiRotate(1, s, tau, &a(i, j), &a(k, l));
 }
 
-template <typename T>
+template <qxReal T>
 qxStatus CQXMatrixN<T>::DestructiveJacobiUnitOffset(CQXMatrixN& a, CQXVectorN<T>& values, CQXMatrixN& vectors,
                                                     std::int32_t& sweeps, T tolerance) const {
   const std::size_t n = Stride();
@@ -118,7 +118,7 @@ qxStatus CQXMatrixN<T>::DestructiveJacobiUnitOffset(CQXMatrixN& a, CQXVectorN<T>
   return status;
 }
 
-template <typename T>
+template <qxReal T>
 qxStatus CQXMatrixN<T>::SolveByJacobi(T tolerance, T* values, T* vectors, std::int32_t& rotations) const {
   const std::size_t n = Stride();
   CQXMatrixN a(m_size), rows(m_size);
@@ -140,7 +140,7 @@ qxStatus CQXMatrixN<T>::SolveByJacobi(T tolerance, T* values, T* vectors, std::i
   return status;
 }
 
-template <typename T>
+template <qxReal T>
 qxStatus CQXMatrixN<T>::SymmetricEigensolve(CQXVectorN<T>& values, CQXMatrixN& vectors, T tolerance) const {
   if (IsSymmetric(tolerance) == 0) return QX_STATUS_NOT_SYMMETRIC;
   const qxBlock<T> found = qxMakeBlock<T>(Stride());
@@ -155,7 +155,7 @@ qxStatus CQXMatrixN<T>::SymmetricEigensolve(CQXVectorN<T>& values, CQXMatrixN& v
   return QX_STATUS_OK;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::SpectralDecomposition(CQXMatrixN& P, CQXMatrixN& D, std::int32_t flag, T tolerance) const {
   if (IsSymmetric(tolerance) == 0) return 0;
   const qxBlock<T> found = qxMakeBlock<T>(Stride());

@@ -11,12 +11,12 @@ namespace {
 
 /// What elements must be within to count as zero where a structure wants them to be, and the bound of the pivots in the
 /// determinant.
-template <typename T>
+template <qxReal T>
 constexpr T fixedBound = T(1e-6);
 
 /// Elimination with exchange of rows on n x n elements, and on as many right sides beside them when they are given.
 /// @return the determinant; 0 when a pivot is below the bound, or zero
-template <typename T>
+template <qxReal T>
 T Eliminate(std::size_t n, T* a, T* right, T bound) {
   T det = 1;
   for (std::size_t k = 0; k < n; ++k) {
@@ -44,7 +44,7 @@ T Eliminate(std::size_t n, T* a, T* right, T bound) {
 /// Doolittle's factors of n x n elements; lowerT is the transpose of L, so that its columns lie along memory. Both
 /// begin as zeros; sums is a work array of n elements.
 /// @return 1; 0 when a pivot is below the tolerance
-template <typename T>
+template <qxReal T>
 std::int32_t Factor(std::size_t n, const T* a, T* lowerT, T* upper, T* sums, T tolerance) {
   for (std::size_t k = 0; k < n; ++k) {
     qxKernels::CombineRows(k, lowerT + k, n, upper + k, n, n - k, sums);
@@ -63,7 +63,7 @@ std::int32_t Factor(std::size_t n, const T* a, T* lowerT, T* upper, T* sums, T t
 
 /// Inverse of a triangular matrix of n x n elements; what lies on the other side of the diagonal is not read. The
 /// inverse begins as zeros.
-template <typename T>
+template <qxReal T>
 void InvertTriangular(std::size_t n, const T* a, bool isLower, T* inverse) {
   for (std::size_t step = 0; step < n; ++step) {
     // Row i from the rows that are known already: those above it, or below it, as far as they are not zero.
@@ -78,7 +78,7 @@ void InvertTriangular(std::size_t n, const T* a, bool isLower, T* inverse) {
 }
 
 /// Turns the right sides that Eliminate() left into the solutions.
-template <typename T>
+template <qxReal T>
 void SubstituteBack(std::size_t n, const T* a, T* right) {
   for (std::size_t i = n; i-- > 0;) {
     for (std::size_t j = i + 1; j < n; ++j) qxKernels::AddMultiple(n, -a[i * n + j], right + j * n, right + i * n);
@@ -88,7 +88,7 @@ void SubstituteBack(std::size_t n, const T* a, T* right) {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::LU_Decomposition(CQXMatrixN& L, CQXMatrixN& U, T tolerance) const {
   CQXMatrixN lowerT(m_size), upper(m_size);  // L or U may be this matrix
   const qxBlock<T> sums = qxMakeBlock<T>(Stride());
@@ -102,7 +102,7 @@ std::int32_t CQXMatrixN<T>::LU_Decomposition(CQXMatrixN& L, CQXMatrixN& U, T tol
   return code;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixN<T>::Det() const {
   CQXMatrixN lower(m_size), upper(m_size);
   if (m_size <= 0) return 1;
@@ -112,7 +112,7 @@ T CQXMatrixN<T>::Det() const {
   return Eliminate(Stride(), lower.Data(), static_cast<T*>(nullptr), T(1e-9));
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, T tolerance) const {
   if (!IsHeld()) return CodeOfFailure();
   if (HasClosedForm()) {
@@ -146,7 +146,7 @@ std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, T tolerance) const {
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const {
   CQXMatrixN inverse(m_size);
   conditionNumber = QX_OVERFLOW_VALUE<T>;
@@ -159,7 +159,7 @@ std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, qxMatrixNorm norm, T tol
   return code;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::DiagInverse(CQXMatrixN& target, T tolerance) const {
   const CQXMatrixN a(*this);
   target.SetToZero();
@@ -172,7 +172,7 @@ std::int32_t CQXMatrixN<T>::DiagInverse(CQXMatrixN& target, T tolerance) const {
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::InverseOfTriangular(CQXMatrixN& target, T tolerance, bool isLower) const {
   const CQXMatrixN a(*this);
   CQXMatrixN inverse(m_size);
@@ -188,17 +188,17 @@ std::int32_t CQXMatrixN<T>::InverseOfTriangular(CQXMatrixN& target, T tolerance,
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::LowLeftInverse(CQXMatrixN& target, T tolerance) const {
   return InverseOfTriangular(target, tolerance, true);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::UpperRightInverse(CQXMatrixN& target, T tolerance) const {
   return InverseOfTriangular(target, tolerance, false);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::InvPreconditioner(CQXMatrixN& target, T tolerance) const {
   CQXMatrixN kept(*this), inverse(m_size);
   if (!IsHeld() || !kept.IsHeld() || !inverse.IsHeld()) return 0;
@@ -215,20 +215,20 @@ std::int32_t CQXMatrixN<T>::InvPreconditioner(CQXMatrixN& target, T tolerance) c
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, T tolerance) const {
   CQXMatrixN inverse(m_size);
   return IsInverted(Inverse(inverse, tolerance)) && Base::MultiplyInto(inverse, b, x);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm, T tolerance,
                                         T& conditionNumber) const {
   CQXMatrixN inverse(m_size);
   return IsInverted(Inverse(inverse, norm, tolerance, conditionNumber)) && Base::MultiplyInto(inverse, b, x);
 }
 
-template <typename T>
+template <qxReal T>
 T CQXMatrixN<T>::ConditionNumber(qxMatrixNorm norm) const {
   if (norm == QX_MATRIX_NORM_SPECTRAL) {
     typename Base::SingularForm form;
@@ -242,7 +242,7 @@ T CQXMatrixN<T>::ConditionNumber(qxMatrixNorm norm) const {
   return conditionNumber;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXMatrixN<T>::PolarDecomposition(CQXMatrixN& R, CQXMatrixN& S, std::int32_t flag, T tolerance) const {
   const std::size_t n = Stride();
   if (!IsHeld() || !this->IsFinite() || std::abs(Det()) < tolerance) return 0;

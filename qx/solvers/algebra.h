@@ -2,12 +2,13 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/complex.h>
+#include <qx/foundation/scalar.h>
 
 #include <cstdint>
 
-template <typename T>
+template <qxReal T>
 class CQXMatrixN;
-template <typename T>
+template <qxReal T>
 class CQXVectorN;
 
 /// The functions of CQXAlgebra for one element type: small linear systems, polynomials, roots of a function of one
@@ -15,7 +16,7 @@ class CQXVectorN;
 ///
 /// Beside the caller's tolerance there is one fixed small value, QX_TOLERANCE: function values, derivatives, steps and
 /// radicands below it count as zero. None of the root finders tests that a root is bracketed.
-template <typename T>
+template <qxReal T>
 class QX_API CQXAlgebraFunctions {
  public:
   /// Function of one variable.

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::SolveByCongugateGradient(const CQXMatrixN<T>& A, const CQXVectorN<T>& b,
                                                               CQXVectorN<T>& x, T tol, T diagonalShift) {
   const std::int32_t size = A.Size();

@@ -5,18 +5,18 @@
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 constexpr T third = T(0.3333333333333333);
 
 /// Square root, and 0 for a radicand below the small value.
-template <typename T>
+template <qxReal T>
 T RootOrZero(T x) {
   return std::abs(x) < QX_TOLERANCE<T> ? T(0) : std::sqrt(x);
 }
 
 /// Roots of x^2 + p x + q: middle and half distance of two real roots (2), the double root (1), or the parts of a
 /// complex pair (0).
-template <typename T>
+template <qxReal T>
 struct QuadraticRoots {
   std::int32_t code;
   T middle;
@@ -49,12 +49,12 @@ struct QuadraticRoots {
   }
 };
 
-template <typename T>
+template <qxReal T>
 void WriteBoth(T value, T& x1, T& x2) {
   x1 = x2 = value;
 }
 
-template <typename T>
+template <qxReal T>
 void WriteBoth(T value, CQXComplex<T>& z1, CQXComplex<T>& z2) {
   z1.Set(value, 0);
   z2.Set(value, 0);
@@ -78,25 +78,25 @@ std::int32_t SolveGeneralQuadratic(T a, T b, T c, Root& root1, Root& root2, T to
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::SolveQuadratic(T a, T b, T c, T& x1, T& x2, T tol) noexcept {
   return SolveGeneralQuadratic(a, b, c, x1, x2, tol);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::SolveQuadratic(T a, T b, T c, CQXComplex<T>& z1, CQXComplex<T>& z2,
                                                     T tol) noexcept {
   return SolveGeneralQuadratic(a, b, c, z1, z2, tol);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::SolveReducedQuadratic(T p, T q, T& x1, T& x2, T tol) noexcept {
   const QuadraticRoots<T> roots(p, q, tol);
   roots.Write(x1, x2);
   return roots.code;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::SolveReducedQuadratic(T p, T q, CQXComplex<T>& z1, CQXComplex<T>& z2,
                                                            T tol) noexcept {
   const QuadraticRoots<T> roots(p, q, tol);
@@ -104,7 +104,7 @@ std::int32_t CQXAlgebraFunctions<T>::SolveReducedQuadratic(T p, T q, CQXComplex<
   return roots.code;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::SolveReducedCubic(T a, T b, T c, T& x1, T& x2, T& x3, T tol) noexcept {
   const T q = (a * a - 3 * b) / 9;
   const T r = (2 * a * a * a - 9 * a * b + 27 * c) / 54;
@@ -134,7 +134,7 @@ std::int32_t CQXAlgebraFunctions<T>::SolveReducedCubic(T a, T b, T c, T& x1, T& 
   return 3;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::SolveReducedCubic(T a, T b, T c, CQXComplex<T>& z1, CQXComplex<T>& z2,
                                                        CQXComplex<T>& z3, T tol) noexcept {
   T x1, x2, x3;

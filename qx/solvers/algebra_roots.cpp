@@ -6,14 +6,14 @@
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 bool IsSmall(T x) {
   return std::abs(x) < QX_TOLERANCE<T>;
 }
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::Newton(T lo, T hi, T tol, T& root, Function f, Function df) {
   T x = (lo + hi) / 2;
   for (int iteration = 0; iteration < 19; ++iteration) {
@@ -35,7 +35,7 @@ std::int32_t CQXAlgebraFunctions<T>::Newton(T lo, T hi, T tol, T& root, Function
   return 0;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXAlgebraFunctions<T>::SafeNewton(T lo, T hi, T tol, Function f, Function df) {
   const T valueLo = f(lo);
   const T valueHi = f(hi);
@@ -71,7 +71,7 @@ T CQXAlgebraFunctions<T>::SafeNewton(T lo, T hi, T tol, Function f, Function df)
   return x;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXAlgebraFunctions<T>::Brent(T lo, T hi, T tol, Function f) {
   T a = lo, b = hi, c = hi;
   T fa = f(a);
@@ -132,7 +132,7 @@ T CQXAlgebraFunctions<T>::Brent(T lo, T hi, T tol, Function f) {
   return b;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXAlgebraFunctions<T>::Secant(T lo, T hi, T tol, Function f) {
   T left = lo, right = hi;
   T valueLeft = f(lo);
@@ -152,7 +152,7 @@ T CQXAlgebraFunctions<T>::Secant(T lo, T hi, T tol, Function f) {
   return right;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXAlgebraFunctions<T>::Bisection(T lo, T hi, T tol, Function f) {
   const T valueLo = f(lo);
   const T valueHi = f(hi);
@@ -169,7 +169,7 @@ T CQXAlgebraFunctions<T>::Bisection(T lo, T hi, T tol, Function f) {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXAlgebraFunctions<T>::NarrowRootBrackets(const T& lo, const T& hi, std::int32_t n, std::int32_t& found,
                                                 T* lowerEnds, T* upperEnds, Function f) {
   T left = lo;
@@ -190,7 +190,7 @@ void CQXAlgebraFunctions<T>::NarrowRootBrackets(const T& lo, const T& hi, std::i
   found = count;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::SearchRootBrackets(T& x1, T& x2, Function f) {
   constexpr T growth = T(1.6);
   T value1 = f(x1);

@@ -5,20 +5,20 @@
 namespace {
 
 /// 2 when the sum of squares over the determinant, times the tolerance, is above 1.
-template <typename T>
+template <qxReal T>
 std::int32_t ConditionFlag(T sumOfSquares, T det, T tol) {
   return sumOfSquares / std::abs(det) * tol > 1 ? 2 : 1;
 }
 
 /// Equation of three unknowns.
-template <typename T>
+template <qxReal T>
 struct Equation {
   T coefficients[3];
   T right;
 };
 
 /// Solves the pair with unknown @p fixed at 1 and the others, @p u before @p v, from the minor of their columns.
-template <typename T>
+template <qxReal T>
 void SolvePair(const Equation<T>& p, const Equation<T>& q, int u, int v, int fixed, T minor, T (&unknowns)[3]) {
   const T rightP = p.right - p.coefficients[fixed];
   const T rightQ = q.right - q.coefficients[fixed];
@@ -28,7 +28,7 @@ void SolvePair(const Equation<T>& p, const Equation<T>& q, int u, int v, int fix
 }
 
 /// Takes the pair if one of its 2x2 minors is above the tolerance.
-template <typename T>
+template <qxReal T>
 bool SolveByPair(const Equation<T>& p, const Equation<T>& q, T tol, T (&unknowns)[3]) {
   const auto minor = [&](int u, int v) {
     return p.coefficients[u] * q.coefficients[v] - p.coefficients[v] * q.coefficients[u];
@@ -48,7 +48,7 @@ bool SolveByPair(const Equation<T>& p, const Equation<T>& q, T tol, T (&unknowns
 }
 
 /// Takes the equation if one of its coefficients is above the tolerance.
-template <typename T>
+template <qxReal T>
 bool SolveByOne(const Equation<T>& p, T tol, T (&unknowns)[3]) {
   const T u = std::abs(p.coefficients[0]), v = std::abs(p.coefficients[1]), w = std::abs(p.coefficients[2]);
   if (!(u > tol || v > tol || w > tol)) return false;
@@ -62,7 +62,7 @@ bool SolveByOne(const Equation<T>& p, T tol, T (&unknowns)[3]) {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::Solve2x2System(T a, T b, T c, T d, T r0, T r1, T& x, T& y,
                                                     std::int32_t& conditionFlag, T tol) noexcept {
   const T det = a * d - b * c;
@@ -92,7 +92,7 @@ std::int32_t CQXAlgebraFunctions<T>::Solve2x2System(T a, T b, T c, T d, T r0, T 
   return -2;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAlgebraFunctions<T>::Solve3x3System(T a, T b, T c, T d, T e, T f, T g, T h, T i, T r0, T r1, T r2, T& x,
                                                     T& y, T& z, std::int32_t& conditionFlag, T tol) noexcept {
   const T cofactorA = e * i - f * h;

@@ -12,7 +12,7 @@ namespace qxSolvers {
 namespace {
 
 /// The last pairs of a step and the difference of the gradients over it, in a ring.
-template <typename T>
+template <qxReal T>
 class PairRing {
  public:
   PairRing(std::size_t n, std::size_t m)
@@ -75,7 +75,7 @@ class PairRing {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 T MinimizeByLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, T xTol, T fTol, T gTol, std::int32_t maxIterations,
                   const Objective<T>& objective, QX_OPTIMIZATION_INFO& info) {
   if (!AreValidArguments(n, m, x, xTol, fTol, gTol, maxIterations)) {
@@ -137,19 +137,18 @@ template double MinimizeByLBFGS(std::int32_t, std::int32_t, CQXVectorN<double>&,
 
 }  // namespace qxSolvers
 
-template <typename T>
-T CQXOptimization::QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
-                                    std::type_identity_t<T> fTol, std::type_identity_t<T> gTol,
-                                    std::int32_t maxIterations, VectorFunction<T> f, GradientFunction<T> g,
-                                    QX_OPTIMIZATION_INFO& info) {
+template <qxReal T>
+T CQXOptimization::QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
+                                    qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations,
+                                    VectorFunction<T> f, GradientFunction<T> g, QX_OPTIMIZATION_INFO& info) {
   return qxSolvers::MinimizeByLBFGS<T>(n, m, x, xTol, fTol, gTol, maxIterations, {f, g}, info);
 }
 
-template <typename T>
-T CQXOptimization::QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
-                                    std::type_identity_t<T> fTol, std::type_identity_t<T> gTol,
-                                    std::int32_t maxIterations, void* user, VectorFunctionWithUser<T> f,
-                                    GradientFunctionWithUser<T> g, QX_OPTIMIZATION_INFO& info) {
+template <qxReal T>
+T CQXOptimization::QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
+                                    qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user,
+                                    VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
+                                    QX_OPTIMIZATION_INFO& info) {
   return qxSolvers::MinimizeByLBFGS<T>(n, m, x, xTol, fTol, gTol, maxIterations, {user, f, g}, info);
 }
 

@@ -8,7 +8,7 @@
 
 namespace qxSolvers {
 
-template <typename T>
+template <qxReal T>
 std::int32_t SearchLine(std::int32_t n, const T* direction, const Objective<T>& objective, T* start, CQXVectorN<T>& x,
                         T& f, CQXVectorN<T>& gradient, T& step) {
   constexpr T decrease = T(1e-4);

@@ -31,7 +31,7 @@ void CQXOptimization::LBFGSB_Freev(std::int32_t n, std::int32_t& freeCount, std:
 
 namespace qxSolvers {
 
-template <typename T>
+template <qxReal T>
 BoundedMinimizer<T>::BoundedMinimizer(std::int32_t n, std::int32_t m, const Bounds<T>& bounds,
                                       const Objective<T>& objective, CQXVectorN<T>& x)
     : m_n(n),
@@ -56,7 +56,7 @@ BoundedMinimizer<T>::BoundedMinimizer(std::int32_t n, std::int32_t m, const Boun
       m_entering(qxMakeBlock<std::int32_t>(m_count)),
       m_boundState(qxMakeBlock<std::int32_t>(m_count)) {}
 
-template <typename T>
+template <qxReal T>
 bool BoundedMinimizer<T>::HasMemory() const {
   return m_gradient.Data() != nullptr && m_memory.HasMemory() && m_subspace.HasMemory() && m_lower != nullptr &&
          m_upper != nullptr && m_target != nullptr && m_direction != nullptr && m_start != nullptr &&
@@ -65,7 +65,7 @@ bool BoundedMinimizer<T>::HasMemory() const {
 }
 
 /// Moves x onto the bounds and sets what never changes.
-template <typename T>
+template <qxReal T>
 void BoundedMinimizer<T>::Initialize() {
   constexpr T infinity = std::numeric_limits<T>::infinity();
   for (std::size_t i = 0; i < m_count; ++i) {
@@ -81,14 +81,14 @@ void BoundedMinimizer<T>::Initialize() {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void BoundedMinimizer<T>::Evaluate() {
   m_f = m_objective.Value(m_x);
   m_objective.CalculateGradient(m_x, m_gradient);
 }
 
 /// Of a component that points out of a bound only the distance to the bound counts. Not a number when a component is.
-template <typename T>
+template <qxReal T>
 T BoundedMinimizer<T>::ProjectedGradientNorm() const {
   const T* x = m_x.Data();
   const T* gradient = m_gradient.Data();
@@ -115,7 +115,7 @@ T BoundedMinimizer<T>::ProjectedGradientNorm() const {
 
 /// The part of the direction from @p origin, a point within the bounds, that keeps them: at most @p part.
 /// @param[out] blocking the variable that meets its bound first; not changed when the whole part is feasible
-template <typename T>
+template <qxReal T>
 T BoundedMinimizer<T>::FeasiblePart(const T* origin, T part, std::size_t& blocking) const {
   const T* direction = m_direction.get();
   const T* lower = m_lower.get();
@@ -131,7 +131,7 @@ T BoundedMinimizer<T>::FeasiblePart(const T* origin, T part, std::size_t& blocki
   return part;
 }
 
-template <typename T>
+template <qxReal T>
 void BoundedMinimizer<T>::ForgetModel() {
   m_memory.Reset();
   m_subspace.Reset();
@@ -143,7 +143,7 @@ void BoundedMinimizer<T>::ForgetModel() {
 ///
 /// The search is the reverse-communication form of the method told at StepInterval, with the constants of algorithm
 /// 778.
-template <typename T>
+template <qxReal T>
 bool BoundedMinimizer<T>::SearchTowardsTarget() {
   constexpr T decrease = T(1e-6);
   constexpr T curvature = T(0.9);
@@ -237,7 +237,7 @@ bool BoundedMinimizer<T>::SearchTowardsTarget() {
 }
 
 /// Takes the last step into the model, unless its curvature is too small.
-template <typename T>
+template <qxReal T>
 void BoundedMinimizer<T>::UpdateModel() {
   T sy = m_slope - m_slopeBefore;
   T scale = -m_slopeBefore;
@@ -252,7 +252,7 @@ void BoundedMinimizer<T>::UpdateModel() {
   m_memory.Append(m_direction.get(), factor, m_gradient.Data(), m_gradientBefore.get(), sy);
 }
 
-template <typename T>
+template <qxReal T>
 T BoundedMinimizer<T>::Minimize(T xTol, T fTol, T gTol, std::int32_t maxIterations, QX_OPTIMIZATION_INFO& info) {
   Initialize();
   Evaluate();
@@ -302,7 +302,7 @@ T BoundedMinimizer<T>::Minimize(T xTol, T fTol, T gTol, std::int32_t maxIteratio
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 T MinimizeWithBounds(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, T xTol, T fTol, T gTol,
                      std::int32_t maxIterations, const Bounds<T>& bounds, const Objective<T>& objective,
                      QX_OPTIMIZATION_INFO& info) {
@@ -329,24 +329,23 @@ template class BoundedMinimizer<double>;
 
 }  // namespace qxSolvers
 
-template <typename T>
-T CQXOptimization::QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x,
-                                               std::type_identity_t<T> xTol, std::type_identity_t<T> fTol,
-                                               std::type_identity_t<T> gTol, std::int32_t maxIterations,
+template <qxReal T>
+T CQXOptimization::QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
+                                               qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations,
                                                const QX_OPTIMIZATION_CONSTRAINTS* constraints,
-                                               const std::type_identity_t<T>* lower,
-                                               const std::type_identity_t<T>* upper, VectorFunction<T> f,
-                                               GradientFunction<T> g, QX_OPTIMIZATION_INFO& info) {
+                                               const qxNonDeduced<T>* lower, const qxNonDeduced<T>* upper,
+                                               VectorFunction<T> f, GradientFunction<T> g, QX_OPTIMIZATION_INFO& info) {
   return qxSolvers::MinimizeWithBounds<T>(n, m, x, xTol, fTol, gTol, maxIterations, {constraints, lower, upper}, {f, g},
                                           info);
 }
 
-template <typename T>
-T CQXOptimization::QuasiNewtonConstraintLBFGSB(
-    std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol, std::type_identity_t<T> fTol,
-    std::type_identity_t<T> gTol, std::int32_t maxIterations, const QX_OPTIMIZATION_CONSTRAINTS* constraints,
-    const std::type_identity_t<T>* lower, const std::type_identity_t<T>* upper, void* user, VectorFunctionWithUser<T> f,
-    GradientFunctionWithUser<T> g, QX_OPTIMIZATION_INFO& info) {
+template <qxReal T>
+T CQXOptimization::QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
+                                               qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations,
+                                               const QX_OPTIMIZATION_CONSTRAINTS* constraints,
+                                               const qxNonDeduced<T>* lower, const qxNonDeduced<T>* upper, void* user,
+                                               VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
+                                               QX_OPTIMIZATION_INFO& info) {
   return qxSolvers::MinimizeWithBounds<T>(n, m, x, xTol, fTol, gTol, maxIterations, {constraints, lower, upper},
                                           {user, f, g}, info);
 }

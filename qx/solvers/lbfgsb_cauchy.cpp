@@ -11,7 +11,7 @@ namespace qxSolvers {
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 T Dot(std::int32_t count, const T* a, const T* b) {
   return qxKernels::Dot(static_cast<std::size_t>(count), a, b);
 }
@@ -20,7 +20,7 @@ T Dot(std::int32_t count, const T* a, const T* b) {
 
 /// The first local minimum of the model along the projected gradient: R. H. Byrd et al. (1995), algorithm CP. Sets the
 /// target, the states of the variables and W'(target - x). False when the model could not be factored.
-template <typename T>
+template <qxReal T>
 bool BoundedMinimizer<T>::FindCauchyPoint() {
   const T* x = m_x.Data();
   const T* gradient = m_gradient.Data();
@@ -67,7 +67,7 @@ bool BoundedMinimizer<T>::FindCauchyPoint() {
 /// Variables that meet their bound are put there and leave the direction.
 /// @param f1,f2 slope and curvature of the model along the direction
 /// @param way from the last breakpoint to the minimum of the model
-template <typename T>
+template <qxReal T>
 void BoundedMinimizer<T>::PassBreakpoints(T f1, T f2, T way) {
   const std::int32_t size = 2 * m_memory.Count();
   const std::size_t smallCount = static_cast<std::size_t>(size);

@@ -7,7 +7,7 @@
 
 namespace qxSolvers {
 
-template <typename T>
+template <qxReal T>
 bool FactorByCholesky(std::int32_t first, std::int32_t size, CQXMatrixMN<T>& a) {
   for (std::int32_t j = first; j < first + size; ++j) {
     for (std::int32_t i = first; i <= j; ++i) {
@@ -24,7 +24,7 @@ bool FactorByCholesky(std::int32_t first, std::int32_t size, CQXMatrixMN<T>& a) 
   return true;
 }
 
-template <typename T>
+template <qxReal T>
 void SolveTransposed(std::int32_t size, const CQXMatrixMN<T>& r, T* v) {
   for (std::int32_t i = 0; i < size; ++i) {
     T sum = v[i];
@@ -33,7 +33,7 @@ void SolveTransposed(std::int32_t size, const CQXMatrixMN<T>& r, T* v) {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void SolveUpper(std::int32_t size, const CQXMatrixMN<T>& r, T* v) {
   for (std::int32_t i = size; i-- > 0;) {
     T sum = v[i];
@@ -42,17 +42,17 @@ void SolveUpper(std::int32_t size, const CQXMatrixMN<T>& r, T* v) {
   }
 }
 
-template <typename T>
+template <qxReal T>
 CompactMemory<T>::CompactMemory(std::int32_t n, std::int32_t m)
     : m_n(n), m_m(m), m_steps(m, n), m_differences(m, n), m_sy(m), m_ss(m), m_factor(m) {}
 
-template <typename T>
+template <qxReal T>
 bool CompactMemory<T>::HasMemory() const {
   return m_steps.Data() != nullptr && m_differences.Data() != nullptr && m_sy.Data() != nullptr &&
          m_ss.Data() != nullptr && m_factor.Data() != nullptr;
 }
 
-template <typename T>
+template <qxReal T>
 void CompactMemory<T>::Reset() {
   m_first = 0;
   m_count = 0;
@@ -60,7 +60,7 @@ void CompactMemory<T>::Reset() {
   m_isAppended = false;
 }
 
-template <typename T>
+template <qxReal T>
 void CompactMemory<T>::Append(const T* direction, T factor, const T* gradient, const T* formerGradient, T sy) {
   const std::size_t count = static_cast<std::size_t>(m_n);
   if (m_count < m_m) {
@@ -87,7 +87,7 @@ void CompactMemory<T>::Append(const T* direction, T factor, const T* gradient, c
   m_isAppended = true;
 }
 
-template <typename T>
+template <qxReal T>
 bool CompactMemory<T>::Complete(const T* v, T* product) {
   for (std::int32_t j = 0; j < 2 * m_count; ++j) product[j] = 0;
   const std::int32_t last = m_count - 1;
@@ -111,7 +111,7 @@ bool CompactMemory<T>::Complete(const T* v, T* product) {
   return FactorByCholesky(0, m_count, m_factor);
 }
 
-template <typename T>
+template <qxReal T>
 void CompactMemory<T>::AddTransposedProduct(std::size_t first, std::size_t size, const T* v, T* product) const {
   for (std::int32_t j = 0; j < m_count; ++j) {
     product[j] += qxKernels::Dot(size, Difference(j) + first, v);
@@ -119,7 +119,7 @@ void CompactMemory<T>::AddTransposedProduct(std::size_t first, std::size_t size,
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CompactMemory<T>::AddProduct(std::size_t first, std::size_t size, const T* c, T* target) const {
   for (std::int32_t j = 0; j < m_count; ++j) {
     qxKernels::AddMultiple(size, c[j], Difference(j) + first, target);
@@ -127,7 +127,7 @@ void CompactMemory<T>::AddProduct(std::size_t first, std::size_t size, const T* 
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CompactMemory<T>::GetRow(std::int32_t i, T* row) const {
   for (std::int32_t j = 0; j < m_count; ++j) {
     row[j] = Difference(j)[i];
@@ -135,7 +135,7 @@ void CompactMemory<T>::GetRow(std::int32_t i, T* row) const {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CompactMemory<T>::MultiplyByMiddle(const T* v, T* product) const {
   const T* ofSteps = v + m_count;
   T* result = product + m_count;

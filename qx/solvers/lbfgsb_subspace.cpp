@@ -18,19 +18,19 @@ std::int32_t Twice(std::int32_t m) {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 SubspaceMatrix<T>::SubspaceMatrix(std::int32_t n, std::int32_t m)
     : m_m(m),
       m_products(Twice(m)),
       m_matrix(Twice(m)),
       m_masked(qxMakeBlock<T>(2 * static_cast<std::size_t>(n < stripSize ? n : stripSize))) {}
 
-template <typename T>
+template <qxReal T>
 bool SubspaceMatrix<T>::HasMemory() const {
   return m_products.Data() != nullptr && m_matrix.Data() != nullptr && m_masked != nullptr;
 }
 
-template <typename T>
+template <qxReal T>
 void SubspaceMatrix<T>::AppendPair(const CompactMemory<T>& memory) {
   if (m_count < memory.Count()) {
     ++m_count;
@@ -51,7 +51,7 @@ void SubspaceMatrix<T>::AppendPair(const CompactMemory<T>& memory) {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void SubspaceMatrix<T>::AddStrip(const CompactMemory<T>& memory, std::size_t first, std::size_t size,
                                  const std::int32_t* boundState, bool areAllFree) {
   const std::int32_t last = m_count - 1;
@@ -78,7 +78,7 @@ void SubspaceMatrix<T>::AddStrip(const CompactMemory<T>& memory, std::size_t fir
   }
 }
 
-template <typename T>
+template <qxReal T>
 void SubspaceMatrix<T>::MoveVariable(const CompactMemory<T>& memory, std::int32_t pairs, std::int32_t variable,
                                      T sign) {
   for (std::int32_t i = 0; i < pairs; ++i) {
@@ -95,7 +95,7 @@ void SubspaceMatrix<T>::MoveVariable(const CompactMemory<T>& memory, std::int32_
   }
 }
 
-template <typename T>
+template <qxReal T>
 bool SubspaceMatrix<T>::Factor(const CompactMemory<T>& memory) {
   const T theta = memory.Theta();
   const std::int32_t k = m_count;
@@ -125,7 +125,7 @@ bool SubspaceMatrix<T>::Factor(const CompactMemory<T>& memory) {
   return FactorByCholesky(k, k, m_matrix);
 }
 
-template <typename T>
+template <qxReal T>
 void SubspaceMatrix<T>::Solve(T* v) const {
   SolveTransposed(2 * m_count, m_matrix, v);
   for (std::int32_t i = 0; i < m_count; ++i) v[i] = -v[i];
@@ -134,7 +134,7 @@ void SubspaceMatrix<T>::Solve(T* v) const {
 
 /// The minimum of the model over the variables that are free at the Cauchy point, by the direct primal method; the step
 /// to it is cut back to the bounds. False when the matrix could not be factored.
-template <typename T>
+template <qxReal T>
 bool BoundedMinimizer<T>::MinimizeInSubspace() {
   std::int32_t isNew = m_isAppended;
   LBFGSB_Freev(m_n, m_freeCount, m_freeIndex.get(), m_enterCount, m_leaveCount, m_entering.get(), m_boundState.get(),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/vectors/vector_n.h>
 
 #include <cstdint>
@@ -36,10 +37,10 @@ enum QX_OPTIMIZATION_INFO : std::int32_t {
 class QX_API CQXOptimization {
  public:
   /// f(x), or its derivative.
-  template <typename T>
+  template <qxReal T>
   using ScalarFunction = std::type_identity_t<T (*)(T)>;
   /// f(x, user), or its derivative.
-  template <typename T>
+  template <qxReal T>
   using ScalarFunctionWithUser = std::type_identity_t<T (*)(T, void*)>;
 
   /// Finds three abscissas that bracket a minimum: b between a and c, and f(b) neither above f(a) nor above f(c).
@@ -55,9 +56,9 @@ class QX_API CQXOptimization {
   /// @param[out] c the third point: c > b > a or c < b < a
   /// @param[out] fa,fb,fc values of the function at the triple
   /// @param f the function; the first two evaluations are at a, then b
-  template <typename T>
+  template <qxReal T>
   static void FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, ScalarFunction<T> f);
-  template <typename T>
+  template <qxReal T>
   static void FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, void* user, ScalarFunctionWithUser<T> f);
 
   /// Shrinks a bracketing triple by golden sections, one evaluation a step, and returns the smallest value found.
@@ -74,12 +75,12 @@ class QX_API CQXOptimization {
   /// @param tol relative tolerance, compared with width / (|x1| + |x2|)
   /// @param[out] xMin abscissa of the returned value
   /// @return the value of the function at @p xMin.
-  template <typename T>
-  static T GoldenSection(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                         std::type_identity_t<T> tol, T& xMin, ScalarFunction<T> f);
-  template <typename T>
-  static T GoldenSection(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                         std::type_identity_t<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f);
+  template <qxReal T>
+  static T GoldenSection(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
+                         ScalarFunction<T> f);
+  template <qxReal T>
+  static T GoldenSection(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
+                         void* user, ScalarFunctionWithUser<T> f);
 
   /// Shrinks a bracketing triple by parabolas, with golden sections where a parabola is of no use, and returns the
   /// smallest value found.
@@ -93,12 +94,12 @@ class QX_API CQXOptimization {
   /// evaluations
   /// @param[out] xMin abscissa of the returned value
   /// @return the value of the function at @p xMin.
-  template <typename T>
-  static T ParabolicDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                            std::type_identity_t<T> tol, T& xMin, ScalarFunction<T> f);
-  template <typename T>
-  static T ParabolicDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                            std::type_identity_t<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f);
+  template <qxReal T>
+  static T ParabolicDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
+                            ScalarFunction<T> f);
+  template <qxReal T>
+  static T ParabolicDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
+                            void* user, ScalarFunctionWithUser<T> f);
 
   /// Shrinks a bracketing triple with the help of the derivative and returns the smallest value found.
   ///
@@ -115,25 +116,24 @@ class QX_API CQXOptimization {
   /// @param[out] xMin abscissa of the returned value
   /// @param df derivative of @p f
   /// @return the value of the function at @p xMin.
-  template <typename T>
-  static T DerivativeEstimationDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                                       std::type_identity_t<T> tol, T& xMin, ScalarFunction<T> f, ScalarFunction<T> df);
-  template <typename T>
-  static T DerivativeEstimationDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                                       std::type_identity_t<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f,
-                                       ScalarFunctionWithUser<T> df);
+  template <qxReal T>
+  static T DerivativeEstimationDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol,
+                                       T& xMin, ScalarFunction<T> f, ScalarFunction<T> df);
+  template <qxReal T>
+  static T DerivativeEstimationDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol,
+                                       T& xMin, void* user, ScalarFunctionWithUser<T> f, ScalarFunctionWithUser<T> df);
 
   /// f(x) of many variables.
-  template <typename T>
+  template <qxReal T>
   using VectorFunction = std::type_identity_t<T (*)(const CQXVectorN<T>&)>;
   /// f(x, user) of many variables.
-  template <typename T>
+  template <qxReal T>
   using VectorFunctionWithUser = std::type_identity_t<T (*)(const CQXVectorN<T>&, void*)>;
   /// g(x, gradient): writes the gradient of f at x to the n elements of its second argument.
-  template <typename T>
+  template <qxReal T>
   using GradientFunction = std::type_identity_t<void (*)(const CQXVectorN<T>&, CQXVectorN<T>&)>;
   /// g(x, gradient, user).
-  template <typename T>
+  template <qxReal T>
   using GradientFunctionWithUser = std::type_identity_t<void (*)(const CQXVectorN<T>&, CQXVectorN<T>&, void*)>;
 
   /// Minimises a smooth function of @p n variables by limited-memory BFGS: the two-loop recursion over the last @p m
@@ -168,15 +168,14 @@ class QX_API CQXOptimization {
   ///        them (after one evaluation of function and gradient), and when memory is refused by a null: x is as it came
   ///        then
   /// @return the value of the function at @p x.
-  template <typename T>
-  static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
-                            std::type_identity_t<T> fTol, std::type_identity_t<T> gTol, std::int32_t maxIterations,
-                            VectorFunction<T> f, GradientFunction<T> g, QX_OPTIMIZATION_INFO& info);
-  template <typename T>
-  static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
-                            std::type_identity_t<T> fTol, std::type_identity_t<T> gTol, std::int32_t maxIterations,
-                            void* user, VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
-                            QX_OPTIMIZATION_INFO& info);
+  template <qxReal T>
+  static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
+                            qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations, VectorFunction<T> f,
+                            GradientFunction<T> g, QX_OPTIMIZATION_INFO& info);
+  template <qxReal T>
+  static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
+                            qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user,
+                            VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g, QX_OPTIMIZATION_INFO& info);
 
   /// Minimises a smooth function of @p n variables with bounds on each of them, by the L-BFGS-B method: the generalized
   /// Cauchy point of a limited-memory model, the minimum of the model over the variables that are free there, cut back
@@ -210,19 +209,18 @@ class QX_API CQXOptimization {
   ///        does not exist and crossed bounds (after one evaluation of the function), and when memory is refused by a
   ///        null: x is as it came then
   /// @return the value of the function at @p x.
-  template <typename T>
-  static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
-                                       std::type_identity_t<T> fTol, std::type_identity_t<T> gTol,
-                                       std::int32_t maxIterations, const QX_OPTIMIZATION_CONSTRAINTS* constraints,
-                                       const std::type_identity_t<T>* lower, const std::type_identity_t<T>* upper,
-                                       VectorFunction<T> f, GradientFunction<T> g, QX_OPTIMIZATION_INFO& info);
-  template <typename T>
-  static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, std::type_identity_t<T> xTol,
-                                       std::type_identity_t<T> fTol, std::type_identity_t<T> gTol,
-                                       std::int32_t maxIterations, const QX_OPTIMIZATION_CONSTRAINTS* constraints,
-                                       const std::type_identity_t<T>* lower, const std::type_identity_t<T>* upper,
-                                       void* user, VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
+  template <qxReal T>
+  static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
+                                       qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations,
+                                       const QX_OPTIMIZATION_CONSTRAINTS* constraints, const qxNonDeduced<T>* lower,
+                                       const qxNonDeduced<T>* upper, VectorFunction<T> f, GradientFunction<T> g,
                                        QX_OPTIMIZATION_INFO& info);
+  template <qxReal T>
+  static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
+                                       qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations,
+                                       const QX_OPTIMIZATION_CONSTRAINTS* constraints, const qxNonDeduced<T>* lower,
+                                       const qxNonDeduced<T>* upper, void* user, VectorFunctionWithUser<T> f,
+                                       GradientFunctionWithUser<T> g, QX_OPTIMIZATION_INFO& info);
 
  protected:
   /// Brings the list of free variables up to date with the bound states and tells what changed.

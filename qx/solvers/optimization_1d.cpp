@@ -8,27 +8,27 @@
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 constexpr T goldenGrowth = T(1.61803399);
-template <typename T>
+template <qxReal T>
 constexpr T goldenRatio = T(0.61803399);
-template <typename T>
+template <qxReal T>
 constexpr T goldenComplement = T(0.38196601);
-template <typename T>
+template <qxReal T>
 constexpr T magnificationLimit = T(100);
 constexpr int iterationLimit = 100;
 
 /// Zero guard, and the absolute part of the tolerances.
-template <typename T>
+template <qxReal T>
 constexpr T smallValue = QX_TOLERANCE<T>;
 
-template <typename T>
+template <qxReal T>
 bool AreClose(T a, T b) {
   return std::abs(a - b) <= smallValue<T>;
 }
 
 /// @p magnitude with the sign of @p sign, where zero counts as positive.
-template <typename T>
+template <qxReal T>
 T WithSign(T magnitude, T sign) {
   return sign >= 0 ? magnitude : -magnitude;
 }
@@ -131,7 +131,7 @@ T MinimizeByGoldenSections(T a, T b, T c, T tol, T& xMin, F f) {
 }
 
 /// The interval of the two descents, and what they test alike.
-template <typename T>
+template <qxReal T>
 struct Interval {
   Interval(T a, T c) : lo(c < a ? c : a), hi(c < a ? a : c) {}
 
@@ -155,7 +155,7 @@ struct Interval {
   T tol2{};
 };
 
-template <typename T>
+template <qxReal T>
 struct Point {
   T x;
   T f;
@@ -213,7 +213,7 @@ T MinimizeByParabolas(T a, T b, T c, T tol, T& xMin, F f) {
   return best.f;
 }
 
-template <typename T>
+template <qxReal T>
 struct PointWithDerivative {
   T x;
   T f;
@@ -279,58 +279,58 @@ T MinimizeByDerivatives(T a, T b, T c, T tol, T& xMin, F f, DF df) {
 }
 
 /// The function of the forms with a user argument as a function of x alone.
-template <typename T>
+template <qxReal T>
 auto WithUser(T (*f)(T, void*), void* user) {
   return [f, user](T x) { return f(x, user); };
 }
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 void CQXOptimization::FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, ScalarFunction<T> f) {
   FindTriple(a, b, c, fa, fb, fc, f);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXOptimization::FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, void* user, ScalarFunctionWithUser<T> f) {
   FindTriple(a, b, c, fa, fb, fc, WithUser<T>(f, user));
 }
 
-template <typename T>
-T CQXOptimization::GoldenSection(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                                 std::type_identity_t<T> tol, T& xMin, ScalarFunction<T> f) {
+template <qxReal T>
+T CQXOptimization::GoldenSection(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
+                                 ScalarFunction<T> f) {
   return MinimizeByGoldenSections<T>(a, b, c, tol, xMin, f);
 }
 
-template <typename T>
-T CQXOptimization::GoldenSection(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                                 std::type_identity_t<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f) {
+template <qxReal T>
+T CQXOptimization::GoldenSection(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
+                                 void* user, ScalarFunctionWithUser<T> f) {
   return MinimizeByGoldenSections<T>(a, b, c, tol, xMin, WithUser<T>(f, user));
 }
 
-template <typename T>
-T CQXOptimization::ParabolicDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                                    std::type_identity_t<T> tol, T& xMin, ScalarFunction<T> f) {
+template <qxReal T>
+T CQXOptimization::ParabolicDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol,
+                                    T& xMin, ScalarFunction<T> f) {
   return MinimizeByParabolas<T>(a, b, c, tol, xMin, f);
 }
 
-template <typename T>
-T CQXOptimization::ParabolicDescent(std::type_identity_t<T> a, std::type_identity_t<T> b, std::type_identity_t<T> c,
-                                    std::type_identity_t<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f) {
+template <qxReal T>
+T CQXOptimization::ParabolicDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol,
+                                    T& xMin, void* user, ScalarFunctionWithUser<T> f) {
   return MinimizeByParabolas<T>(a, b, c, tol, xMin, WithUser<T>(f, user));
 }
 
-template <typename T>
-T CQXOptimization::DerivativeEstimationDescent(std::type_identity_t<T> a, std::type_identity_t<T> b,
-                                               std::type_identity_t<T> c, std::type_identity_t<T> tol, T& xMin,
-                                               ScalarFunction<T> f, ScalarFunction<T> df) {
+template <qxReal T>
+T CQXOptimization::DerivativeEstimationDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c,
+                                               qxNonDeduced<T> tol, T& xMin, ScalarFunction<T> f,
+                                               ScalarFunction<T> df) {
   return MinimizeByDerivatives<T>(a, b, c, tol, xMin, f, df);
 }
 
-template <typename T>
-T CQXOptimization::DerivativeEstimationDescent(std::type_identity_t<T> a, std::type_identity_t<T> b,
-                                               std::type_identity_t<T> c, std::type_identity_t<T> tol, T& xMin,
-                                               void* user, ScalarFunctionWithUser<T> f, ScalarFunctionWithUser<T> df) {
+template <qxReal T>
+T CQXOptimization::DerivativeEstimationDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c,
+                                               qxNonDeduced<T> tol, T& xMin, void* user, ScalarFunctionWithUser<T> f,
+                                               ScalarFunctionWithUser<T> df) {
   return MinimizeByDerivatives<T>(a, b, c, tol, xMin, WithUser<T>(f, user), WithUser<T>(df, user));
 }
 

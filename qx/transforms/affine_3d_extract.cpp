@@ -4,11 +4,11 @@
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 constexpr T extractTolerance = T(1e-6);
 
 /// t := S^-1 t with S = U diag(s) U^T. The inverse of the diagonal is zero where a factor is too small.
-template <typename T>
+template <qxReal T>
 void UndoScaling(const CQXVector3<T>& s, const CQXMatrix3<T>& u, CQXVector3<T>& t) {
   const CQXMatrix3<T> diagonal(s.X(), 0, 0, 0, s.Y(), 0, 0, 0, s.Z());
   CQXMatrix3<T> inverse;
@@ -16,13 +16,13 @@ void UndoScaling(const CQXVector3<T>& s, const CQXMatrix3<T>& u, CQXVector3<T>& 
   t = u * inverse * u.Transpose() * t;
 }
 
-template <typename T>
+template <qxReal T>
 void UndoRotation(const CQXMatrix3<T>& r, CQXVector3<T>& t) {
   t = r.Transpose() * t;
 }
 
 /// Scaling U diag(s) U^T, rotation and reflection of a 3x3 block.
-template <typename T>
+template <qxReal T>
 struct ScaleRotation {
   CQXVector3<T> s;
   CQXMatrix3<T> r, u;
@@ -33,7 +33,7 @@ struct ScaleRotation {
 enum Side : std::int32_t { scalingLast = 0, scalingFirst = 1 };
 
 /// Takes a transform apart: the last column as it is, and the block with the scaling on the given side.
-template <typename T>
+template <qxReal T>
 std::int32_t ExtractParts(const CQXAffine3DTransform<T>& transform, Side side, CQXVector3<T>& t, CQXVector3<T>& s,
                           CQXMatrix3<T>& r, CQXMatrix3<T>& u, std::int32_t& reflection) {
   CQXMatrix3<T> out1, out2, out3;
@@ -53,7 +53,7 @@ std::int32_t ExtractParts(const CQXAffine3DTransform<T>& transform, Side side, C
 }
 
 /// One of the two polar forms of a block: a = Q S (the scaling first) or a = S Q.
-template <typename T>
+template <qxReal T>
 class PolarForm {
  public:
   PolarForm(const CQXMatrix3<T>& a, Side side) : m_side(side) {
@@ -97,7 +97,7 @@ class PolarForm {
 };
 
 /// Analysis behind ExtractElementaryTransforms() and the closest scaling and rotation.
-template <typename T>
+template <qxReal T>
 bool FindElementary(const CQXMatrix3<T>& a, ScaleRotation<T>& result, std::int32_t& order) {
   PolarForm<T> first(a, scalingFirst);
   if (first.IsDiagonal()) {
@@ -135,14 +135,14 @@ bool FindElementary(const CQXMatrix3<T>& a, ScaleRotation<T>& result, std::int32
 
 // ---- The six forms: the translation is freed from the motions that act after it, the last one first.
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::ExtractSRT(CQXVector3<T>& t, CQXVector3<T>& s, CQXMatrix3<T>& r, CQXMatrix3<T>& u,
                                                  std::int32_t& reflection) const {
   if (ExtractParts(*this, scalingFirst, t, s, r, u, reflection) == 0) return 0;
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::ExtractSTR(CQXVector3<T>& t, CQXVector3<T>& s, CQXMatrix3<T>& r, CQXMatrix3<T>& u,
                                                  std::int32_t& reflection) const {
   if (ExtractParts(*this, scalingFirst, t, s, r, u, reflection) == 0) return 0;
@@ -150,14 +150,14 @@ std::int32_t CQXAffine3DTransform<T>::ExtractSTR(CQXVector3<T>& t, CQXVector3<T>
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::ExtractRST(CQXVector3<T>& t, CQXVector3<T>& s, CQXMatrix3<T>& r, CQXMatrix3<T>& u,
                                                  std::int32_t& reflection) const {
   if (ExtractParts(*this, scalingLast, t, s, r, u, reflection) == 0) return 0;
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::ExtractRTS(CQXVector3<T>& t, CQXVector3<T>& s, CQXMatrix3<T>& r, CQXMatrix3<T>& u,
                                                  std::int32_t& reflection) const {
   if (ExtractParts(*this, scalingLast, t, s, r, u, reflection) == 0) return 0;
@@ -165,7 +165,7 @@ std::int32_t CQXAffine3DTransform<T>::ExtractRTS(CQXVector3<T>& t, CQXVector3<T>
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::ExtractTSR(CQXVector3<T>& t, CQXVector3<T>& s, CQXMatrix3<T>& r, CQXMatrix3<T>& u,
                                                  std::int32_t& reflection) const {
   if (ExtractParts(*this, scalingFirst, t, s, r, u, reflection) == 0) return 0;
@@ -174,7 +174,7 @@ std::int32_t CQXAffine3DTransform<T>::ExtractTSR(CQXVector3<T>& t, CQXVector3<T>
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::ExtractTRS(CQXVector3<T>& t, CQXVector3<T>& s, CQXMatrix3<T>& r, CQXMatrix3<T>& u,
                                                  std::int32_t& reflection) const {
   if (ExtractParts(*this, scalingLast, t, s, r, u, reflection) == 0) return 0;
@@ -183,7 +183,7 @@ std::int32_t CQXAffine3DTransform<T>::ExtractTRS(CQXVector3<T>& t, CQXVector3<T>
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::ExtractElementaryTransforms(CQXVector3<T>& t, CQXVector3<T>& s, CQXMatrix3<T>& r,
                                                                   CQXMatrix3<T>& u, std::int32_t& hasStretch,
                                                                   std::int32_t& order, std::int32_t& reflection) const {
@@ -198,14 +198,14 @@ std::int32_t CQXAffine3DTransform<T>::ExtractElementaryTransforms(CQXVector3<T>&
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector3<T> CQXAffine3DTransform<T>::ExtractClosestScaling() const {
   ScaleRotation<T> parts;
   std::int32_t order;
   return FindElementary(Get3DMatrix(), parts, order) ? parts.s : CQXVector3<T>();
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrix3<T> CQXAffine3DTransform<T>::ExtractClosestRotation(std::int32_t& reflection) const {
   ScaleRotation<T> parts;
   std::int32_t order;

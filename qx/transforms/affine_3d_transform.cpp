@@ -6,30 +6,30 @@
 #include <cmath>
 #include <cstddef>
 
-template <typename T>
+template <qxReal T>
 CQXAffine3DTransform<T>::~CQXAffine3DTransform() = default;
 
-template <typename T>
+template <qxReal T>
 CQXAffine3DTransform<T>& CQXAffine3DTransform<T>::operator=(const Base& other) noexcept {
   Base::operator=(other);
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 CQXAffine3DTransform<T>& CQXAffine3DTransform<T>::operator=(const CQXAffine3DTransform& other) noexcept = default;
 
-template <typename T>
+template <qxReal T>
 qxTransformType CQXAffine3DTransform<T>::GetTypeOfTransform() const noexcept {
   return QX_TRANSFORM_AFFINE;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXAffine3DTransform<T>::Set4DData(const CQXMatrix3<T>& a, const CQXVector3<T>& d) noexcept {
   m_matrix = qxMatrix3To4(a);
   m_matrix.SetColVector(3, qxVector3To4(d, 1));
 }
 
-template <typename T>
+template <qxReal T>
 void CQXAffine3DTransform<T>::Extract3DData(CQXMatrix3<T>& a, CQXVector3<T>& d) const noexcept {
   a = Get3DMatrix();
   d = GetTranslation();
@@ -37,21 +37,21 @@ void CQXAffine3DTransform<T>::Extract3DData(CQXMatrix3<T>& a, CQXVector3<T>& d) 
 
 // ---- Geometry
 
-template <typename T>
+template <qxReal T>
 void CQXAffine3DTransform<T>::TransformPoints(std::int32_t n, const CQXVector3<T>* source,
                                               CQXVector3<T>* target) const noexcept {
   if (n < 1) return;
   qxKernels::TransformPoints(static_cast<std::size_t>(n), m_matrix.Data(), source->Data(), target->Data());
 }
 
-template <typename T>
+template <qxReal T>
 void CQXAffine3DTransform<T>::TransformVectors(std::int32_t n, const CQXVector3<T>* source,
                                                CQXVector3<T>* target) const noexcept {
   if (n < 1) return;
   qxKernels::TransformVectors(static_cast<std::size_t>(n), m_matrix.Data(), source->Data(), target->Data());
 }
 
-template <typename T>
+template <qxReal T>
 void CQXAffine3DTransform<T>::TransformLine(const CQXVector3<T>& point, const CQXVector3<T>& direction,
                                             CQXVector3<T>& newPoint, CQXVector3<T>& newDirection) const noexcept {
   const CQXVector3<T> p = TransformPoint(point);
@@ -60,7 +60,7 @@ void CQXAffine3DTransform<T>::TransformLine(const CQXVector3<T>& point, const CQ
   newDirection = v;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXAffine3DTransform<T>::TransformPlane(const CQXVector4<T>& plane, CQXVector4<T>& target) const noexcept {
   const CQXVector3<T> normal = TransformVector(qxCutVector4To3(plane));
   const CQXVector3<T> point = TransformPoint(CQXGeometry::GetPointOnPlane(plane.X(), plane.Y(), plane.Z(), plane.W()));
@@ -69,26 +69,26 @@ void CQXAffine3DTransform<T>::TransformPlane(const CQXVector4<T>& plane, CQXVect
 
 // ---- Predicates
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::IsScalingByOrigin(T tolerance) const noexcept {
   const CQXVector3<T> d = GetTranslation();
   return m_matrix.IsScaling(T(1e-6)) != 0 && std::abs(d.X()) <= tolerance && std::abs(d.Y()) <= tolerance &&
          std::abs(d.Z()) <= tolerance;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::IsEuclidean(T tolerance) const noexcept {
   return Base::IsAffine(T(1e-6)) != 0 && Get3DMatrix().IsOrthogonal(tolerance) != 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXAffine3DTransform<T>::IsOrthogonal(T tolerance) const noexcept {
   const CQXVector3<T> d = GetTranslation();
   return Base::IsAffine(tolerance) != 0 && std::abs(d.X()) <= tolerance && std::abs(d.Y()) <= tolerance &&
          std::abs(d.Z()) <= tolerance && Get3DMatrix().IsOrthogonal(tolerance) != 0;
 }
 
-template <typename T>
+template <qxReal T>
 qxRotationsOrder CQXAffine3DTransform<T>::GetOppositeRotationOrder(qxRotationsOrder order) noexcept {
   switch (order) {
     case QX_ROTATIONS_XYZ:

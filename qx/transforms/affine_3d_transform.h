@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
@@ -23,7 +24,7 @@
 /// X, Y and Z in this order of arguments; the order tells in which sequence they act, and one outside the enumeration
 /// gives no rotation. Distinct transforms may be used from different threads; const operations on one transform may run
 /// in parallel.
-template <typename T>
+template <qxReal T>
 class QX_API CQXAffine3DTransform : public CQXBase3DTransform<T> {
   using Base = CQXBase3DTransform<T>;
 

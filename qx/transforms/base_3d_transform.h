@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/matrices/matrix4.h>
 #include <qx/transforms/transform_type.h>
@@ -12,7 +13,7 @@
 ///
 /// The object holds M alone; its kind is told by GetTypeOfTransform(). Distinct transforms may be used from different
 /// threads; const operations on one transform may run in parallel.
-template <typename T>
+template <qxReal T>
 class QX_API CQXBase3DTransform {
  public:
   /// The unit matrix.

@@ -2,22 +2,22 @@
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/vectors/vector_functions.h>
 
-template <typename T>
+template <qxReal T>
 CQXProjective3DTransform<T>::~CQXProjective3DTransform() = default;
 
-template <typename T>
+template <qxReal T>
 CQXProjective3DTransform<T>& CQXProjective3DTransform<T>::operator=(const Base& other) noexcept {
   Base::operator=(other);
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 CQXProjective3DTransform<T>& CQXProjective3DTransform<T>::operator=(const CQXProjective3DTransform& other) noexcept =
     default;
 
 // ---- Setting
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::SetDefault() noexcept {
   m_localOrigin = m_localAxis1 = m_localAxis2 = m_localAxis3 = CQXVector3<T>();
   m_prp = m_projectionDirection = m_viewUp = m_projectionNormal = CQXVector3<T>();
@@ -30,7 +30,7 @@ void CQXProjective3DTransform<T>::SetDefault() noexcept {
   m_isReady = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::Set(const CQXVector3<T>& prp, const CQXVector3<T>& projectionDirection,
                                       const CQXVector3<T>& viewUp, const CQXVector3<T>& projectionNormal,
                                       T distanceToPlane, T windowWidth, T windowHeight, T frontDistance,
@@ -44,7 +44,7 @@ void CQXProjective3DTransform<T>::Set(const CQXVector3<T>& prp, const CQXVector3
   SetViewVolumeDistances(frontDistance, backDistance);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::SetViewVolumeDistances(T frontDistance, T backDistance) noexcept {
   m_frontDistance = frontDistance;
   m_backDistance = backDistance;
@@ -52,26 +52,26 @@ void CQXProjective3DTransform<T>::SetViewVolumeDistances(T frontDistance, T back
   m_isReady = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::SetViewWindow(T width, T height) noexcept {
   m_windowWidth = width;
   m_windowHeight = height;
   m_isReady = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::UseBackFrontPlanes(std::int32_t flag) noexcept {
   m_useViewVolume = flag;
   m_isReady = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::SetProjectionNormal(const CQXVector3<T>& normal) noexcept {
   m_projectionNormal = normal;
   m_isReady = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::SetViewUpVector(const CQXVector3<T>& up) noexcept {
   m_viewUp = up;
   m_isReady = 0;
@@ -79,7 +79,7 @@ void CQXProjective3DTransform<T>::SetViewUpVector(const CQXVector3<T>& up) noexc
 
 // ---- The view frame
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::GetLocalCoordinates(CQXVector3<T>& origin, CQXVector3<T>& axis1, CQXVector3<T>& axis2,
                                                       CQXVector3<T>& axis3) const noexcept {
   origin = m_localOrigin;
@@ -88,7 +88,7 @@ void CQXProjective3DTransform<T>::GetLocalCoordinates(CQXVector3<T>& origin, CQX
   axis3 = m_localAxis3;
 }
 
-template <typename T>
+template <qxReal T>
 CQXMatrix4<T> CQXProjective3DTransform<T>::GetLocalCoordinates() const noexcept {
   CQXMatrix4<T> frame;
   frame.SetColVector(0, qxVector3To4(m_localAxis1, 0));
@@ -98,24 +98,24 @@ CQXMatrix4<T> CQXProjective3DTransform<T>::GetLocalCoordinates() const noexcept 
   return frame;
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector3<T> CQXProjective3DTransform<T>::GetViewWindowCenter() const noexcept {
   return m_localOrigin + m_localAxis1 * (m_windowWidth / 2) + m_localAxis2 * (m_windowHeight / 2);
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector3<T> CQXProjective3DTransform<T>::FindCoordinatesCenter(const CQXVector3<T>& c, T w, T h) const noexcept {
   return c - m_localAxis1 * (w / 2) - m_localAxis2 * (h / 2);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::FindLocalAxes(const CQXVector3<T>& up, const CQXVector3<T>&) noexcept {
   m_localAxis2 = up - m_localAxis3 * up.Dot(m_localAxis3);
   m_localAxis2.Normalize();
   m_localAxis1 = m_localAxis2.Cross(m_localAxis3);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::CalculatePlanesCoefficients(const CQXVector3<T>& p) noexcept {
   m_planeA = m_localAxis3.X();
   m_planeB = m_localAxis3.Y();
@@ -123,7 +123,7 @@ void CQXProjective3DTransform<T>::CalculatePlanesCoefficients(const CQXVector3<T
   m_planeD = -m_localAxis3.Dot(p);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXProjective3DTransform<T>::CalculateFrontBackPlanes() noexcept {
   m_frontConstant = m_planeD - m_frontDistance;
   m_backConstant = m_planeD - m_backDistance;
@@ -131,7 +131,7 @@ void CQXProjective3DTransform<T>::CalculateFrontBackPlanes() noexcept {
 
 // ---- Points
 
-template <typename T>
+template <qxReal T>
 qxBackFrontLocation CQXProjective3DTransform<T>::IsPointBetweenBackFrontPlanes(const CQXVector3<T>& p) const noexcept {
   if (m_useViewVolume == 0) return QX_BETWEEN_PLANES;
   const T g = m_planeA * p.X() + m_planeB * p.Y() + m_planeC * p.Z();
@@ -140,7 +140,7 @@ qxBackFrontLocation CQXProjective3DTransform<T>::IsPointBetweenBackFrontPlanes(c
   return QX_BETWEEN_PLANES;
 }
 
-template <typename T>
+template <qxReal T>
 bool CQXProjective3DTransform<T>::Project(const CQXVector3<T>& p, CQXVector2<T>& q) const noexcept {
   CQXVector3<T> projected;
   T weight;
@@ -149,13 +149,13 @@ bool CQXProjective3DTransform<T>::Project(const CQXVector3<T>& p, CQXVector2<T>&
   return true;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXProjective3DTransform<T>::ProjectPoint(const CQXVector3<T>& p, CQXVector2<T>& q) const noexcept {
   if (m_isReady == 0 || IsPointBetweenBackFrontPlanes(p) != QX_BETWEEN_PLANES || !Project(p, q)) return 0;
   return IsInsideViewWindow(q);
 }
 
-template <typename T>
+template <qxReal T>
 qxRelativeLocation CQXProjective3DTransform<T>::ProjectPoints(std::int32_t n, const CQXVector3<T>* points,
                                                               CQXVector2<T>* projections,
                                                               std::int32_t* flags) const noexcept {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
 #include <qx/matrices/matrix4.h>
@@ -30,7 +31,7 @@ enum qxBackFrontLocation : std::int32_t {
 ///
 /// Projecting writes its output arguments alone: a ready object may serve several threads. Distinct objects may be used
 /// from different threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXProjective3DTransform : public CQXBase3DTransform<T> {
   using Base = CQXBase3DTransform<T>;
 

@@ -2,19 +2,19 @@
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/vectors/vector_functions.h>
 
-template <typename T>
+template <qxReal T>
 qxRectangleBorder CQXProjective3DTransform<T>::FindBorderType(const CQXVector2<T>& q,
                                                               std::int32_t horizontalFirst) const noexcept {
   return CQXGeometry::PointRelativelyRectangleBorder(q, CQXVector2<T>(), WindowCorner(), horizontalFirst);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXProjective3DTransform<T>::EncloseCornerPoint(qxRectangleBorder border1, qxRectangleBorder border2,
                                                              CQXVector2<T>& q) const noexcept {
   return CQXGeometry::EncloseCornerPoint(border1, border2, CQXVector2<T>(), WindowCorner(), q);
 }
 
-template <typename T>
+template <qxReal T>
 CQXVector3<T> CQXProjective3DTransform<T>::CutByPlane(const CQXVector3<T>& p, const CQXVector3<T>& direction,
                                                       const CQXVector3<T>& outside,
                                                       qxBackFrontLocation location) const noexcept {
@@ -24,7 +24,7 @@ CQXVector3<T> CQXProjective3DTransform<T>::CutByPlane(const CQXVector3<T>& p, co
   return cut;
 }
 
-template <typename T>
+template <qxReal T>
 qxRelativeLocation CQXProjective3DTransform<T>::FindSegmentWindowIntersection(
     const CQXVector2<T>& a, const CQXVector2<T>& b, CQXVector2<T>& q1, CQXVector2<T>& q2, std::int32_t& clipped1,
     std::int32_t& clipped2, qxRectangleBorder& border1, qxRectangleBorder& border2) const noexcept {
@@ -41,7 +41,7 @@ qxRelativeLocation CQXProjective3DTransform<T>::FindSegmentWindowIntersection(
   return clipped1 != 0 || clipped2 != 0 ? QX_LOCATION_CLIPPED : QX_LOCATION_INSIDE;
 }
 
-template <typename T>
+template <qxReal T>
 qxRelativeLocation CQXProjective3DTransform<T>::ProjectClippedSegment(const CQXVector3<T>& p1, const CQXVector3<T>& p2,
                                                                       CQXVector2<T>& q1,
                                                                       CQXVector2<T>& q2) const noexcept {
@@ -70,7 +70,7 @@ qxRelativeLocation CQXProjective3DTransform<T>::ProjectClippedSegment(const CQXV
   return FindSegmentWindowIntersection(a, b, q1, q2, clipped1, clipped2, border1, border2);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXProjective3DTransform<T>::FindTrianglePlaneIntersection(const CQXVector3<T>* triangle,
                                                                         const qxBackFrontLocation* locations,
                                                                         CQXVector3<T>* polygon) const noexcept {
@@ -94,7 +94,7 @@ std::int32_t CQXProjective3DTransform<T>::FindTrianglePlaneIntersection(const CQ
   return count;
 }
 
-template <typename T>
+template <qxReal T>
 qxRelativeLocation CQXProjective3DTransform<T>::ProjectClippedTriangle(const CQXVector3<T>* in, CQXVector2<T>* out,
                                                                        std::int32_t& count) const noexcept {
   count = 0;

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <numbers>
 
-template <typename T>
+template <qxReal T>
 CQXQuaternion<T> CQXQuaternion<T>::Log() const noexcept {
   const T s = x * x + y * y + z * z;
   const T n = w * w + s;
@@ -13,7 +13,7 @@ CQXQuaternion<T> CQXQuaternion<T>::Log() const noexcept {
   return {T(0.5) * std::log(n <= QX_TOLERANCE<T> ? QX_TOLERANCE<T> : n), GetVector() * theta};
 }
 
-template <typename T>
+template <qxReal T>
 CQXQuaternion<T> CQXQuaternion<T>::Exp() const noexcept {
   const T e = std::exp(w);
   const T length = GuardedRoot(x * x + y * y + z * z);
@@ -21,7 +21,7 @@ CQXQuaternion<T> CQXQuaternion<T>::Exp() const noexcept {
   return {e * std::cos(length), x * e * sine, y * e * sine, z * e * sine};
 }
 
-template <typename T>
+template <qxReal T>
 void CQXQuaternion<T>::GetAngleAndAxis(T& angleInRadians, CQXVector3<T>& axis) const noexcept {
   const T half = std::acos(w);
   const T sine = std::sin(half);
@@ -29,7 +29,7 @@ void CQXQuaternion<T>::GetAngleAndAxis(T& angleInRadians, CQXVector3<T>& axis) c
   angleInRadians = 2 * half;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXQuaternion<T>::SetByEulerAngles(T axInDegrees, T ayInDegrees, T azInDegrees, qxRotationsOrder order) noexcept {
   Set(qxMotions::EulerRotation(axInDegrees, ayInDegrees, azInDegrees, order));
 }

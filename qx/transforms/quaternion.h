@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/transforms/rotations_order.h>
@@ -23,7 +24,7 @@
 ///
 /// Near zero everything is absorbed by fixed bounds, no operation reports failure. Distinct quaternions may be used
 /// from different threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXQuaternion {
  public:
   /// Element type.
@@ -234,7 +235,7 @@ class QX_API CQXQuaternion {
   }
 };
 
-template <typename T>
+template <qxReal T>
 inline void CQXQuaternion<T>::Set(const CQXMatrix3<T>& rotation) noexcept {
   const T m00 = rotation(0, 0), m11 = rotation(1, 1), m22 = rotation(2, 2);
   const T trace = m00 + m11 + m22;
@@ -271,12 +272,12 @@ template <std::floating_point T>
                                                           qxRotationsOrder order) noexcept;
 
 /// The quaternion of a rotation matrix: CQXQuaternion::Set().
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline CQXQuaternion<T> qxMatrixToQuaternion(const CQXMatrix3<T>& rotation) noexcept {
   return CQXQuaternion<T>(rotation);
 }
 /// The rotation matrix of a quaternion: CQXQuaternion::GetMatrix().
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXMatrix3<T> qxQuaternionToMatrix(const CQXQuaternion<T>& q) noexcept {
   return q.GetMatrix();
 }

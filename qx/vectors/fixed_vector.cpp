@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXVector2<T>::DecomposeInBasis(const CQXVector2& a, const CQXVector2& b, T& alpha, T& beta,
                                              T tolerance) const noexcept {
   T x, y;
@@ -18,7 +18,7 @@ std::int32_t CQXVector2<T>::DecomposeInBasis(const CQXVector2& a, const CQXVecto
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXVector3<T>::DecomposeInBasis(const CQXVector3& a, const CQXVector3& b, const CQXVector3& c, T& alpha,
                                              T& beta, T& gamma, T tolerance) const noexcept {
   T x, y, z;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/vectors/fixed_array.h>
 
@@ -7,7 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
-template <typename T>
+template <qxReal T>
 class CQXVectorN;
 
 /// The vocabulary that CQXVector2, CQXVector3 and CQXVector4 share; arithmetic stands in CQXFixedArray.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/vectors/fixed_vector.h>
 
 #include <cmath>
@@ -13,7 +14,7 @@
 ///
 /// An array of vectors may be handed on as an array of numbers. Arithmetic, lengths and extremes are those of
 /// CQXFixedVector and CQXFixedArray. Distinct vectors may be used from different threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXVector2 : public CQXFixedVector<CQXVector2<T>, T, 2> {
  public:
   /// All components 0.
@@ -69,7 +70,7 @@ class QX_API CQXVector2 : public CQXFixedVector<CQXVector2<T>, T, 2> {
   T m_c[2];
 };
 
-template <typename T>
+template <qxReal T>
 inline constexpr bool qxIsFixedVector<CQXVector2<T>> = true;
 
 extern template class QX_API CQXVector2<float>;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/vectors/fixed_vector.h>
 
 #include <concepts>
@@ -11,7 +12,7 @@
 ///
 /// An array of vectors may be handed on as an array of numbers. Arithmetic, lengths and extremes are those of
 /// CQXFixedVector and CQXFixedArray. Distinct vectors may be used from different threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXVector3 : public CQXFixedVector<CQXVector3<T>, T, 3> {
  public:
   /// All components 0.
@@ -63,7 +64,7 @@ class QX_API CQXVector3 : public CQXFixedVector<CQXVector3<T>, T, 3> {
   T m_c[3];
 };
 
-template <typename T>
+template <qxReal T>
 inline constexpr bool qxIsFixedVector<CQXVector3<T>> = true;
 
 extern template class QX_API CQXVector3<float>;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/vectors/fixed_vector.h>
 
 #include <concepts>
@@ -12,7 +13,7 @@
 ///
 /// An array of vectors may be handed on as an array of numbers. Arithmetic, lengths and extremes are those of
 /// CQXFixedVector and CQXFixedArray. Distinct vectors may be used from different threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXVector4 : public CQXFixedVector<CQXVector4<T>, T, 4> {
  public:
   /// All components 0.
@@ -54,7 +55,7 @@ class QX_API CQXVector4 : public CQXFixedVector<CQXVector4<T>, T, 4> {
   T m_c[4];
 };
 
-template <typename T>
+template <qxReal T>
 inline constexpr bool qxIsFixedVector<CQXVector4<T>> = true;
 
 extern template class QX_API CQXVector4<float>;

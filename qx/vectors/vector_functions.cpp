@@ -18,25 +18,25 @@ V FirstDirection(const V& a) {
 
 }  // namespace
 
-template <typename T>
-std::int32_t qxOrthonormalize(CQXVector2<T>& a, CQXVector2<T>& b, std::type_identity_t<T> tolerance) noexcept {
+template <qxReal T>
+std::int32_t qxOrthonormalize(CQXVector2<T>& a, CQXVector2<T>& b, qxNonDeduced<T> tolerance) noexcept {
   if (!MakeOrthogonal(a, b, tolerance)) return 0;
   a = FirstDirection(a);
   b.Normalize();
   return 1;
 }
 
-template <typename T>
-std::int32_t qxOrthonormalize(CQXVector3<T>& a, CQXVector3<T>& b, std::type_identity_t<T> tolerance) noexcept {
+template <qxReal T>
+std::int32_t qxOrthonormalize(CQXVector3<T>& a, CQXVector3<T>& b, qxNonDeduced<T> tolerance) noexcept {
   if (!MakeOrthogonal(a, b, tolerance)) return 0;
   a = FirstDirection(a);
   b.Normalize();
   return 1;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t qxOrthonormalize(CQXVector3<T>& a, CQXVector3<T>& b, CQXVector3<T>& c,
-                              std::type_identity_t<T> tolerance) noexcept {
+                              qxNonDeduced<T> tolerance) noexcept {
   CQXVector3<T> newB = b;
   CQXVector3<T> newC = c;
   if (!MakeOrthogonal(a, newB, tolerance) || !MakeOrthogonal(a, newC, tolerance) ||

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>
@@ -21,7 +22,7 @@
 
 template <typename T>
 class CQXBaseVector;
-template <typename T>
+template <qxReal T>
 class CQXComplex;
 
 namespace qxVectorFunctions {
@@ -32,7 +33,7 @@ template <qxFixedVector V>
 struct ElementOf<V> {
   using Type = typename V::Element;
 };
-template <typename T>
+template <qxReal T>
 struct ElementOf<CQXVectorN<T>> {
   using Type = T;
 };
@@ -79,32 +80,32 @@ template <qxRealVector V>
 }
 
 /// Right-handed cross product.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXVector3<T> qxCross(const CQXVector3<T>& a, const CQXVector3<T>& b) noexcept {
   return a.Cross(b);
 }
 
 /// a.x b.y - a.y b.x: positive when @p b lies counter-clockwise of @p a.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr T qxCross2D(const CQXVector2<T>& a, const CQXVector2<T>& b) noexcept {
   return a.X() * b.Y() - a.Y() * b.X();
 }
 
 /// a . (b x c), the signed volume of the parallelepiped.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr T qxMixedProduct(const CQXVector3<T>& a, const CQXVector3<T>& b,
                                          const CQXVector3<T>& c) noexcept {
   return a.Dot(b.Cross(c));
 }
 
 /// Area of a triangle, not negative.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxGetTriangleArea(const CQXVector2<T>& a, const CQXVector2<T>& b,
                                          const CQXVector2<T>& c) noexcept {
   return T(0.5) * std::abs(qxCross2D(b - a, c - a));
 }
 /// Area of a triangle, half the guarded length of the cross product of two edges.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline T qxGetTriangleArea(const CQXVector3<T>& a, const CQXVector3<T>& b,
                                          const CQXVector3<T>& c) noexcept {
   return T(0.5) * (b - a).Cross(c - a).Length();
@@ -138,10 +139,9 @@ void qxPartialDotProduct(std::int32_t firstA, std::int32_t firstB, std::int32_t 
 
 /// 1 when two vectors point along one line: every component of their cross product is in absolute value below M times
 /// the tolerance, M being the largest absolute component of both; also when M is below the tolerance.
-template <typename T>
-[[nodiscard]] inline std::int32_t qxAreColinear(
-    const CQXVector2<T>& a, const CQXVector2<T>& b,
-    std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
+template <qxReal T>
+[[nodiscard]] inline std::int32_t qxAreColinear(const CQXVector2<T>& a, const CQXVector2<T>& b,
+                                                qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
   const T normA = a.NormInf();
   const T normB = b.NormInf();
   const T m = normB > normA ? normB : normA;
@@ -150,10 +150,9 @@ template <typename T>
 }
 /// 1 when two vectors point along one line: every component of their cross product is in absolute value below M times
 /// the tolerance, M being the largest absolute component of both; also when M is below the tolerance.
-template <typename T>
-[[nodiscard]] inline std::int32_t qxAreColinear(
-    const CQXVector3<T>& a, const CQXVector3<T>& b,
-    std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
+template <qxReal T>
+[[nodiscard]] inline std::int32_t qxAreColinear(const CQXVector3<T>& a, const CQXVector3<T>& b,
+                                                qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
   const T normA = a.NormInf();
   const T normB = b.NormInf();
   const T m = normB > normA ? normB : normA;
@@ -189,35 +188,35 @@ template <qxRealVector V>
 
 /// 1 when abs(a . (b x c)) is below the product of the lengths times the tolerance; also when that product is below the
 /// tolerance.
-template <typename T>
-[[nodiscard]] inline std::int32_t qxAreVectorsCoplanar(
-    const CQXVector3<T>& a, const CQXVector3<T>& b, const CQXVector3<T>& c,
-    std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
+template <qxReal T>
+[[nodiscard]] inline std::int32_t qxAreVectorsCoplanar(const CQXVector3<T>& a, const CQXVector3<T>& b,
+                                                       const CQXVector3<T>& c,
+                                                       qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
   const T lengths = a.Length() * b.Length() * c.Length();
   if (lengths < tolerance) return 1;
   return std::abs(qxMixedProduct(a, b, c)) >= lengths * tolerance ? 0 : 1;
 }
 
 /// qxAreVectorsCoplanar() of the vectors from the first point to the others.
-template <typename T>
-[[nodiscard]] inline std::int32_t qxArePointsCoplanar(
-    const CQXVector3<T>& p, const CQXVector3<T>& q, const CQXVector3<T>& r, const CQXVector3<T>& s,
-    std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
+template <qxReal T>
+[[nodiscard]] inline std::int32_t qxArePointsCoplanar(const CQXVector3<T>& p, const CQXVector3<T>& q,
+                                                      const CQXVector3<T>& r, const CQXVector3<T>& s,
+                                                      qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
   return qxAreVectorsCoplanar(q - p, r - p, s - p, tolerance);
 }
 
 /// qxAreColinear() of the vectors from the first point to the others.
-template <typename T>
-[[nodiscard]] inline std::int32_t qxArePointsCollinear(
-    const CQXVector2<T>& p, const CQXVector2<T>& q, const CQXVector2<T>& r,
-    std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
+template <qxReal T>
+[[nodiscard]] inline std::int32_t qxArePointsCollinear(const CQXVector2<T>& p, const CQXVector2<T>& q,
+                                                       const CQXVector2<T>& r,
+                                                       qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
   return qxAreColinear(q - p, r - p, tolerance);
 }
 /// qxAreColinear() of the vectors from the first point to the others.
-template <typename T>
-[[nodiscard]] inline std::int32_t qxArePointsCollinear(
-    const CQXVector3<T>& p, const CQXVector3<T>& q, const CQXVector3<T>& r,
-    std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
+template <qxReal T>
+[[nodiscard]] inline std::int32_t qxArePointsCollinear(const CQXVector3<T>& p, const CQXVector3<T>& q,
+                                                       const CQXVector3<T>& r,
+                                                       qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept {
   return qxAreColinear(q - p, r - p, tolerance);
 }
 
@@ -282,20 +281,20 @@ template <qxRealVector V>
 /// Makes two vectors orthonormal by Gram and Schmidt; the direction of @p a stays.
 /// @param tolerance that of qxAreColinear()
 /// @return 1; 0 when the vectors are colinear, and both stay as they are.
-template <typename T>
+template <qxReal T>
 QX_API std::int32_t qxOrthonormalize(CQXVector2<T>& a, CQXVector2<T>& b,
-                                     std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept;
+                                     qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept;
 /// Makes two vectors in space orthonormal; see the form for two dimensions.
-template <typename T>
+template <qxReal T>
 QX_API std::int32_t qxOrthonormalize(CQXVector3<T>& a, CQXVector3<T>& b,
-                                     std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept;
+                                     qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept;
 /// Makes three vectors in space orthonormal in the order a, b, c; the direction of @p a and the plane of @p a and @p b
 /// stay.
 /// @param tolerance that of qxAreColinear(), applied to each pair when its step comes
 /// @return 1; 0 when the vectors are coplanar, and all stay as they are.
-template <typename T>
+template <qxReal T>
 QX_API std::int32_t qxOrthonormalize(CQXVector3<T>& a, CQXVector3<T>& b, CQXVector3<T>& c,
-                                     std::type_identity_t<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept;
+                                     qxNonDeduced<T> tolerance = QX_PREDICATE_TOLERANCE<T>) noexcept;
 
 /// weights[0] vectors[0] + ... + weights[n - 1] vectors[n - 1]; the zero vector when @p n < 1.
 template <qxFixedVector V>
@@ -371,22 +370,22 @@ std::int32_t qxAppendVectorArray(std::int32_t count, const V* source, std::int32
 // ---- Conversion between dimensions. A homogeneous vector carries the weight of a point in its last component.
 
 /// (x, y, z).
-template <typename T>
-[[nodiscard]] constexpr CQXVector3<T> qxVector2To3(const CQXVector2<T>& v, std::type_identity_t<T> z = 1) noexcept {
+template <qxReal T>
+[[nodiscard]] constexpr CQXVector3<T> qxVector2To3(const CQXVector2<T>& v, qxNonDeduced<T> z = 1) noexcept {
   return {v.X(), v.Y(), z};
 }
 /// (x, y, z, w).
-template <typename T>
-[[nodiscard]] constexpr CQXVector4<T> qxVector3To4(const CQXVector3<T>& v, std::type_identity_t<T> w = 1) noexcept {
+template <qxReal T>
+[[nodiscard]] constexpr CQXVector4<T> qxVector3To4(const CQXVector3<T>& v, qxNonDeduced<T> w = 1) noexcept {
   return {v.X(), v.Y(), v.Z(), w};
 }
 
 /// The point (x / z, y / z) of a homogeneous vector; @p w receives z, also on failure.
 /// @param tolerance what abs(z) is compared with
 /// @return 1; 0 when abs(z) is below the tolerance, and @p target is untouched.
-template <typename T>
-inline std::int32_t qxVector3To2(const CQXVector3<T>& v, std::type_identity_t<T> tolerance, CQXVector2<T>& target,
-                                 std::type_identity_t<T>& w) noexcept {
+template <qxReal T>
+inline std::int32_t qxVector3To2(const CQXVector3<T>& v, qxNonDeduced<T> tolerance, CQXVector2<T>& target,
+                                 qxNonDeduced<T>& w) noexcept {
   const CQXVector3<T> source = v;
   w = source.Z();
   if (std::abs(source.Z()) < tolerance) return 0;
@@ -394,8 +393,8 @@ inline std::int32_t qxVector3To2(const CQXVector3<T>& v, std::type_identity_t<T>
   return 1;
 }
 /// The point (x / z, y / z) of a homogeneous vector, without a test of z; @p w receives z.
-template <typename T>
-[[nodiscard]] constexpr CQXVector2<T> qxVector3To2(const CQXVector3<T>& v, std::type_identity_t<T>& w) noexcept {
+template <qxReal T>
+[[nodiscard]] constexpr CQXVector2<T> qxVector3To2(const CQXVector3<T>& v, qxNonDeduced<T>& w) noexcept {
   const CQXVector3<T> source = v;
   w = source.Z();
   return {source.X() / source.Z(), source.Y() / source.Z()};
@@ -403,9 +402,9 @@ template <typename T>
 /// The point (x / w, y / w, z / w) of a homogeneous vector; @p w receives its w, also on failure.
 /// @param tolerance what abs(w) is compared with
 /// @return 1; 0 when abs(w) is below the tolerance, and @p target is untouched.
-template <typename T>
-inline std::int32_t qxVector4To3(const CQXVector4<T>& v, std::type_identity_t<T> tolerance, CQXVector3<T>& target,
-                                 std::type_identity_t<T>& w) noexcept {
+template <qxReal T>
+inline std::int32_t qxVector4To3(const CQXVector4<T>& v, qxNonDeduced<T> tolerance, CQXVector3<T>& target,
+                                 qxNonDeduced<T>& w) noexcept {
   const CQXVector4<T> source = v;
   w = source.W();
   if (std::abs(source.W()) < tolerance) return 0;
@@ -413,30 +412,30 @@ inline std::int32_t qxVector4To3(const CQXVector4<T>& v, std::type_identity_t<T>
   return 1;
 }
 /// The point (x / w, y / w, z / w) of a homogeneous vector, without a test of w; @p w receives it.
-template <typename T>
-[[nodiscard]] constexpr CQXVector3<T> qxVector4To3(const CQXVector4<T>& v, std::type_identity_t<T>& w) noexcept {
+template <qxReal T>
+[[nodiscard]] constexpr CQXVector3<T> qxVector4To3(const CQXVector4<T>& v, qxNonDeduced<T>& w) noexcept {
   const CQXVector4<T> source = v;
   w = source.W();
   return {source.X() / source.W(), source.Y() / source.W(), source.Z() / source.W()};
 }
 
 /// Drops z.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXVector2<T> qxCutVector3To2(const CQXVector3<T>& v) noexcept {
   return {v.X(), v.Y()};
 }
 /// Drops w.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXVector3<T> qxCutVector4To3(const CQXVector4<T>& v) noexcept {
   return {v.X(), v.Y(), v.Z()};
 }
 /// The point of a homogeneous vector whose z is 1: z is dropped unread.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXVector2<T> qxAffineVector3To2(const CQXVector3<T>& v) noexcept {
   return qxCutVector3To2(v);
 }
 /// The point of a homogeneous vector whose w is 1: w is dropped unread.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] constexpr CQXVector3<T> qxAffineVector4To3(const CQXVector4<T>& v) noexcept {
   return qxCutVector4To3(v);
 }

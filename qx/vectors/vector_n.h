@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/vectors/base_vector.h>
 
 /// Run-time-sized vector of float or double with norms, normalisation and extremes.
@@ -8,7 +9,7 @@
 /// vector whose sum of squares is below QX_TOLERANCE has length 0.
 ///
 /// Distinct vectors may be used from different threads.
-template <typename T>
+template <qxReal T>
 class QX_API CQXVectorN : public CQXBaseVector<T> {
  public:
   using Base = CQXBaseVector<T>;

@@ -10,11 +10,11 @@ using qxInternal::BandRect;
 using qxInternal::BandsCount;
 using qxInternal::Rect;
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>::CQXChannel(std::int32_t columns, std::int32_t rows, std::int32_t offsetX, std::int32_t offsetY) noexcept
     : m_columns(columns), m_rows(rows), m_offsetX(offsetX), m_offsetY(offsetY) {}
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>::CQXChannel(std::int32_t columns, std::int32_t rows, const T* data, std::int32_t offsetX,
                           std::int32_t offsetY)
     : CQXChannel(columns, rows, offsetX, offsetY) {
@@ -23,19 +23,19 @@ CQXChannel<T>::CQXChannel(std::int32_t columns, std::int32_t rows, const T* data
   std::copy_n(data, Count(), m_data.get());
 }
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>::CQXChannel(const CQXChannel& other) : CQXChannel() {
   std::unique_ptr<CQXChannel> clone = other.CloneDecomposedChannel();
   Swap(*clone);
 }
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>& CQXChannel<T>::operator=(const CQXChannel& other) {
   CopyDecomposedChannel(other);
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Swap(CQXChannel& other) noexcept {
   std::swap(m_columns, other.m_columns);
   std::swap(m_rows, other.m_rows);
@@ -49,18 +49,18 @@ void CQXChannel<T>::Swap(CQXChannel& other) noexcept {
   std::swap(m_decomposed, other.m_decomposed);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::TakeUninitialisedSamples() {
   m_data = qxMakeBlockOrThrow<T>(Count());
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Initialize() {
   TakeUninitialisedSamples();
   std::fill_n(m_data.get(), Count(), T(0));
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::DestroyTree() noexcept {
   CQXChannel* pending = nullptr;
   const auto detachSubChannels = [&pending](CQXChannel& parent) {
@@ -79,7 +79,7 @@ void CQXChannel<T>::DestroyTree() noexcept {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Destroy() noexcept {
   DestroyTree();
   m_data.reset();
@@ -88,7 +88,7 @@ void CQXChannel<T>::Destroy() noexcept {
   m_decomposed = 0;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Clear() noexcept {
   Destroy();
   m_offsetX = 0;
@@ -98,12 +98,12 @@ void CQXChannel<T>::Clear() noexcept {
   m_normalization = QX_NORMALIZATION_NONE;
 }
 
-template <typename T>
+template <qxReal T>
 qxWaveletType CQXChannel<T>::GetFilterType() const noexcept {
   return m_filter != nullptr ? m_filter->GetWavelet() : static_cast<qxWaveletType>(-1);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::SetDecompositionTypes(const CQXWaveletFilter<T>* filter, qxChannelType type,
                                           qxWaveletNormalization normalization) noexcept {
   SetType(type);
@@ -111,7 +111,7 @@ void CQXChannel<T>::SetDecompositionTypes(const CQXWaveletFilter<T>* filter, qxC
   m_normalization = normalization;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::SetFilter(const CQXWaveletFilter<T>* filter) noexcept {
   const bool changesWavelet =
       filter == nullptr || m_filter == nullptr || filter->GetWavelet() != m_filter->GetWavelet();
@@ -119,53 +119,53 @@ void CQXChannel<T>::SetFilter(const CQXWaveletFilter<T>* filter) noexcept {
   m_filter = filter;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::SetType(qxChannelType type) noexcept {
   if (m_decomposed != 0 && m_type != QX_CHANNEL_RAW && m_type != type) Destroy();
   m_type = type;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::SetSubChannelsNb(std::int32_t count) {
   DestroyTree();
   m_subChannels.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::SetSubChannel(std::unique_ptr<CQXChannel> channel, std::int32_t index) noexcept {
   if (index >= 0 && index < GetSubChannelsNb()) m_subChannels[static_cast<std::size_t>(index)] = std::move(channel);
 }
 
-template <typename T>
+template <qxReal T>
 const CQXChannel<T>* CQXChannel<T>::SubChannel(std::int32_t index) const noexcept {
   return index >= 0 && index < GetSubChannelsNb() ? m_subChannels[static_cast<std::size_t>(index)].get() : nullptr;
 }
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>* CQXChannel<T>::SubChannel(std::int32_t index) noexcept {
   return const_cast<CQXChannel*>(std::as_const(*this).SubChannel(index));
 }
 
-template <typename T>
+template <qxReal T>
 const CQXChannel<T>* CQXChannel<T>::SubChannel(std::int32_t level, std::int32_t index) const noexcept {
   const CQXChannel* channel = this;
   for (; level > 1 && channel != nullptr; --level) channel = channel->SubChannel(0);
   return channel != nullptr ? channel->SubChannel(index) : nullptr;
 }
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>* CQXChannel<T>::SubChannel(std::int32_t level, std::int32_t index) noexcept {
   return const_cast<CQXChannel*>(std::as_const(*this).SubChannel(level, index));
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXChannel<T>::GetDepth() const noexcept {
   std::int32_t depth = 0;
   for (const CQXChannel* low = SubChannel(0); low != nullptr; low = low->SubChannel(0)) ++depth;
   return depth;
 }
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>* CQXChannel<T>::LowestLow() noexcept {
   CQXChannel* channel = this;
   while (CQXChannel* low = channel->SubChannel(0)) channel = low;
@@ -173,7 +173,7 @@ CQXChannel<T>* CQXChannel<T>::LowestLow() noexcept {
 }
 
 /// Calls the visitor with every channel of the tree, in no order that matters; deep trees need no stack.
-template <typename T>
+template <qxReal T>
 template <typename Visitor>
 void CQXChannel<T>::VisitTree(Visitor visit) {
   std::vector<CQXChannel*, qxBlockAllocator<CQXChannel*>> pending(1, this);
@@ -187,7 +187,7 @@ void CQXChannel<T>::VisitTree(Visitor visit) {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Inherit() {
   VisitTree([this](CQXChannel& channel) {
     channel.m_filter = m_filter;
@@ -196,7 +196,7 @@ void CQXChannel<T>::Inherit() {
   });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Clean() {
   VisitTree([](CQXChannel& channel) {
     if (channel.m_data != nullptr) std::fill_n(channel.m_data.get(), channel.Count(), T(0));
@@ -204,7 +204,7 @@ void CQXChannel<T>::Clean() {
 }
 
 /// Makes the sub-channels of one level, with samples that are not set yet, and drops the samples of this channel.
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CreateBands(qxChannelType type) {
   m_type = type;
   SetSubChannelsNb(BandsCount(type));
@@ -221,7 +221,7 @@ void CQXChannel<T>::CreateBands(qxChannelType type) {
   if (m_decomposed != 0) m_data.reset();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CreateOneLevelSubChannels(const CQXWaveletFilter<T>* filter, qxChannelType type,
                                               qxWaveletNormalization normalization) {
   m_filter = filter;
@@ -230,7 +230,7 @@ void CQXChannel<T>::CreateOneLevelSubChannels(const CQXWaveletFilter<T>* filter,
   Clean();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CreateOneLevelSubChannels(const CQXChannel& source) {
   SubChannels subChannels(source.m_subChannels.size());
   for (std::size_t i = 0; i < subChannels.size(); ++i) {
@@ -246,7 +246,7 @@ void CQXChannel<T>::CreateOneLevelSubChannels(const CQXChannel& source) {
   if (m_decomposed != 0) m_data.reset();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::DestroyLowestSubChannel() {
   CQXChannel* last = nullptr;
   for (CQXChannel* channel = this; channel->SubChannel(0) != nullptr; channel = channel->SubChannel(0)) last = channel;
@@ -256,7 +256,7 @@ void CQXChannel<T>::DestroyLowestSubChannel() {
   last->m_decomposed = 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CloneRawChannel() const {
   auto clone = std::make_unique<CQXChannel>(m_columns, m_rows, m_data.get(), m_offsetX, m_offsetY);
   clone->m_filter = m_filter;
@@ -265,7 +265,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CloneRawChannel() const {
   return clone;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CloneOneLevelSubChannels(CQXChannel* target) const {
   if (target == nullptr) return;
   SubChannels clones(m_subChannels.size());
@@ -276,7 +276,7 @@ void CQXChannel<T>::CloneOneLevelSubChannels(CQXChannel* target) const {
   std::swap(target->m_subChannels, clones);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CloneDecomposedChannel() const {
   using Pair = std::pair<const CQXChannel*, CQXChannel*>;
   std::unique_ptr<CQXChannel> clone = CloneRawChannel();
@@ -293,19 +293,19 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CloneDecomposedChannel() const {
   return clone;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CopyRawChannel(const CQXChannel& source) {
   std::unique_ptr<CQXChannel> clone = source.CloneRawChannel();
   Swap(*clone);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CopyDecomposedChannel(const CQXChannel& source) {
   std::unique_ptr<CQXChannel> clone = source.CloneDecomposedChannel();
   Swap(*clone);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXChannel<T>::RawChannelIsAlmostEqual(const CQXChannel& other, T tolerance) const noexcept {
   if (m_columns != other.m_columns || m_rows != other.m_rows || m_offsetX != other.m_offsetX ||
       m_offsetY != other.m_offsetY || (m_data == nullptr) != (other.m_data == nullptr)) {
@@ -325,7 +325,7 @@ std::int32_t qxCalculateMaximumDepth(std::int32_t a, std::int32_t b) noexcept {
   return std::min(qxCalculateMaximumDepth(a), qxCalculateMaximumDepth(b));
 }
 
-template <typename T>
+template <qxReal T>
 void qxInsertPartRectData(const T* source, T* target, std::int32_t sourceColumns, std::int32_t sourceX,
                           std::int32_t sourceY, std::int32_t targetColumns, std::int32_t targetX, std::int32_t targetY,
                           std::int32_t width, std::int32_t height) noexcept {
@@ -337,9 +337,8 @@ void qxInsertPartRectData(const T* source, T* target, std::int32_t sourceColumns
   }
 }
 
-template <typename T>
-std::int32_t qxAreChannelsAlmostEqual(const CQXChannel<T>& a, const CQXChannel<T>& b,
-                                      std::type_identity_t<T> tolerance) {
+template <qxReal T>
+std::int32_t qxAreChannelsAlmostEqual(const CQXChannel<T>& a, const CQXChannel<T>& b, qxNonDeduced<T> tolerance) {
   using Pair = std::pair<const CQXChannel<T>*, const CQXChannel<T>*>;
   std::vector<Pair, qxBlockAllocator<Pair>> pending(1, Pair(&a, &b));
   while (!pending.empty()) {
@@ -361,7 +360,7 @@ std::int32_t qxAreChannelsAlmostEqual(const CQXChannel<T>& a, const CQXChannel<T
 #define QX_INSTANTIATE_CHANNEL_FUNCTIONS(T)                                                                \
   template void qxInsertPartRectData(const T*, T*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, \
                                      std::int32_t, std::int32_t, std::int32_t, std::int32_t) noexcept;     \
-  template std::int32_t qxAreChannelsAlmostEqual(const CQXChannel<T>&, const CQXChannel<T>&, std::type_identity_t<T>);
+  template std::int32_t qxAreChannelsAlmostEqual(const CQXChannel<T>&, const CQXChannel<T>&, qxNonDeduced<T>);
 
 QX_INSTANTIATE_CHANNEL_FUNCTIONS(float)
 QX_INSTANTIATE_CHANNEL_FUNCTIONS(double)

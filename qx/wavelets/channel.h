@@ -2,6 +2,7 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/scalar.h>
 #include <qx/wavelets/wavelet_filter.h>
 #include <qx/wavelets/wavelet_types.h>
 
@@ -12,11 +13,11 @@
 #include <type_traits>
 #include <vector>
 
-template <typename T>
+template <qxReal T>
 class CQXLifting;
 
 namespace qxInternal {
-template <typename T>
+template <qxReal T>
 class LevelTransform;
 }
 
@@ -36,7 +37,7 @@ using qxProgress = std::function<void(std::int32_t done, std::int32_t total)>;
 /// The channel owns its tree and its samples; the filter is only pointed to and must outlive it. Memory that
 /// `operator new[]` refuses with null counts as refused with std::bad_alloc. Sizes and indices are not checked unless a
 /// member says so. A channel is used by one thread at a time; distinct channels are independent.
-template <typename T>
+template <qxReal T>
 class QX_API CQXChannel : public qxBlockAllocated {
  public:
   // ---- Construction, fields and tree: channel.cpp
@@ -420,29 +421,29 @@ class QX_API CQXChannel : public qxBlockAllocated {
 [[nodiscard]] QX_API std::int32_t qxCalculateMaximumDepth(std::int32_t a, std::int32_t b) noexcept;
 
 /// Copies a rectangle from one row-major buffer to another; the strides are @p sourceColumns and @p targetColumns.
-template <typename T>
+template <qxReal T>
 QX_API void qxInsertPartRectData(const T* source, T* target, std::int32_t sourceColumns, std::int32_t sourceX,
                                  std::int32_t sourceY, std::int32_t targetColumns, std::int32_t targetX,
                                  std::int32_t targetY, std::int32_t width, std::int32_t height) noexcept;
 
 /// Writes a tightly packed block of @p width by @p height into a row-major buffer at (x, y).
-template <typename T>
+template <qxReal T>
 inline void qxInsertRectData(const T* source, T* target, std::int32_t targetColumns, std::int32_t x, std::int32_t y,
                              std::int32_t width, std::int32_t height) noexcept {
   qxInsertPartRectData(source, target, width, 0, 0, targetColumns, x, y, width, height);
 }
 
 /// Takes the rectangle at (x, y) out of a row-major buffer into a tightly packed block.
-template <typename T>
+template <qxReal T>
 inline void qxExtractRectData(const T* source, std::int32_t columns, std::int32_t x, std::int32_t y, std::int32_t width,
                               std::int32_t height, T* target) noexcept {
   qxInsertPartRectData(source, target, columns, x, y, width, 0, 0, width, height);
 }
 
 /// 1 when both trees have the same structure and RawChannelIsAlmostEqual() holds for every pair of channels, else 0.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] QX_API std::int32_t qxAreChannelsAlmostEqual(const CQXChannel<T>& a, const CQXChannel<T>& b,
-                                                           std::type_identity_t<T> tolerance);
+                                                           qxNonDeduced<T> tolerance);
 
 extern template class QX_API CQXChannel<float>;
 extern template class QX_API CQXChannel<double>;

@@ -14,7 +14,7 @@ using qxInternal::RectAt;
 namespace {
 
 /// Copies what a rectangle in absolute coordinates holds of the source's samples to the same place in the target.
-template <typename T>
+template <qxReal T>
 void CopyRect(const CQXChannel<T>& source, CQXChannel<T>& target, const Rect& rect) {
   const Rect from = Extent(source);
   const Rect to = Extent(target);
@@ -62,7 +62,7 @@ void MovePackedBands(Channel& tree, Move move) {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::PackDecomposedChannel() const {
   if (m_decomposed == 0) return CloneRawChannel();
   std::unique_ptr<CQXChannel> packed = CloneRawChannel();
@@ -73,7 +73,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::PackDecomposedChannel() const {
   return packed;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::UnpackDecomposedChannel(const CQXWaveletFilter<T>* filter,
                                                                       qxChannelType type, std::int32_t depth,
                                                                       qxWaveletNormalization normalization) const {
@@ -92,13 +92,13 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::UnpackDecomposedChannel(const CQXW
   return tree;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::Cut(std::int32_t x, std::int32_t y, std::int32_t width,
                                                   std::int32_t height) const {
   return m_decomposed != 0 ? CutFromDecomposedChannel(x, y, width, height) : CutFromRawChannel(x, y, width, height);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutFromRawChannel(std::int32_t x, std::int32_t y, std::int32_t width,
                                                                 std::int32_t height) const {
   const Rect rect = RectAt(*this, x, y, width, height);
@@ -113,7 +113,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutFromRawChannel(std::int32_t x, 
 }
 
 /// The rectangle of a tree of the given type: first the levels, with bands that cover it, then their coefficients.
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutTree(qxChannelType type, std::int32_t x, std::int32_t y,
                                                       std::int32_t width, std::int32_t height) const {
   const Rect rect = RectAt(*this, x, y, width, height);
@@ -128,7 +128,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutTree(qxChannelType type, std::i
   return piece;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutFromDecomposedChannel(std::int32_t x, std::int32_t y,
                                                                        std::int32_t width, std::int32_t height) const {
   switch (m_type) {
@@ -143,36 +143,36 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutFromDecomposedChannel(std::int3
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutRectForRows(std::int32_t x, std::int32_t y, std::int32_t width,
                                                              std::int32_t height) const {
   return CutTree(QX_CHANNEL_ROWS, x, y, width, height);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutRectForColumns(std::int32_t x, std::int32_t y, std::int32_t width,
                                                                 std::int32_t height) const {
   return CutTree(QX_CHANNEL_COLUMNS, x, y, width, height);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CutRectFor2D(std::int32_t x, std::int32_t y, std::int32_t width,
                                                            std::int32_t height) const {
   return CutTree(QX_CHANNEL_2D, x, y, width, height);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Paste(const CQXChannel& source) {
   source.m_decomposed != 0 ? PasteDecomposedChannel(source) : PasteRawChannel(source);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::PasteRawChannel(const CQXChannel& source) {
   CopyRect(source, *this, Extent(source));
 }
 
 /// Copies the coefficients of a rectangle of a tree, level by level, when both trees are of the given type.
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::PasteTree(qxChannelType type, const CQXChannel& source, std::int32_t x, std::int32_t y,
                               std::int32_t width, std::int32_t height) {
   if (m_decomposed == 0 || source.m_decomposed == 0 || m_type != type || source.m_type != type ||
@@ -195,39 +195,39 @@ void CQXChannel<T>::PasteTree(qxChannelType type, const CQXChannel& source, std:
   CopyRect(*from, *to, rect);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::PasteDecomposedChannel(const CQXChannel& source) {
   PasteTree(source.m_type, source, 0, 0, source.m_columns, source.m_rows);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::PasteRectForRows(const CQXChannel& source) {
   CutAndPasteRows(source, 0, 0, source.m_columns, source.m_rows);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::PasteRectForColumns(const CQXChannel& source) {
   CutAndPasteColumns(source, 0, 0, source.m_columns, source.m_rows);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::PasteRectFor2D(const CQXChannel& source) {
   CutAndPaste2D(source, 0, 0, source.m_columns, source.m_rows);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CutAndPasteRows(const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width,
                                     std::int32_t height) {
   PasteTree(QX_CHANNEL_ROWS, source, x, y, width, height);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CutAndPasteColumns(const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width,
                                        std::int32_t height) {
   PasteTree(QX_CHANNEL_COLUMNS, source, x, y, width, height);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CutAndPaste2D(const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width,
                                   std::int32_t height) {
   PasteTree(QX_CHANNEL_2D, source, x, y, width, height);

@@ -16,7 +16,7 @@ constexpr double effectGuard = 0.000001;
 
 constexpr double rootOfTwo = 1.4142135623730951;
 
-template <typename T>
+template <qxReal T>
 T BandVariance(const CQXChannel<T>& band) {
   return CQXStatistics<T>(static_cast<std::int32_t>(qxElementCount(band.GetRowsNb(), band.GetColsNb())),
                           const_cast<T*>(band.GetData()))
@@ -24,7 +24,7 @@ T BandVariance(const CQXChannel<T>& band) {
 }
 
 /// Mean over the high bands of a level of noise variance over signal deviation; a band without signal counts 1000000.
-template <typename T>
+template <qxReal T>
 T SumOfBandThresholds(const CQXChannel<T>& level, T noiseVariance) {
   T sum = 0;
   for (std::int32_t band = 1; band < level.GetSubChannelsNb(); ++band) {
@@ -36,18 +36,18 @@ T SumOfBandThresholds(const CQXChannel<T>& level, T noiseVariance) {
 }
 
 /// sigma sqrt(2 ln N), and the part of it that the level-dependent rule begins with at the finest of J levels.
-template <typename T>
+template <qxReal T>
 T UniversalThreshold(T sigma, T samples) {
   return sigma * T(rootOfTwo) * std::sqrt(std::log(std::max(samples, T(0.000000001))));
 }
 
-template <typename T>
+template <qxReal T>
 T LevelDependentThreshold(T universal, std::int32_t depth) {
   return universal / std::sqrt(std::ldexp(T(1), depth - 1));
 }
 
 /// The threshold of one band by the rules that look at its variance.
-template <typename T>
+template <qxReal T>
 T VarianceThreshold(const CQXChannel<T>& band, T noiseVariance, std::int32_t depth, qxWaveletDenoising method) {
   const std::size_t samples = qxElementCount(band.GetRowsNb(), band.GetColsNb());
   const float share = static_cast<float>(samples) / static_cast<float>(depth);
@@ -64,7 +64,7 @@ T VarianceThreshold(const CQXChannel<T>& band, T noiseVariance, std::int32_t dep
 }
 
 /// Clears or shrinks in place, so that the mask sees the neighbours above and to the left as they were left.
-template <typename T>
+template <qxReal T>
 void CleanMasked(CQXChannel<T>& band, T threshold, bool shrink) {
   T* data = band.GetData();
   const auto samples = static_cast<std::int32_t>(qxElementCount(band.GetRowsNb(), band.GetColsNb()));
@@ -97,7 +97,7 @@ void Rotate(const T* source, T* target, std::int32_t columns, std::int32_t rows,
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 T CQXChannel<T>::EstimateNoise() const {
   const CQXChannel* band = m_decomposed != 0 ? SubChannel(1) : nullptr;
   if (band == nullptr || band->m_data == nullptr) return 0;
@@ -107,7 +107,7 @@ T CQXChannel<T>::EstimateNoise() const {
   return CQXStatistics<T>(static_cast<std::int32_t>(samples), magnitudes.get()).Median() / T(0.6745);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::EstimateThreshold(T& threshold, T& ratio) const {
   threshold = 0;
   ratio = 0;
@@ -123,7 +123,7 @@ void CQXChannel<T>::EstimateThreshold(T& threshold, T& ratio) const {
 }
 
 /// CleanBelowThreshold() of this channel itself.
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::CleanInPlace(T& threshold, T& ratio, bool soft, qxWaveletDenoising method) {
   if (m_decomposed == 0 || method < QX_DENOISING_GIVEN || method > QX_DENOISING_BAND_SIGNAL_MASKED) return;
   const std::int32_t depth = GetDepth();
@@ -168,7 +168,7 @@ void CQXChannel<T>::CleanInPlace(T& threshold, T& ratio, bool soft, qxWaveletDen
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanBelowThreshold(T& threshold, T& ratio, std::int32_t soft,
                                                                   qxWaveletDenoising method) const {
   std::unique_ptr<CQXChannel> clean = CloneDecomposedChannel();
@@ -176,7 +176,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanBelowThreshold(T& threshold, 
   return clean;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanDirectly(T threshold, T ratio, std::int32_t soft) const {
   std::unique_ptr<CQXChannel> clean = CloneDecomposedChannel();
   T working = threshold;
@@ -191,7 +191,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanDirectly(T threshold, T ratio
   return clean;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& threshold, T& ratio, std::int32_t shifts,
                                                                       const CQXWaveletFilter<T>* filter,
                                                                       std::int32_t depth, std::int32_t soft,
@@ -243,7 +243,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
   return sum;
 }
 
-template <typename T>
+template <qxReal T>
 T CQXChannel<T>::GetAbsMaxInMask(const T* data, std::int32_t index, std::int32_t columns,
                                  std::int32_t rows) const noexcept {
   if (columns <= 0) return 0;

@@ -4,32 +4,32 @@
 
 #include <cmath>
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::EnhanceRawData(T factor) {
   if (m_data != nullptr) qxKernels::Multiply(Count(), m_data.get(), factor);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::EnhanceSubLevel(T factor, std::int32_t level, std::int32_t band) {
   if (level < 1) return;
   if (CQXChannel* channel = SubChannel(level, band)) channel->EnhanceRawData(factor);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::EnhanceHRLevel(T factor, std::int32_t level) {
   CQXChannel* channel = level < 1 ? nullptr : this;
   for (; level > 1 && channel != nullptr; --level) channel = channel->SubChannel(0);
   if (channel != nullptr) channel->ScaleHighBands(factor);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::ScaleHighBands(T factor) {
   for (std::int32_t band = 1; band < GetSubChannelsNb(); ++band) {
     if (CQXChannel* channel = SubChannel(band)) channel->EnhanceRawData(factor);
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Enhance(T factor) {
   if (std::abs(factor - 1) < T(0.000001)) return;
   T working = factor;
@@ -40,7 +40,7 @@ void CQXChannel<T>::Enhance(T factor) {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::EditByLevels(const T* factors) {
   if (m_decomposed == 0) return;
   CQXChannel* channel = this;
@@ -53,7 +53,7 @@ void CQXChannel<T>::EditByLevels(const T* factors) {
 
 /// A copy of this tree whose bands are blended with those of the other one; @p weights gives the two factors of a
 /// level, numbered from 0, the lowest low band counting as the level after the last.
-template <typename T>
+template <qxReal T>
 template <typename Weights>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::BlendWith(const CQXChannel* other, Weights weights) const {
   std::unique_ptr<CQXChannel> blend = CloneDecomposedChannel();
@@ -78,7 +78,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::BlendWith(const CQXChannel* other,
   return blend;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::MixByLevels(CQXChannel* other, const T* weights,
                                                           CQXChannel* result) const {
   std::unique_ptr<CQXChannel> blend =
@@ -88,7 +88,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::MixByLevels(CQXChannel* other, con
   return nullptr;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::Combine(CQXChannel* other, T a, T b, CQXChannel* result) const {
   std::unique_ptr<CQXChannel> blend = BlendWith(other, [a, b](std::int32_t) { return std::pair<T, T>(a, b); });
   if (result == nullptr) return blend;

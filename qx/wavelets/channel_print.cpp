@@ -7,18 +7,18 @@
 
 namespace {
 
-template <typename T>
+template <qxReal T>
 bool IsEmpty(const CQXChannel<T>* band) {
   return band == nullptr || band->GetData() == nullptr || band->GetColsNb() <= 0 || band->GetRowsNb() <= 0;
 }
 
-template <typename T>
+template <qxReal T>
 void PrintBlock(std::string_view header, const CQXChannel<T>& band) {
   std::cout << header << '\n' << CQXMatrixMN<T>(band.GetRowsNb(), band.GetColsNb(), band.GetData());
 }
 
 /// Writes "<name><level>" and the band, or "<emptyName><level> is empty.".
-template <typename T>
+template <qxReal T>
 void PrintBand(std::string_view name, std::string_view emptyName, std::int32_t level, const CQXChannel<T>* band) {
   if (IsEmpty(band)) {
     std::cout << emptyName << level << " is empty.\n";
@@ -28,7 +28,7 @@ void PrintBand(std::string_view name, std::string_view emptyName, std::int32_t l
   }
 }
 
-template <typename T>
+template <qxReal T>
 void PrintHighBand2D(std::string_view name, std::int32_t level, const CQXChannel<T>* band) {
   if (IsEmpty(band)) {
     std::cout << name << " channel for level " << level << " is empty.\n";
@@ -40,7 +40,7 @@ void PrintHighBand2D(std::string_view name, std::int32_t level, const CQXChannel
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Print() const {
   if (m_decomposed == 0) {
     IsEmpty(this) ? void(std::cout << "Raw channel is empty.\n") : PrintBlock("Raw channel: ", *this);

@@ -18,25 +18,25 @@ namespace {
 
 constexpr double factorGuard = 0.000001;
 
-template <typename T>
+template <qxReal T>
 bool HasEffect(T factor) {
   return std::abs(factor - 1) > static_cast<T>(factorGuard);
 }
 
-template <typename T>
+template <qxReal T>
 T LowNorm(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization) {
   if (normalization == QX_NORMALIZATION_NONE) return 1;
   return filter.GetLowNorm(normalization == QX_NORMALIZATION_1 ? 1 : 0);
 }
 
-template <typename T>
+template <qxReal T>
 T HighNorm(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization) {
   if (normalization == QX_NORMALIZATION_NONE) return 1;
   return filter.GetHighNorm(normalization == QX_NORMALIZATION_1 ? 1 : 0);
 }
 
 /// The factors that take the normalization of a tree away.
-template <typename T>
+template <qxReal T>
 BandFactors<T> InverseFactors(const CQXChannel<T>& tree) {
   const qxWaveletNormalization normalization = tree.GetTypeOfNormalization();
   return {tree.GetType(), 1 / LowNorm(*tree.GetFilter(), normalization),
@@ -44,7 +44,7 @@ BandFactors<T> InverseFactors(const CQXChannel<T>& tree) {
 }
 
 /// What the lifting steps make of the low band of a constant signal of ones.
-template <typename T>
+template <qxReal T>
 T LowGain(const CQXWaveletFilter<T>& filter) {
   T even[4] = {1, 1, 1, 1};
   T odd[4] = {1, 1, 1, 1};
@@ -64,13 +64,13 @@ Rect Widened(const Rect& rect, const Rect& extent) {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 bool CQXChannel<T>::IsTransformedBy(const CQXWaveletFilter<T>* filter, qxChannelType type) const noexcept {
   return m_type == type && m_filter != nullptr && m_filter->GetWavelet() == filter->GetWavelet();
 }
 
 /// Whether the sub-channels from @p firstBand on stand there with samples, in the places of one level of this channel.
-template <typename T>
+template <qxReal T>
 bool CQXChannel<T>::HasRawBands(std::int32_t firstBand) const noexcept {
   if (m_decomposed == 0 || BandsCount(m_type) == 0 || GetSubChannelsNb() != BandsCount(m_type)) return false;
   for (std::int32_t band = firstBand; band < GetSubChannelsNb(); ++band) {
@@ -82,7 +82,7 @@ bool CQXChannel<T>::HasRawBands(std::int32_t firstBand) const noexcept {
 }
 
 /// Whether every band of every level is there, and every filter; a raw channel lacks none.
-template <typename T>
+template <qxReal T>
 bool CQXChannel<T>::IsComplete() const noexcept {
   const CQXChannel* channel = this;
   for (; channel->m_decomposed != 0; channel = channel->SubChannel(0)) {
@@ -95,21 +95,21 @@ bool CQXChannel<T>::IsComplete() const noexcept {
 }
 
 /// The transform between a block of samples and the bands of this level; without a filter nothing is lifted.
-template <typename T>
+template <qxReal T>
 LevelTransform<T> CQXChannel<T>::MakeLevelTransform(const CQXWaveletFilter<T>* filter) const {
   T* bands[4] = {};
   for (std::int32_t band = 0; band < GetSubChannelsNb(); ++band) bands[band] = SubChannel(band)->m_data.get();
   return LevelTransform<T>(Extent(*this), m_type, filter, bands);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Split(const CQXChannel& source) {
   if (HasRawBands(0) && source.m_data != nullptr && source.m_columns == m_columns && source.m_rows == m_rows) {
     MakeLevelTransform(nullptr).Forward(source.m_data.get());
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Unite(CQXChannel* target) const {
   if (HasRawBands(0) && target != nullptr && target->m_data != nullptr && target->m_columns == m_columns &&
       target->m_rows == m_rows) {
@@ -117,18 +117,18 @@ void CQXChannel<T>::Unite(CQXChannel* target) const {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::LiftDirect(CQXChannel* low, CQXChannel* high, std::int32_t direction) const {
   if (m_filter != nullptr) CQXLifting<T>(low, high, direction).Run(*m_filter, false);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::LiftInverse(CQXChannel* low, CQXChannel* high, std::int32_t direction) const {
   if (m_filter != nullptr) CQXLifting<T>(low, high, direction).Run(*m_filter, true);
 }
 
 /// One level from a raw channel, which is consumed; null when the step is refused.
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::TransformOneLevel(const CQXWaveletFilter<T>* filter, qxChannelType type) {
   if (filter == nullptr || !qxInternal::AllowsLevel(type, m_columns, m_rows)) return nullptr;
   if (BandsCount(type) != 0 && m_data == nullptr) return nullptr;
@@ -144,7 +144,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::TransformOneLevel(const CQXWavelet
   return level;
 }
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>* CQXChannel<T>::FWTStep(const CQXWaveletFilter<T>* filter, qxChannelType type) {
   if (m_decomposed == 0) return TransformOneLevel(filter, type).release();
   if (filter == nullptr || BandsCount(type) == 0 || !IsTransformedBy(filter, type)) return nullptr;
@@ -157,7 +157,7 @@ CQXChannel<T>* CQXChannel<T>::FWTStep(const CQXWaveletFilter<T>* filter, qxChann
   return this;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWTStep() {
   if (m_filter == nullptr || !HasRawBands(0)) return nullptr;
   auto raw = std::make_unique<CQXChannel>(m_columns, m_rows, m_offsetX, m_offsetY);
@@ -170,7 +170,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWTStep() {
 
 /// The levels that a raw channel allows, up to @p depth, not normalized; the channel is consumed. Null when not one
 /// level is possible.
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWTRawChannel(const CQXWaveletFilter<T>* filter, qxChannelType type,
                                                             std::int32_t depth) {
   if (depth < 1 || BandsCount(type) == 0) return nullptr;
@@ -187,7 +187,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWTRawChannel(const CQXWaveletFilt
   return tree;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWT(const CQXWaveletFilter<T>* filter, qxChannelType type,
                                                   std::int32_t depth) {
   if (filter == nullptr) return nullptr;
@@ -202,7 +202,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::FWT(const CQXWaveletFilter<T>* fil
   return tree;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::FWTInPlace(const CQXWaveletFilter<T>* filter, qxChannelType type, std::int32_t depth) {
   if (filter == nullptr || (m_decomposed != 0 && !IsTransformedBy(filter, type))) return;
   const qxWaveletNormalization normalization = m_normalization;
@@ -216,7 +216,7 @@ void CQXChannel<T>::FWTInPlace(const CQXWaveletFilter<T>* filter, qxChannelType 
   Inherit();
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::DestroyingIFWT() {
   if (!IsComplete()) return nullptr;
   std::vector<CQXChannel*, qxBlockAllocator<CQXChannel*>> levels;
@@ -232,19 +232,19 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::DestroyingIFWT() {
   return raw;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT() const {
   return CloneDecomposedChannel()->DestroyingIFWT();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::IFWTInPlace() {
   if (m_decomposed == 0) return;
   std::unique_ptr<CQXChannel> raw = DestroyingIFWT();
   if (raw != nullptr) Swap(*raw);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t y, std::int32_t width,
                                                    std::int32_t height) const {
   if (m_decomposed == 0) return Cut(x, y, width, height);
@@ -301,7 +301,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::IFWT(std::int32_t x, std::int32_t 
 }
 
 /// Multiplies the bands of the first levels; the low band below them only when it is raw.
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::MultiplyLevels(std::int32_t depth, T low, T high) {
   BandFactors<T> factors(m_type, low, high);
   CQXChannel* channel = this;
@@ -321,41 +321,41 @@ void CQXChannel<T>::MultiplyLevels(std::int32_t depth, T low, T high) {
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Normalize() {
   Normalize(GetDepth(), m_normalization);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Normalize(std::int32_t depth, qxWaveletNormalization normalization) {
   if (m_filter != nullptr) {
     Normalize(depth, normalization, LowNorm(*m_filter, normalization), HighNorm(*m_filter, normalization));
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Normalize(std::int32_t depth, qxWaveletNormalization normalization, T low, T high) {
   if (normalization != QX_NORMALIZATION_NONE) MultiplyLevels(depth, low, high);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Denormalize() {
   Denormalize(GetDepth(), m_normalization);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Denormalize(std::int32_t depth, qxWaveletNormalization normalization) {
   if (m_filter != nullptr) {
     Denormalize(depth, normalization, LowNorm(*m_filter, normalization), HighNorm(*m_filter, normalization));
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXChannel<T>::Denormalize(std::int32_t depth, qxWaveletNormalization normalization, T low, T high) {
   if (normalization != QX_NORMALIZATION_NONE) MultiplyLevels(depth, 1 / low, 1 / high);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledLowChannel() const {
   const CQXChannel* lowest = this;
   while (lowest->SubChannel(0) != nullptr) lowest = lowest->SubChannel(0);
@@ -370,7 +370,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledLowChannel() const {
   return scaled;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXChannel<T>> CQXChannel<T>::GetScaledHighChannel(std::int32_t level, std::int32_t band) const {
   const CQXChannel* channel = band >= 1 && level >= 1 ? SubChannel(level, band) : nullptr;
   if (channel == nullptr || channel->m_data == nullptr) return nullptr;

@@ -18,7 +18,7 @@ std::int32_t qxSymExtension(std::int32_t index, std::int32_t size, std::int32_t 
   return static_cast<std::int32_t>(folded);
 }
 
-template <typename T>
+template <qxReal T>
 CQXLifting<T>::CQXLifting(const CQXChannel<T>* low, const CQXChannel<T>* high, std::int32_t direction) noexcept
     : m_direction(direction) {
   if (low == nullptr || high == nullptr) return;
@@ -33,7 +33,7 @@ CQXLifting<T>::CQXLifting(const CQXChannel<T>* low, const CQXChannel<T>* high, s
   m_oddRows = odd->m_rows;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::Apply(const qxInternal::LiftingStep<T>& step, bool alongColumns, bool subtract) noexcept {
   if (m_even == nullptr || m_odd == nullptr) return;
   const bool toOdd = step.DestinationIsOdd();
@@ -54,7 +54,7 @@ void CQXLifting<T>::Apply(const qxInternal::LiftingStep<T>& step, bool alongColu
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::Step(std::int32_t target, const T* coefficients, std::int32_t taps, qxChannelType type,
                          bool subtract) noexcept {
   if ((type != QX_CHANNEL_ROWS && type != QX_CHANNEL_COLUMNS) || coefficients == nullptr) return;
@@ -66,7 +66,7 @@ void CQXLifting<T>::Step(std::int32_t target, const T* coefficients, std::int32_
   Apply(qxInternal::LiftingStep<T>(toOdd, coefficients, taps, evenSize, oddSize, alongColumns), alongColumns, subtract);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::Run(const CQXWaveletFilter<T>& filter, bool inverse) noexcept {
   const bool alongColumns = m_direction == 0;
   const qxInternal::LiftingSchedule<T> schedule(filter, alongColumns ? m_evenRows : m_evenColumns,
@@ -76,17 +76,17 @@ void CQXLifting<T>::Run(const CQXWaveletFilter<T>& filter, bool inverse) noexcep
 }
 
 // clang-format off
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::LiftUsing2Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept { Step(target, coefficients, 2, type, false); }
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::LiftUsing4Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept { Step(target, coefficients, 4, type, false); }
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::LiftUsing6Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept { Step(target, coefficients, 6, type, false); }
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::InvLiftUsing2Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept { Step(target, coefficients, 2, type, true); }
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::InvLiftUsing4Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept { Step(target, coefficients, 4, type, true); }
-template <typename T>
+template <qxReal T>
 void CQXLifting<T>::InvLiftUsing6Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept { Step(target, coefficients, 6, type, true); }
 // clang-format on
 

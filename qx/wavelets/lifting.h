@@ -1,17 +1,18 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/scalar.h>
 #include <qx/wavelets/wavelet_types.h>
 
 #include <cstdint>
 
-template <typename T>
+template <qxReal T>
 class CQXChannel;
-template <typename T>
+template <qxReal T>
 class CQXWaveletFilter;
 
 namespace qxInternal {
-template <typename T>
+template <qxReal T>
 class LiftingStep;
 }
 
@@ -36,7 +37,7 @@ class LiftingStep;
 /// One gap is part of the contract: along columns the two-coefficient step leaves the last odd row out when the number
 /// of rows is odd and the even rows lead; the step along rows has no such gap. The inverse step leaves the same row
 /// out, so reconstruction stays exact.
-template <typename T>
+template <qxReal T>
 class QX_API CQXLifting {
  public:
   /// @param direction 0: the bands interleave by rows; otherwise by columns

@@ -5,16 +5,16 @@
 #include <cstddef>
 #include <utility>
 
-template <typename T>
+template <qxReal T>
 CQXWaveletDecomposition<T>::CQXWaveletDecomposition(qxWaveletType wavelet)
     : m_filter(std::make_unique<CQXWaveletFilter<T>>(wavelet)) {}
 
-template <typename T>
+template <qxReal T>
 CQXWaveletDecomposition<T>::CQXWaveletDecomposition(const CQXWaveletDecomposition& other) : CQXWaveletDecomposition() {
   Copy(other);
 }
 
-template <typename T>
+template <qxReal T>
 CQXWaveletDecomposition<T>& CQXWaveletDecomposition<T>::operator=(const CQXWaveletDecomposition& other) {
   Copy(other);
   return *this;
@@ -22,7 +22,7 @@ CQXWaveletDecomposition<T>& CQXWaveletDecomposition<T>::operator=(const CQXWavel
 
 /// A decomposition with a filter of its own and the channels that @p make gives for those of this one; null when one of
 /// them is null.
-template <typename T>
+template <qxReal T>
 template <typename Make>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::MakeFromChannels(
     qxWaveletNormalization normalization, Make make) const {
@@ -38,12 +38,12 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::MakeFrom
   return result;
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::CloneDecomposition() const {
   return std::make_unique<CQXWaveletDecomposition>(*this);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::Copy(const CQXWaveletDecomposition& other) {
   CQXWaveletDecomposition copy;
   if (other.m_filter != nullptr) copy.m_filter = std::make_unique<CQXWaveletFilter<T>>(other.GetWaveletType());
@@ -58,44 +58,44 @@ void CQXWaveletDecomposition<T>::Copy(const CQXWaveletDecomposition& other) {
   m_normalization = copy.m_normalization;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::Destroy() noexcept {
   m_channels.clear();
   m_filter.reset();
 }
 
-template <typename T>
+template <qxReal T>
 qxWaveletType CQXWaveletDecomposition<T>::GetWaveletType() const noexcept {
   return m_filter != nullptr ? m_filter->GetWavelet() : static_cast<qxWaveletType>(-1);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXWaveletDecomposition<T>::IsDecomposed() const noexcept {
   return std::any_of(m_channels.begin(), m_channels.end(),
                      [](const auto& channel) { return channel != nullptr && channel->IsDecomposed() != 0; });
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXWaveletDecomposition<T>::GetImageWidth() const noexcept {
   return (*this)[0] != nullptr ? (*this)[0]->GetColsNb() : 0;
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXWaveletDecomposition<T>::GetImageHeight() const noexcept {
   return (*this)[0] != nullptr ? (*this)[0]->GetRowsNb() : 0;
 }
 
-template <typename T>
+template <qxReal T>
 const CQXChannel<T>* CQXWaveletDecomposition<T>::operator[](std::int32_t index) const noexcept {
   return index >= 0 && index < GetChannelsNb() ? m_channels[static_cast<std::size_t>(index)].get() : nullptr;
 }
 
-template <typename T>
+template <qxReal T>
 CQXChannel<T>* CQXWaveletDecomposition<T>::operator[](std::int32_t index) noexcept {
   return const_cast<CQXChannel<T>*>(std::as_const(*this)[index]);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXWaveletDecomposition<T>::HasCommonDepth(std::int32_t& depth) const noexcept {
   if ((*this)[0] == nullptr) return 0;
   const std::int32_t first = (*this)[0]->GetDepth();
@@ -107,7 +107,7 @@ std::int32_t CQXWaveletDecomposition<T>::HasCommonDepth(std::int32_t& depth) con
 }
 
 /// Calls the visitor with every channel that is there.
-template <typename T>
+template <qxReal T>
 template <typename Visitor>
 void CQXWaveletDecomposition<T>::VisitChannels(Visitor visit) const {
   for (const auto& channel : m_channels) {
@@ -116,7 +116,7 @@ void CQXWaveletDecomposition<T>::VisitChannels(Visitor visit) const {
 }
 
 /// Hands filter and normalization to all levels of a channel. A tree of another wavelet or normalization is taken back.
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::Adopt(CQXChannel<T>& channel) const {
   const bool fits = m_filter != nullptr && channel.GetFilterType() == GetWaveletType() &&
                     channel.GetTypeOfNormalization() == m_normalization;
@@ -127,19 +127,19 @@ void CQXWaveletDecomposition<T>::Adopt(CQXChannel<T>& channel) const {
 }
 
 /// Before a transform: the caller may have changed raw channels through operator[].
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::AdoptRawChannels() {
   VisitChannels([this](CQXChannel<T>& channel) {
     if (channel.IsDecomposed() == 0) Adopt(channel);
   });
 }
 
-template <typename T>
+template <qxReal T>
 bool CQXWaveletDecomposition<T>::HasAllChannels() const noexcept {
   return !m_channels.empty() && std::find(m_channels.begin(), m_channels.end(), nullptr) == m_channels.end();
 }
 
-template <typename T>
+template <qxReal T>
 template <typename Sample>
 void CQXWaveletDecomposition<T>::SetPixels(std::int32_t width, std::int32_t height, std::int32_t channelsNb,
                                            const Sample* data) {
@@ -157,20 +157,20 @@ void CQXWaveletDecomposition<T>::SetPixels(std::int32_t width, std::int32_t heig
   std::swap(m_channels, channels);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::SetImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb,
                                           const T* data) {
   SetPixels(width, height, channelsNb, data);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::Set8BitsImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb,
                                                const std::uint8_t* data) {
   SetPixels(width, height, channelsNb, data);
 }
 
 /// Interleaves the planes; what a plane does not hold is written as the conversion of 0.
-template <typename T>
+template <qxReal T>
 template <typename Sample, typename Convert>
 void CQXWaveletDecomposition<T>::GetPixels(Sample* data, Convert convert) const {
   const std::size_t planes = m_channels.size();
@@ -185,7 +185,7 @@ void CQXWaveletDecomposition<T>::GetPixels(Sample* data, Convert convert) const 
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::GetImageInPixelForm(T* data) {
   VisitChannels([this](CQXChannel<T>& channel) {
     channel.SetTypeOfNormalization(m_normalization);
@@ -195,7 +195,7 @@ void CQXWaveletDecomposition<T>::GetImageInPixelForm(T* data) {
   GetPixels(data, [](T sample) { return sample; });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::GetImageIn8BitsFormat(std::uint8_t* data) const {
   GetPixels(data, [](T sample) {
     return static_cast<std::uint8_t>(qxToInt64(static_cast<double>(sample < 0 ? sample - T(0.5) : sample + T(0.5))) &
@@ -203,18 +203,18 @@ void CQXWaveletDecomposition<T>::GetImageIn8BitsFormat(std::uint8_t* data) const
   });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::GetImageInPackedForm() const {
   return MakeFromChannels(m_normalization,
                           [](const CQXChannel<T>& channel, std::size_t) { return channel.PackDecomposedChannel(); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::GetImageInPackedForm(T* data) const {
   if (const auto packed = GetImageInPackedForm()) packed->GetImageInPixelForm(data);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::UnpackDecomposedImage(
     qxChannelType type, std::int32_t depth, qxWaveletNormalization normalization) const {
   return MakeFromChannels(normalization, [&](const CQXChannel<T>& channel, std::size_t) {
@@ -222,7 +222,7 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::UnpackDe
   });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::SetFilter(qxWaveletType wavelet) {
   if (GetWaveletType() != wavelet) IFWTInPlace();
   // The filter stays the same object, so that no channel is ever left with a pointer to one that is gone.
@@ -234,13 +234,13 @@ void CQXWaveletDecomposition<T>::SetFilter(qxWaveletType wavelet) {
   VisitChannels([this](CQXChannel<T>& channel) { Adopt(channel); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::SetTypeOfNormalization(qxWaveletNormalization normalization) {
   m_normalization = normalization;
   VisitChannels([this](CQXChannel<T>& channel) { Adopt(channel); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::SetDecompositionTypes(qxWaveletType wavelet, qxChannelType type,
                                                        qxWaveletNormalization normalization) {
   SetFilter(wavelet);
@@ -248,7 +248,7 @@ void CQXWaveletDecomposition<T>::SetDecompositionTypes(qxWaveletType wavelet, qx
   SetDecompositionTypesToChannels(type);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::SetDecompositionTypesToChannels(qxChannelType type) {
   VisitChannels([this, type](CQXChannel<T>& channel) {
     if (channel.GetType() != type) channel.IFWTInPlace();
@@ -257,7 +257,7 @@ void CQXWaveletDecomposition<T>::SetDecompositionTypesToChannels(qxChannelType t
   });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::CreateChannels(std::int32_t columns, std::int32_t rows, std::int32_t count) {
   SetChannelsNb(count);
   for (auto& channel : m_channels) {
@@ -267,20 +267,20 @@ void CQXWaveletDecomposition<T>::CreateChannels(std::int32_t columns, std::int32
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::SetChannelsNb(std::int32_t count) {
   m_channels.clear();
   m_channels.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::SetChannel(std::unique_ptr<CQXChannel<T>> channel, std::int32_t index) {
   if (index < 0 || index >= GetChannelsNb()) return;
   if (channel != nullptr) Adopt(*channel);
   m_channels[static_cast<std::size_t>(index)] = std::move(channel);
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXWaveletDecomposition<T>::MaximumDepth(qxChannelType type) const noexcept {
   switch (type) {
     case QX_CHANNEL_ROWS:
@@ -292,7 +292,7 @@ std::int32_t CQXWaveletDecomposition<T>::MaximumDepth(qxChannelType type) const 
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWT(std::int32_t depth, qxChannelType type) {
   if (m_filter == nullptr || !HasAllChannels()) return nullptr;
   AdoptRawChannels();
@@ -300,7 +300,7 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWT(std:
       m_normalization, [&](CQXChannel<T>& channel, std::size_t) { return channel.FWT(m_filter.get(), type, depth); });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWT(const std::int32_t* depths,
                                                                             const qxChannelType* types) {
   if (m_filter == nullptr || !HasAllChannels()) return nullptr;
@@ -310,25 +310,25 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWT(cons
   });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWTMaxDepth(qxChannelType type) {
   return FWT(MaximumDepth(type), type);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::FWTMaxDepth(qxChannelType type,
                                                                                     std::int32_t& depth) {
   depth = MaximumDepth(type);
   return FWT(depth, type);
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::FWTInPlace(std::int32_t depth, qxChannelType type) {
   AdoptRawChannels();
   VisitChannels([&](CQXChannel<T>& channel) { channel.FWTInPlace(m_filter.get(), type, depth); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::FWTInPlace(const std::int32_t* depths, const qxChannelType* types) {
   AdoptRawChannels();
   for (std::size_t i = 0; i < m_channels.size(); ++i) {
@@ -336,29 +336,29 @@ void CQXWaveletDecomposition<T>::FWTInPlace(const std::int32_t* depths, const qx
   }
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::FWTMaxDepthInPlace(qxChannelType type) {
   FWTInPlace(MaximumDepth(type), type);
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::IFWT() const {
   return MakeFromChannels(m_normalization, [](const CQXChannel<T>& channel, std::size_t) { return channel.IFWT(); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::IFWTInPlace() {
   VisitChannels([&](CQXChannel<T>& channel) { channel.IFWTInPlace(); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::EstimateThresholds(T* thresholds, T* ratios) const {
   for (std::size_t i = 0; i < m_channels.size(); ++i) {
     if (m_channels[i] != nullptr) m_channels[i]->EstimateThreshold(thresholds[i], ratios[i]);
   }
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNoise(T* thresholds, T* ratios,
                                                                                     std::int32_t soft,
                                                                                     qxWaveletDenoising method) const {
@@ -367,7 +367,7 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNo
   });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNoiseDirectly(const T* thresholds,
                                                                                             const T* ratios,
                                                                                             std::int32_t soft) const {
@@ -376,7 +376,7 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNo
   });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNoiseByCircularShifts(
     T* thresholds, T* ratios, std::int32_t shifts, std::int32_t depth, std::int32_t soft, qxWaveletDenoising method,
     const qxProgress& progress) const {
@@ -392,27 +392,27 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNo
   });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::EnhanceSharpFeatures(T factor) {
   VisitChannels([&](CQXChannel<T>& channel) { channel.Enhance(factor); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::EnhanceSharpFeatures(T factor, std::int32_t level) {
   VisitChannels([&](CQXChannel<T>& channel) { channel.EnhanceHRLevel(factor, level); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::EnhanceSharpFeatures(T factor, std::int32_t level, std::int32_t band) {
   VisitChannels([&](CQXChannel<T>& channel) { channel.EnhanceSubLevel(factor, level, band); });
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletDecomposition<T>::EditByLevels(const T* factors) {
   VisitChannels([&](CQXChannel<T>& channel) { channel.EditByLevels(factors); });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::MixByLevels(
     const CQXWaveletDecomposition& other, const T* weights) const {
   if (GetChannelsNb() != other.GetChannelsNb()) return nullptr;
@@ -422,7 +422,7 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::MixByLev
   });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::Combine(const CQXWaveletDecomposition& other,
                                                                                 T a, T b) const {
   if (GetChannelsNb() != other.GetChannelsNb()) return nullptr;
@@ -432,7 +432,7 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::Combine(
   });
 }
 
-template <typename T>
+template <qxReal T>
 std::int32_t CQXWaveletDecomposition<T>::DecompositionsAreAlmostEqual(const CQXWaveletDecomposition& other,
                                                                       T tolerance) const {
   return std::equal(m_channels.begin(), m_channels.end(), other.m_channels.begin(), other.m_channels.end(),
@@ -442,7 +442,7 @@ std::int32_t CQXWaveletDecomposition<T>::DecompositionsAreAlmostEqual(const CQXW
                     });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::GetScaledHighImage(std::int32_t level,
                                                                                            std::int32_t band) const {
   return MakeFromChannels(m_normalization, [&](const CQXChannel<T>& channel, std::size_t) {
@@ -450,7 +450,7 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::GetScale
   });
 }
 
-template <typename T>
+template <qxReal T>
 std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::GetScaledLowImage() const {
   return MakeFromChannels(m_normalization,
                           [](const CQXChannel<T>& channel, std::size_t) { return channel.GetScaledLowChannel(); });

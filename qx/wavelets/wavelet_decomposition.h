@@ -2,6 +2,7 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/scalar.h>
 #include <qx/wavelets/channel.h>
 #include <qx/wavelets/wavelet_filter.h>
 #include <qx/wavelets/wavelet_types.h>
@@ -18,7 +19,7 @@
 /// A decomposition owns its channels and its filter, which all levels of all channels point to; copies are deep.
 /// Members that give a new decomposition give null when they cannot make one. A decomposition is used by one thread at
 /// a time.
-template <typename T>
+template <qxReal T>
 class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
  public:
   /// Without filter and image.

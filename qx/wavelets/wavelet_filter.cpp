@@ -50,7 +50,7 @@ constexpr Wavelet wavelets[] = {
     {3, {4096, 6, {35, -265, 998, 998, -265, 35}}, -7, 7},
 };
 
-template <typename T>
+template <qxReal T>
 void Divide(const Fractions& fractions, qxBlock<T>& target) {
   for (std::int32_t i = 0; i < fractions.size; ++i) {
     target[static_cast<std::size_t>(i)] =
@@ -58,7 +58,7 @@ void Divide(const Fractions& fractions, qxBlock<T>& target) {
   }
 }
 
-template <typename T>
+template <qxReal T>
 qxBlock<T> MakeZeros(std::int32_t size) {
   const std::size_t count = size > 0 ? static_cast<std::size_t>(size) : 0;
   qxBlock<T> block = qxMakeBlockOrThrow<T>(count);
@@ -68,7 +68,7 @@ qxBlock<T> MakeZeros(std::int32_t size) {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 CQXWaveletFilter<T>::CQXWaveletFilter(const CQXWaveletFilter& other)
     : m_type(other.m_type),
       m_primeSize(other.m_primeSize),
@@ -83,7 +83,7 @@ CQXWaveletFilter<T>::CQXWaveletFilter(const CQXWaveletFilter& other)
   AllocateMemory();
 }
 
-template <typename T>
+template <qxReal T>
 CQXWaveletFilter<T>& CQXWaveletFilter<T>::operator=(const CQXWaveletFilter& other) {
   if (this == &other) return *this;
   if (other.m_arrays.empty()) {
@@ -108,7 +108,7 @@ CQXWaveletFilter<T>& CQXWaveletFilter<T>::operator=(const CQXWaveletFilter& othe
   return *this;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletFilter<T>::Set(qxWaveletType type) {
   Build(type);
   m_type = type;
@@ -116,13 +116,13 @@ void CQXWaveletFilter<T>::Set(qxWaveletType type) {
   m_highShift = -1;
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletFilter<T>::AllocateMemory() {
   PutInForce(m_primeSize, m_dualSize, m_prime2Size);
 }
 
 /// Takes new arrays and only then stores their sizes, so that refused memory leaves sizes and arrays that fit.
-template <typename T>
+template <qxReal T>
 typename CQXWaveletFilter<T>::Arrays& CQXWaveletFilter<T>::PutInForce(std::int32_t primeSize, std::int32_t dualSize,
                                                                       std::int32_t prime2Size) {
   auto arrays = std::allocate_shared<Arrays>(qxBlockAllocator<Arrays>());
@@ -136,7 +136,7 @@ typename CQXWaveletFilter<T>::Arrays& CQXWaveletFilter<T>::PutInForce(std::int32
   return *m_arrays.back();
 }
 
-template <typename T>
+template <qxReal T>
 void CQXWaveletFilter<T>::Build(qxWaveletType type) {
   const bool known = type >= QX_WAVELET_1_1 && type <= QX_WAVELET_4_6;
   const Wavelet& wavelet = wavelets[known ? type : QX_WAVELET_2_2];

@@ -2,6 +2,7 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/scalar.h>
 #include <qx/wavelets/wavelet_types.h>
 
 #include <cstdint>
@@ -16,7 +17,7 @@
 ///
 /// A filter that has been built may be read by any number of channels and threads. Channels hold a pointer to it and do
 /// not own it: the filter outlives them.
-template <typename T>
+template <qxReal T>
 class QX_API CQXWaveletFilter : public qxBlockAllocated {
  public:
   /// No wavelet: type -1, no arrays, all numbers 0, both shifts -1.

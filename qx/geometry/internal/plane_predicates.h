@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/vectors/vector2.h>
 
 #include <cmath>
@@ -15,7 +16,7 @@ struct Point {
   double y;
 };
 
-template <typename T>
+template <qxReal T>
 [[nodiscard]] inline Point ToPoint(const CQXVector2<T>& v) {
   return {static_cast<double>(v.X()), static_cast<double>(v.Y())};
 }

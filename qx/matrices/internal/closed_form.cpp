@@ -15,7 +15,7 @@ std::int32_t Invert(const T* source, T* target, T tolerance) {
 
 }  // namespace
 
-template <typename T>
+template <qxReal T>
 std::int32_t qxInvertInClosedForm(std::int32_t size, const T* source, T* target, T tolerance) noexcept {
   if (size == 2) return Invert<CQXMatrix2<T>>(source, target, tolerance);
   if (size == 3) return Invert<CQXMatrix3<T>>(source, target, tolerance);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/internal/unroll.h>
+#include <qx/foundation/scalar.h>
 
 #include <cmath>
 #include <cstddef>
@@ -16,26 +17,26 @@
 
 namespace qxFixedLanes {
 
-template <typename T>
+template <qxReal T>
 struct Register {
   typedef T Type __attribute__((vector_size(16)));
 };
 /// 16 bytes of numbers.
-template <typename T>
+template <qxReal T>
 using Lanes = typename Register<T>::Type;
 
 /// Number of elements of a register.
-template <typename T>
+template <qxReal T>
 inline constexpr std::size_t width = 16 / sizeof(T);
 
-template <typename T>
+template <qxReal T>
 [[nodiscard, gnu::always_inline]] inline Lanes<T> Load(const T* source) noexcept {
   Lanes<T> lanes;
   std::memcpy(&lanes, source, sizeof lanes);
   return lanes;
 }
 
-template <typename T>
+template <qxReal T>
 [[gnu::always_inline]] inline void Store(std::type_identity_t<Lanes<T>> lanes, T* target) noexcept {
   std::memcpy(target, &lanes, sizeof lanes);
 }
@@ -104,7 +105,7 @@ struct RowPairMinors {
 };
 
 /// Minors of two rows.
-template <typename T>
+template <qxReal T>
 [[nodiscard, gnu::always_inline]] constexpr RowPairMinors<T> Minors(const T* row) noexcept {
   const T* next = row + 4;
   return {row[0] * next[1] - row[1] * next[0], row[0] * next[2] - row[2] * next[0],
@@ -113,7 +114,7 @@ template <typename T>
 }
 
 /// Determinant by the minors of the upper two rows and their complements in the lower two.
-template <typename T>
+template <qxReal T>
 [[nodiscard, gnu::always_inline]] constexpr T Determinant(const RowPairMinors<T>& u,
                                                           const RowPairMinors<T>& l) noexcept {
   return u.m01 * l.m23 - u.m02 * l.m13 + u.m03 * l.m12 + u.m12 * l.m03 - u.m13 * l.m02 + u.m23 * l.m01;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/block.h>
+#include <qx/foundation/scalar.h>
 #include <qx/solvers/internal/compact_memory.h>
 #include <qx/solvers/internal/objective.h>
 #include <qx/solvers/optimization.h>
@@ -13,7 +14,7 @@
 namespace qxSolvers {
 
 /// The bounds as they are given.
-template <typename T>
+template <qxReal T>
 struct Bounds {
   const QX_OPTIMIZATION_CONSTRAINTS* kinds;
   const T* lower;
@@ -34,7 +35,7 @@ enum BoundState : std::int32_t {
 ///
 /// The inner products over free and bound variables behind it are kept from one iteration to the next and changed by
 /// what entered and left. R. H. Byrd et al. (1995), section 5.
-template <typename T>
+template <qxReal T>
 class SubspaceMatrix {
  public:
   SubspaceMatrix(std::int32_t n, std::int32_t m);
@@ -65,7 +66,7 @@ class SubspaceMatrix {
 };
 
 /// One minimisation with bounds, with all that it works on.
-template <typename T>
+template <qxReal T>
 class BoundedMinimizer : private CQXOptimization {
  public:
   BoundedMinimizer(std::int32_t n, std::int32_t m, const Bounds<T>& bounds, const Objective<T>& objective,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/matrices/matrix_mn.h>
 
 #include <algorithm>
@@ -24,15 +25,15 @@ void ForEachStrip(std::size_t count, Visit visit) {
 /// Cholesky factor of a symmetric matrix, in place: reads and writes the upper triangle from (first, first) on, where
 /// A = R' R.
 /// @return false at a pivot that is not positive; the triangle is then of no use.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] bool FactorByCholesky(std::int32_t first, std::int32_t size, CQXMatrixMN<T>& a);
 
 /// v := R'^-1 v for the upper triangle from (0, 0) on.
-template <typename T>
+template <qxReal T>
 void SolveTransposed(std::int32_t size, const CQXMatrixMN<T>& r, T* v);
 
 /// v := R^-1 v for the upper triangle from (0, 0) on.
-template <typename T>
+template <qxReal T>
 void SolveUpper(std::int32_t size, const CQXMatrixMN<T>& r, T* v);
 
 /// The last pairs of a step s and the difference y of the gradients over it, with the compact form
@@ -41,7 +42,7 @@ void SolveUpper(std::int32_t size, const CQXMatrixMN<T>& r, T* v);
 /// R. H. Byrd, J. Nocedal and R. B. Schnabel, Representations of quasi-Newton matrices and their use in limited memory
 /// methods, Math. Programming 63 (1994), theorem 2.3. Pairs are numbered from the oldest to the newest. A vector of
 /// 2 Count() elements has the part of Y first, then that of S.
-template <typename T>
+template <qxReal T>
 class CompactMemory {
  public:
   CompactMemory(std::int32_t n, std::int32_t m);

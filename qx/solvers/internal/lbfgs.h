@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/solvers/internal/objective.h>
 #include <qx/solvers/optimization.h>
 
@@ -12,14 +13,14 @@
 namespace qxSolvers {
 
 /// Whether sizes, tolerances and limit are those of a possible task, and the start holds n elements.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] bool AreValidArguments(std::int32_t n, std::int32_t m, const CQXVectorN<T>& x, T xTol, T fTol, T gTol,
                                      std::int32_t maxIterations) {
   return !(n < 1 || m < 1 || n < m || gTol <= 0 || fTol <= 0 || xTol <= 0 || maxIterations < 1 || x.Dim() < n ||
            x.Data() == nullptr);
 }
 
-template <typename T>
+template <qxReal T>
 T MinimizeByLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, T xTol, T fTol, T gTol, std::int32_t maxIterations,
                   const Objective<T>& objective, QX_OPTIMIZATION_INFO& info);
 
@@ -31,7 +32,7 @@ T MinimizeByLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, T xTol, T fT
 /// @return 1 for a step that meets both conditions; 2 when the bracket is narrow, 3 and 4 at the smallest and the
 ///         largest step, 5 at the limit of 20 trials, 6 when rounding prevents progress; 0 when the direction does not
 ///         go downhill and -1 when the first step is not positive: then x is as it came.
-template <typename T>
+template <qxReal T>
 std::int32_t SearchLine(std::int32_t n, const T* direction, const Objective<T>& objective, T* start, CQXVectorN<T>& x,
                         T& f, CQXVectorN<T>& gradient, T& step);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/vectors/vector_n.h>
 
 /// @file
@@ -8,7 +9,7 @@
 namespace qxSolvers {
 
 /// Function and gradient of n variables, called with or without the user's argument.
-template <typename T>
+template <qxReal T>
 class Objective {
  public:
   using Vector = CQXVectorN<T>;

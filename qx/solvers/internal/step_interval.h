@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 namespace qxSolvers {
 
 /// A step along a line with the value and the slope of the function there.
-template <typename T>
+template <qxReal T>
 struct StepPoint {
   T step;
   T value;
@@ -22,7 +23,7 @@ struct StepPoint {
 /// guaranteed sufficient decrease, ACM Trans. Math. Softw. 20 (1994), section 4.
 ///
 /// One end is the best step so far; once the minimum is bracketed, it lies between the two ends.
-template <typename T>
+template <qxReal T>
 struct StepInterval {
   StepPoint<T> best;
   StepPoint<T> other;
@@ -45,7 +46,7 @@ struct StepInterval {
 };
 
 /// Theta and gamma of the cubic with the values and slopes of two points, from which its minimiser is formed.
-template <typename T>
+template <qxReal T>
 class CubicStep {
  public:
   CubicStep(const StepPoint<T>& a, const StepPoint<T>& b)
@@ -66,7 +67,7 @@ class CubicStep {
   T m_gamma;
 };
 
-template <typename T>
+template <qxReal T>
 T StepInterval<T>::TakeTrial(const StepPoint<T>& trial, T low, T high, bool limitsAllBrackets) {
   const auto isNearer = [&](T a, T b) { return std::abs(a - trial.step) < std::abs(b - trial.step); };
   const bool isHigher = trial.value > best.value;

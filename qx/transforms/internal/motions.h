@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
@@ -10,7 +11,7 @@
 namespace qxMotions {
 
 /// Rotation by an angle in degrees about an axis.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] CQXMatrix3<T> AxisRotation(T angleInDegrees, const CQXVector3<T>& axis) noexcept {
   CQXMatrix3<T> r;
   r.SetRotationByAngleAxis(angleInDegrees, axis);
@@ -18,7 +19,7 @@ template <typename T>
 }
 
 /// Rotation by three angles in degrees; the unit matrix for an order outside the enumeration.
-template <typename T>
+template <qxReal T>
 [[nodiscard]] CQXMatrix3<T> EulerRotation(T axInDegrees, T ayInDegrees, T azInDegrees,
                                           qxRotationsOrder order) noexcept {
   CQXMatrix3<T> r;

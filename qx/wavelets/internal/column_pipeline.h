@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/wavelets/internal/lifting_schedule.h>
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace qxInternal {
 ///
 /// Every step follows the one before it at a distance of a few rows, so that a row is read and written while it is
 /// still in cache: one pass over memory for all steps. The numbers are those of one step after the other.
-template <typename T>
+template <qxReal T>
 class ColumnPipeline {
  public:
   ColumnPipeline(const LiftingSchedule<T>& schedule, std::int32_t evenRows, std::int32_t oddRows, bool inverse)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/kernels/wavelet_kernels.h>
 #include <qx/wavelets/internal/band_geometry.h>
 #include <qx/wavelets/internal/column_pipeline.h>
@@ -16,7 +17,7 @@ namespace qxInternal {
 ///
 /// The bands are blocks of the sizes that BandRect() gives. Without a filter the samples are moved and nothing is
 /// lifted.
-template <typename T>
+template <qxReal T>
 class LevelTransform {
  public:
   LevelTransform(const Rect& extent, qxChannelType type, const CQXWaveletFilter<T>* filter, T* const* bands)
@@ -124,7 +125,7 @@ class LevelTransform {
 };
 
 /// The factors of the bands of one level, and how they go on from level to level.
-template <typename T>
+template <qxReal T>
 class BandFactors {
  public:
   BandFactors(qxChannelType type, T low, T high)

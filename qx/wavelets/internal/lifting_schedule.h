@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/wavelets/internal/lifting_step.h>
 #include <qx/wavelets/wavelet_filter.h>
 
@@ -8,7 +9,7 @@
 namespace qxInternal {
 
 /// The lifting steps of a wavelet along one direction, in forward order.
-template <typename T>
+template <qxReal T>
 class LiftingSchedule {
  public:
   /// No steps.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/scalar.h>
 #include <qx/kernels/wavelet_kernels.h>
 #include <qx/wavelets/lifting.h>
 
@@ -18,7 +19,7 @@ namespace qxInternal {
 /// One lifting step along one direction, apart from the samples: which source positions make the sum of a destination
 /// position. The even band is one of the two, the odd band the other; even and odd sizes are equal or even has one
 /// more.
-template <typename T>
+template <qxReal T>
 class LiftingStep {
  public:
   static constexpr std::int32_t maximumTaps = 6;
