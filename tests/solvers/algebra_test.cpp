@@ -254,18 +254,18 @@ TYPED_TEST(Algebra, CallablesAreEvaluatedAsPlainFunctionsAre) {
   int values = 0, slopes = 0;
   const auto f = [&](T x) { return ++values, Counted<T, 1>(x); };
   auto df = [&](T x) { return ++slopes, CountedSlope<T, 1>(x); };
-  const T lo = -1, hi = 3, tol = T(1e-4);
+  const T lo = -1, hi = 3, step = T(1e-4);
   T root = 0, plainRoot = 0, ends[2][9], plainEnds[2][9];
   std::int32_t found = 0, plainFound = 0;
   calls = slopeCalls = 0;
-  EXPECT_EQ(CQXAlgebra::Newton(lo, hi, tol, root, f, df),
-            CQXAlgebra::Newton(lo, hi, tol, plainRoot, Counted<T, 1>, CountedSlope<T, 1>));
+  EXPECT_EQ(CQXAlgebra::Newton(lo, hi, step, root, f, df),
+            CQXAlgebra::Newton(lo, hi, step, plainRoot, Counted<T, 1>, CountedSlope<T, 1>));
   EXPECT_EQ(root, plainRoot);
-  EXPECT_EQ(CQXAlgebra::SafeNewton(lo, hi, tol, f, df),
-            CQXAlgebra::SafeNewton(lo, hi, tol, Counted<T, 1>, CountedSlope<T, 1>));
-  EXPECT_EQ(CQXAlgebra::Brent(lo, hi, tol, f), CQXAlgebra::Brent(lo, hi, tol, Counted<T, 1>));
-  EXPECT_EQ(CQXAlgebra::Secant(lo, hi, tol, f), CQXAlgebra::Secant(lo, hi, tol, Counted<T, 1>));
-  EXPECT_EQ(CQXAlgebra::Bisection(lo, hi, tol, f), CQXAlgebra::Bisection(lo, hi, tol, Counted<T, 1>));
+  EXPECT_EQ(CQXAlgebra::SafeNewton(lo, hi, step, f, df),
+            CQXAlgebra::SafeNewton(lo, hi, step, Counted<T, 1>, CountedSlope<T, 1>));
+  EXPECT_EQ(CQXAlgebra::Brent(lo, hi, step, f), CQXAlgebra::Brent(lo, hi, step, Counted<T, 1>));
+  EXPECT_EQ(CQXAlgebra::Secant(lo, hi, step, f), CQXAlgebra::Secant(lo, hi, step, Counted<T, 1>));
+  EXPECT_EQ(CQXAlgebra::Bisection(lo, hi, step, f), CQXAlgebra::Bisection(lo, hi, step, Counted<T, 1>));
   CQXAlgebra::NarrowRootBrackets(lo, hi, 9, found, ends[0], ends[1], f);
   CQXAlgebra::NarrowRootBrackets(lo, hi, 9, plainFound, plainEnds[0], plainEnds[1], Counted<T, 1>);
   ASSERT_EQ(found, 1);
