@@ -172,6 +172,33 @@ TYPED_TEST(Affine3D, CompositesActInTheOrderOfTheirLetters) {
   }
 }
 
+TYPED_TEST(Affine3D, TheKindIsVirtualAndAssignmentThroughTheBaseCopiesTheMatrix) {
+  using T = TypeParam;
+  const CQXAffine3DTransform<T> affine(this->RandomMatrix());
+  const CQXBase3DTransform<T> general(this->RandomMatrix());
+  const CQXBase3DTransform<T>& affineAsBase = affine;
+  EXPECT_EQ(affineAsBase.GetTypeOfTransform(), QX_TRANSFORM_AFFINE);
+  EXPECT_EQ(general.GetTypeOfTransform(), QX_TRANSFORM_GENERAL);
+  CQXAffine3DTransform<T> target;
+  CQXBase3DTransform<T>& targetAsBase = target;
+  for (const CQXBase3DTransform<T>* source : {&general, &affineAsBase}) {
+    targetAsBase = *source;
+    EXPECT_TRUE(qxAreAlmostEqual(target.GetMatrix(), source->GetMatrix(), T(0)));
+    EXPECT_EQ(targetAsBase.GetTypeOfTransform(), QX_TRANSFORM_AFFINE);
+  }
+}
+
+TYPED_TEST(Affine3D, InvertComparesTheDeterminantWithItsTolerance) {
+  using T = TypeParam;
+  CQXMatrix4<T> inverse;
+  inverse.SetConstant(7);
+  this->transform.SetSRT({1, 2, 3}, 10, 20, 30, QX_ROTATIONS_XYZ, {}, {T(0.5), T(0.5), T(0.5)}, {});  // determinant 1/8
+  EXPECT_EQ(this->transform.Invert(inverse, T(0.126)), 0);
+  EXPECT_EQ(inverse(3, 3), 7);
+  EXPECT_EQ(this->transform.Invert(inverse, T(0.124)), 1);
+  EXPECT_EQ((this->transform.GetMatrix() * inverse).IsUnit(32 * this->eps), 1);
+}
+
 TYPED_TEST(Affine3D, MatricesCombineInEitherOrderAndWithThemselves) {
   using T = TypeParam;
   const CQXMatrix4<T> m = this->RandomMatrix(), e = this->RandomMatrix();
