@@ -37,8 +37,8 @@ class Affine3D : public ::testing::Test {
     }
     return result;
   }
-  /// The polar form goes through the square of the matrix, which loses some digits; the axes of a stretch are found to
-  /// the fixed tolerance 1e-6.
+  /// Newton's iteration for the polar form ends one step after it is orthogonal within 1e-6, which leaves up to the
+  /// square of that; the axes of a stretch are found to the tolerance itself.
   static constexpr T polarBound = 8192 * eps;
   static double RebuildBound(const CQXMatrix3<T>& u) { return double(polarBound) + (u.IsUnit(0) != 0 ? 0 : 8e-6); }
 
