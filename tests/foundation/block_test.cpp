@@ -1,11 +1,11 @@
 #include <qx/foundation/block.h>
 #include <qx/foundation/complex.h>
 
-#include <gtest/gtest.h>
-
 #include <limits>
 #include <new>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 namespace {
 
