@@ -1,12 +1,12 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
 #include <qx/transforms/base_3d_transform.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/matrices/matrix3.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
 
 #include <cmath>

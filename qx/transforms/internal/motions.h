@@ -1,8 +1,8 @@
 #pragma once
 
+#include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/matrices/matrix3.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
 
 /// @file
