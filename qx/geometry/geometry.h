@@ -68,9 +68,9 @@ class QX_API CQXGeometry {
 
   /// Tells whether a point is inside a convex polygon, open or closed by a copy of its first vertex.
   ///
-  /// Vertices that rounding has moved off their edge do no harm: near the border, and where vertices lie so closely that
-  /// rounding turns their edges, the point is counted by all edges. O(log n) for n vertices, O(n) there and for polygons
-  /// that are hardly thicker than the rounding of their coordinates.
+  /// Vertices that rounding has moved off their edge do no harm: near the border, and where vertices lie so closely
+  /// that rounding turns their edges, the point is counted by all edges. O(log n) for n vertices, O(n) there and for
+  /// polygons that are hardly thicker than the rounding of their coordinates.
   /// @param tolerance a point outside at most this far from an edge counts as inside
   /// @return QX_LOCATION_INSIDE or QX_LOCATION_OUTSIDE; outside for no vertices and for a point that is not a number.
   template <qxReal T>
