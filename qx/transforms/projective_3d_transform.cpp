@@ -92,6 +92,24 @@ void CQXProjective3DTransform<T>::SetViewUpVector(const CQXVector3<T>& up) noexc
   m_isReady = 0;
 }
 
+template <qxReal T>
+void CQXProjective3DTransform<T>::SetPRP(const CQXVector3<T>& prp) noexcept {
+  m_prp = prp;
+  m_isReady = 0;
+}
+
+template <qxReal T>
+void CQXProjective3DTransform<T>::SetProjectionDirection(const CQXVector3<T>& direction) noexcept {
+  m_projectionDirection = direction;
+  m_isReady = 0;
+}
+
+template <qxReal T>
+void CQXProjective3DTransform<T>::SetDistanceToPlane(T distance) noexcept {
+  m_distanceToPlane = distance;
+  m_isReady = 0;
+}
+
 // ---- The view frame
 
 template <qxReal T>
