@@ -33,6 +33,7 @@
 #include <qx/solvers/algebra.h>
 #include <qx/solvers/optimization.h>
 #include <qx/transforms/affine_3d_transform.h>
+#include <qx/transforms/back_front_location.h>
 #include <qx/transforms/base_3d_transform.h>
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/transforms/quaternion.h>

@@ -5,27 +5,34 @@
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
 #include <qx/matrices/matrix4.h>
+#include <qx/transforms/back_front_location.h>
 #include <qx/transforms/base_3d_transform.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 
 #include <cstdint>
 
-/// Where a point lies relative to the two planes of the view volume.
-enum qxBackFrontLocation : std::int32_t {
-  QX_BETWEEN_PLANES = 0,      ///< between the planes or on one of them
-  QX_BEFORE_FRONT_PLANE = 1,  ///< before the front plane
-  QX_BEHIND_BACK_PLANE = 2    ///< behind the back plane
-};
-
 /// A camera in world space: a view plane with a rectangular window on it, and on demand a front and a back plane. It
 /// projects points into window coordinates and clips segments and triangles, first by the two planes in space, then by
-/// the window. Base of the perspective and the parallel projection, whose Initialize() forms the matrix.
+/// the window. Base of CQXPerspective3DTransform and CQXParallel3DTransform, whose Initialize() forms the matrix.
 ///
-/// Window coordinates run from 0 to the width W and from 0 to the height H; (0, 0) is the corner at the local origin,
-/// and the window is the closed rectangle. Every setter makes the object not ready, and nothing is projected until
-/// Initialize() has succeeded again: nothing is recomputed by itself. SetTransform(), AddTransform() and assignment
-/// from the base class change the matrix alone and keep the ready flag.
+///     (0, 0) --- axis 1 ---> (W, 0)     eye      front      view       back
+///       |          top         |       (PRP)     plane     plane      plane
+///     axis 2      window       |         o---------|---------|----------|----> axis 3, the normal of the view plane
+///       v         bottom       |         0       d + f       d        d + b    depth: distance from the eye along it
+///     (0, H) -------------- (W, H)
+///
+/// The normal points away from the viewer into the scene. Window coordinates run from 0 to the width W along axis 1 and
+/// from 0 to the height H along axis 2; (0, 0) is the corner at the local origin and lies at the top left, as the names
+/// of the edges say (qxRectangleBorder), and the window is the closed rectangle. The frame is right-handed, axis 1 x
+/// axis 2 = axis 3: with the normal into the picture and x to the right, y runs down, so the perspective and the
+/// parallel view lay axis 2 against the view-up vector and pictures are not mirrored. The front and the back distance
+/// are measured from the view plane along the normal, and a point is before the front plane when its distance is
+/// smaller than the front one.
+///
+/// Every setter makes the object not ready, and nothing is projected until Initialize() has succeeded again: nothing is
+/// recomputed by itself. SetTransform(), AddTransform() and assignment from the base class change the matrix alone and
+/// keep the ready flag.
 ///
 /// A point whose homogeneous coordinate has an absolute value below 1e-6 has no projection.
 ///
@@ -75,10 +82,14 @@ class QX_API CQXProjective3DTransform : public CQXBase3DTransform<T> {
   void UseBackFrontPlanes(std::int32_t flag) noexcept;
   void SetProjectionNormal(const CQXVector3<T>& normal) noexcept;
   void SetViewUpVector(const CQXVector3<T>& up) noexcept;
+  void SetPRP(const CQXVector3<T>& prp) noexcept;
+  void SetProjectionDirection(const CQXVector3<T>& direction) noexcept;
+  void SetDistanceToPlane(T distance) noexcept;
 
   [[nodiscard]] const CQXVector3<T>& GetPRP() const noexcept { return m_prp; }
   [[nodiscard]] const CQXVector3<T>& GetProjectionDirection() const noexcept { return m_projectionDirection; }
   [[nodiscard]] const CQXVector3<T>& GetProjectionNormal() const noexcept { return m_projectionNormal; }
+  [[nodiscard]] const CQXVector3<T>& GetViewUpVector() const noexcept { return m_viewUp; }
   [[nodiscard]] T GetDistanceToPlane() const noexcept { return m_distanceToPlane; }
   void GetViewWindowSizes(T& width, T& height) const noexcept {
     width = m_windowWidth;
@@ -243,9 +254,6 @@ class QX_API CQXProjective3DTransform : public CQXBase3DTransform<T> {
  private:
   [[nodiscard]] bool Project(const CQXVector3<T>& p, CQXVector2<T>& q) const noexcept;
   [[nodiscard]] CQXVector2<T> WindowCorner() const noexcept { return {m_windowWidth, m_windowHeight}; }
-  /// Moves the end @p outside of a segment to the plane of the view volume that it is beyond.
-  [[nodiscard]] CQXVector3<T> CutByPlane(const CQXVector3<T>& p, const CQXVector3<T>& direction,
-                                         const CQXVector3<T>& outside, qxBackFrontLocation location) const noexcept;
 };
 
 extern template class QX_API CQXProjective3DTransform<float>;
