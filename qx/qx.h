@@ -35,6 +35,9 @@
 #include <qx/transforms/affine_3d_transform.h>
 #include <qx/transforms/back_front_location.h>
 #include <qx/transforms/base_3d_transform.h>
+#include <qx/transforms/clip_space.h>
+#include <qx/transforms/parallel_3d_transform.h>
+#include <qx/transforms/perspective_3d_transform.h>
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/transforms/quaternion.h>
 #include <qx/transforms/transform_type.h>
