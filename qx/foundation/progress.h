@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <type_traits>
 
-/// Reports from a long operation: how many steps are done and how many there are in all; the one who listens may cancel.
+/// Reports from a long operation: how many steps are done and how many there are in all; the one who listens may
+/// cancel.
 ///
 /// It is a function pointer and a user pointer; the constructor from a callable sets both. Nothing is owned: a callable
 /// is borrowed and must live as long as the call that it is handed to.
@@ -19,9 +20,8 @@ class qxProgress {
 
   /// Any callable that takes (done, total). What it returns counts as bool; one that returns nothing never cancels.
   template <typename Callable>
-    requires std::invocable<Callable&, std::int32_t, std::int32_t> &&
-             (!std::same_as<std::remove_cvref_t<Callable>, qxProgress>)
-  qxProgress(Callable&& callable) noexcept
+  requires std::invocable<Callable&, std::int32_t, std::int32_t> &&
+      (!std::same_as<std::remove_cvref_t<Callable>, qxProgress>)qxProgress(Callable&& callable) noexcept
       : m_function(&Call<std::remove_reference_t<Callable>>), m_user(reinterpret_cast<void*>(AddressOf(callable))) {}
 
   /// Reports. @return false when the operation is to be cancelled
