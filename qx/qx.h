@@ -7,6 +7,7 @@
 #include <qx/arrays/sorting.h>
 #include <qx/arrays/statistics.h>
 #include <qx/differential/slde2.h>
+#include <qx/differential/slde3.h>
 #include <qx/foundation/angle.h>
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
@@ -21,6 +22,8 @@
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
 #include <qx/geometry/segments_intersection.h>
+#include <qx/grids/derivative.h>
+#include <qx/grids/grid.h>
 #include <qx/interpolation/interpolation.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/fixed_matrix.h>
