@@ -11,12 +11,15 @@
 #include <qx/foundation/angle.h>
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/callable.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
 #include <qx/foundation/polynomial.h>
 #include <qx/foundation/rotations_order.h>
+#include <qx/foundation/scalar.h>
 #include <qx/foundation/status.h>
 #include <qx/foundation/tolerance.h>
+#include <qx/foundation/version.h>
 #include <qx/geometry/fill_rule.h>
 #include <qx/geometry/geometry.h>
 #include <qx/geometry/rectangle_border.h>
