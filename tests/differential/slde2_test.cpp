@@ -2,27 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <new>
 #include <random>
 
 #include "tests/differential/reference.h"
+#include "tests/refusable_memory.h"
 #include "tests/typed_test.h"
-
-namespace {
-
-bool isMemoryRefused = false;
-
-}  // namespace
-
-// Not inlined: the compiler would take malloc and free apart from new and delete and warn of a mismatch.
-[[gnu::noinline]] void* operator new[](std::size_t bytes) {
-  void* const block = isMemoryRefused ? nullptr : std::malloc(bytes);
-  return block != nullptr ? block : throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete[](void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
 namespace {
 
@@ -146,9 +132,9 @@ TYPED_TEST(SLDE2, ARefusedBlockLeavesNoSolution) {
   system.SetTransformation(CQXMatrix2<T>(0, 1, -1, 0), CQXVector2<T>(1, 1));
   this->Solve(system, 2, 3, 0);
   this->ExpectNear(system.GetSolutionAtTime(0), {2, 3}, 16 * double(this->eps));
-  isMemoryRefused = true;
+  memory = Memory::RefusedByException;
   EXPECT_THROW(system.CalculateGeneralSolution(), std::bad_alloc);
-  isMemoryRefused = false;
+  memory = Memory::Granted;
   EXPECT_EQ(system.GetGeneralType(), QX_SLDE2_GENERAL_NONE);
   for (const T t : {T(0), T(1)}) EXPECT_EQ(system.GetSolutionAtTime(t).NormInf(), 0);
   system.CalculateParticularSolution();

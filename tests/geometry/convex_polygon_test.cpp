@@ -353,10 +353,11 @@ TYPED_TEST(ConvexPolygon, RoundedRingsAgreeWithBruteForce) {
     std::int32_t k = 0;
     CQXGeometry::IntersectConvexPolygons(n, ring.data(), n, moved.data(), k, common.data());
     common.resize(static_cast<std::size_t>(k));
+    const Points<T> movedHull = Hull(moved), commonHull = Hull(common);
     for (const auto& v : ring) {
       const auto p = v + (centre - v) * T(0.25);
-      if (std::min(Depth(hull, p), Depth(Hull(moved), p)) < noise) continue;
-      ASSERT_GE(Depth(Hull(common), p), -noise) << round;
+      if (std::min(Depth(hull, p), Depth(movedHull, p)) < noise) continue;
+      ASSERT_GE(Depth(commonHull, p), -noise) << round;
     }
   }
   const Points<T> run = {{0, 2}, {3, 2}, {4, 2}, {9, 2}};

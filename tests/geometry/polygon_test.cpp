@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "tests/refusable_memory.h"
 #include "tests/typed_test.h"
 
 namespace {
@@ -158,6 +159,34 @@ TYPED_TEST(GeneralPolygon, SimpleBordersNeitherTouchNorCross) {
     }
   }
   EXPECT_EQ(CQXGeometry::IsPolygonSimple<T>(-1, nullptr), 0);
+}
+
+TYPED_TEST(GeneralPolygon, WithoutMemoryAnswersAreRightOrNone) {
+  using T = TypeParam;
+  const Points<T> square = {{0, 0}, {3, 0}, {3, 4}, {0, 4}}, crossed = {{0, 0}, {4, 4}, {4, 0}, {0, 4}};
+  for (int granted = 0; granted < 3; ++granted) {
+    Points<T> target(9, CQXVector2<T>(77, 77));
+    std::int32_t m = 7, n = 3;
+    grantsNb = granted;
+    memory = Memory::RefusedByNull;
+    EXPECT_EQ(CQXGeometry::CalculatePolygonDiameter(4, square.data()), 5);
+    grantsNb = 0;
+    EXPECT_EQ(CQXGeometry::IsPolygonSimple(4, square.data()), 1);
+    EXPECT_EQ(CQXGeometry::IsPolygonSimple(4, crossed.data()), 0);
+    CQXGeometry::SimplifyPolyline(4, square.data(), T(1), m, target.data());
+    EXPECT_EQ(m, 0);
+    grantsNb = granted;
+    CQXGeometry::BuildConvexHull(4, square.data(), m, target.data());
+    EXPECT_EQ(m, 0);
+    EXPECT_EQ(target[0].X(), 77);
+    grantsNb = granted;
+    std::copy_n(square.begin(), 3, target.begin());
+    EXPECT_EQ(CQXGeometry::AddPointToConvexHall<T>({0, 4}, n, target.data()), 0);
+    grantsNb = granted < 2 ? granted : 0;
+    EXPECT_EQ(CQXGeometry::IntersectConvexPolygons(4, square.data(), 4, square.data(), m, target.data()), 0);
+    memory = Memory::Granted;
+    EXPECT_EQ(n * 10 + m, 30);
+  }
 }
 
 }  // namespace

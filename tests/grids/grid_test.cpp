@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/refusable_memory.h"
 #include "tests/typed_test.h"
 
 namespace {
@@ -179,6 +180,26 @@ TYPED_TEST(Grid, CopiesOwnTheirPixelsAndMovesHandThemOver) {
   EXPECT_EQ(a(2, 1), 8);
   a = none;
   EXPECT_EQ(a.Data(), nullptr);
+}
+
+TYPED_TEST(Grid, ARefusedBlockChangesNothing) {
+  using T = TypeParam;
+  const Points<T> polygon = this->Rectangle(0, 0, 2, 2);
+  for (int granted = 0; granted < 4; ++granted) {
+    CQXGrid<T> grid(3, 2), source(4, 4);
+    grid(1, 1) = 7;
+    grantsNb = granted;
+    memory = Memory::RefusedByNull;
+    EXPECT_EQ(grid.SetSignedDistance(source), 0);
+    grantsNb = 0;
+    EXPECT_EQ(grid.RasterizePolygon(4, polygon.data()), 0);
+    EXPECT_EQ(grid.SetSize(5, 5), 0);
+    const CQXGrid<T> copy(source);
+    memory = Memory::Granted;
+    EXPECT_EQ(copy.Width() + copy.Height(), 0);
+    EXPECT_EQ(grid.Width() * 10 + grid.Height(), 32);
+    EXPECT_EQ(grid(1, 1), 7);
+  }
 }
 
 }  // namespace
