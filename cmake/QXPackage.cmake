@@ -20,7 +20,8 @@ set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(minor ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libqx${minor})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION}
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION} (shared library)
  Vectors, matrices and their decompositions, quaternions and transforms,
  interpolation, solvers, statistics, convex polygons and wavelets. This
  package holds the shared library.")
