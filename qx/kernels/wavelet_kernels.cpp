@@ -1,3 +1,4 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/kernels/wavelet_kernels.h>
 
 #include <cmath>
@@ -102,6 +103,28 @@ void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t 
 }
 
 template <typename T>
+void RotateColours(T* first, T* second, T* third, std::size_t stride, std::size_t count, bool forward) noexcept {
+  constexpr T light = static_cast<T>(0.57735026918962576);    // 1 / sqrt 3
+  constexpr T redBlue = static_cast<T>(0.70710678118654752);  // 1 / sqrt 2
+  constexpr T green = static_cast<T>(0.40824829046386302);    // 1 / sqrt 6
+  for (std::size_t i = 0; i < count * stride; i += stride) {
+    const T a = first[i];
+    const T b = second[i];
+    const T c = third[i];
+    if (forward) {
+      first[i] = (a + b + c) * light;
+      second[i] = (a - c) * redBlue;
+      third[i] = (a - 2 * b + c) * green;
+    } else {
+      const T grey = a * light + c * green;
+      first[i] = grey + b * redBlue;
+      second[i] = a * light - 2 * (c * green);
+      third[i] = grey - b * redBlue;
+    }
+  }
+}
+
+template <typename T>
 T LargestMagnitude(const T* data, std::size_t count) noexcept {
   T largest = 0;
   for (std::size_t i = 0; i < count; ++i) {
@@ -127,16 +150,17 @@ void Threshold(T* data, std::size_t count, T threshold, bool clearsAtThreshold, 
   }
 }
 
-#define QX_INSTANTIATE_WAVELET_KERNELS(T)                                                      \
+#define QX_INSTANTIATE(T)                                                                      \
   template void Deinterleave(const T*, T*, T*, std::size_t) noexcept;                          \
   template void Interleave(const T*, const T*, T*, std::size_t) noexcept;                      \
   template void Lift(T*, const T* const*, const T*, std::int32_t, bool, std::size_t) noexcept; \
   template void Blend(T*, const T*, const T*, T, T, std::size_t) noexcept;                     \
+  template void RotateColours(T*, T*, T*, std::size_t, std::size_t, bool) noexcept;            \
   template T LargestMagnitude(const T*, std::size_t) noexcept;                                 \
   template void Magnitudes(const T*, T*, std::size_t) noexcept;                                \
   template void Threshold(T*, std::size_t, T, bool, bool) noexcept;
 
-QX_INSTANTIATE_WAVELET_KERNELS(float)
-QX_INSTANTIATE_WAVELET_KERNELS(double)
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE
 
 }  // namespace qxKernels

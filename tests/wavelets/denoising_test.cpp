@@ -30,7 +30,7 @@ class Denoising : public ::testing::Test {
     return picture;
   }
 
-  std::unique_ptr<CQXChannel<T>> MakeTree(std::int32_t depth = 3) const {
+  qxOwner<CQXChannel<T>> MakeTree(std::int32_t depth = 3) const {
     return MakePicture(10).FWT(&m_filter, QX_CHANNEL_2D, depth);
   }
 

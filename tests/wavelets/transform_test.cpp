@@ -97,7 +97,7 @@ TYPED_TEST(Transform, OneLevelIsTheSlowTransformDealtOutByParity) {
       transform.Run(&slow[static_cast<std::size_t>(c)], rows, columns, y0, true);
 
     const bool refused = IsRefused(type, picture);
-    const std::unique_ptr<CQXChannel<TypeParam>> level(picture.FWTStep(&filter, type));
+    const qxOwner<CQXChannel<TypeParam>> level(picture.FWTStep(&filter, type));
     ASSERT_EQ(level == nullptr, refused);
     if (refused) return;
     std::int32_t seen = 0;
@@ -135,7 +135,7 @@ TYPED_TEST(Transform, OnePassOverMemoryGivesTheBitsOfTheSingleSteps) {
       level.LiftDirect(level[0], level[1], type == QX_CHANNEL_ROWS);
     }
     CQXChannel<TypeParam> copy(picture);
-    const std::unique_ptr<CQXChannel<TypeParam>> fused(copy.FWTStep(&filter, type));
+    const qxOwner<CQXChannel<TypeParam>> fused(copy.FWTStep(&filter, type));
     ASSERT_EQ(qxAreChannelsAlmostEqual(level, *fused, 0), 1) << filter.GetWavelet() << " type " << type;
 
     const auto back = fused->IFWTStep();

@@ -72,7 +72,7 @@ TYPED_TEST(WaveletDecomposition, BytesWrapAndAreNeverUndefined) {
 }
 
 TYPED_TEST(WaveletDecomposition, EveryDecompositionHasItsOwnFilter) {
-  std::unique_ptr<CQXWaveletDecomposition<TypeParam>> tree, copy, inverse;
+  qxOwner<CQXWaveletDecomposition<TypeParam>> tree, copy, inverse;
   {
     CQXWaveletDecomposition<TypeParam> image = this->MakeImage();
     tree = image.FWT(2, QX_CHANNEL_2D);
@@ -116,7 +116,7 @@ TYPED_TEST(WaveletDecomposition, ChangesOfFilterTypeAndNormalizationTakeTheImage
   image.SetChannel(plane.FWT(&foreign, QX_CHANNEL_2D, 2), 1);
   EXPECT_EQ(image[1]->RawChannelIsAlmostEqual(before, 50 * std::numeric_limits<TypeParam>::epsilon()), 1);
   EXPECT_EQ(image[1]->GetFilter(), image.GetFilter());
-  image.SetChannel(std::make_unique<CQXChannel<TypeParam>>(), 3);
+  image.SetChannel(qxMakeOwner<CQXChannel<TypeParam>>(), 3);
 }
 
 TYPED_TEST(WaveletDecomposition, ChannelsMayBeChangedFromOutside) {

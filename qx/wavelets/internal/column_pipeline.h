@@ -9,69 +9,82 @@
 
 namespace qxInternal {
 
-/// Lifts along the columns of bands whose rows arrive, or are wanted, one after the other.
+/// The rows of a signal that the steps along its columns still work on: the newest @ref height ones of even and of odd
+/// number. An older row has been handed on before its place is taken.
+template <qxReal T>
+class RowWindow {
+ public:
+  /// No step waits for more than eight rows, ends included.
+  static constexpr std::int32_t height = 16;
+
+  /// Samples of the memory of a window.
+  [[nodiscard]] static std::size_t Size(std::size_t columns) { return 2 * std::size_t{height} * columns; }
+
+  RowWindow(T* memory, std::size_t columns) : m_memory(memory), m_columns(columns) {}
+
+  [[nodiscard]] std::size_t Columns() const { return m_columns; }
+  [[nodiscard]] T* Row(bool odd, std::int32_t row) const {
+    return m_memory + static_cast<std::size_t>((odd ? height : 0) + row % height) * m_columns;
+  }
+
+ private:
+  T* m_memory;
+  std::size_t m_columns;
+};
+
+/// Lifts along the columns of a signal whose rows arrive, or are wanted, one after the other.
 ///
 /// Every step follows the one before it at a distance of a few rows, so that a row is read and written while it is
 /// still in cache: one pass over memory for all steps. The numbers are those of one step after the other.
 template <qxReal T>
 class ColumnPipeline {
  public:
-  ColumnPipeline(const LiftingSchedule<T>& schedule, std::int32_t evenRows, std::int32_t oddRows, bool inverse)
-      : m_schedule(schedule), m_evenRows(evenRows), m_oddRows(oddRows), m_inverse(inverse) {}
+  ColumnPipeline(const LiftingSchedule<T>& schedule, const RowWindow<T>& window, std::int32_t evenRows,
+                 std::int32_t oddRows, bool inverse)
+      : m_schedule(schedule), m_window(window), m_evenRows(evenRows), m_oddRows(oddRows), m_inverse(inverse) {}
 
-  /// Adds a pair of bands; all pairs (two at most) move through the steps together.
-  void AddBands(T* even, T* odd, std::int32_t columns) {
-    m_bands[m_bandsCount++] = {even, odd, columns > 0 ? static_cast<std::size_t>(columns) : 0};
+  /// The number of the next row of a kind to put into the window.
+  [[nodiscard]] std::int32_t Arrived(bool odd) const { return m_arrived[odd]; }
+
+  /// Takes note that this row is in the window and runs every step as far as the rows allow.
+  void Advance(bool odd) {
+    ++m_arrived[odd];
+    for (std::int32_t i = 0; i < m_schedule.Count(); ++i) RunStep(i);
   }
 
-  /// Takes note of the rows that have arrived from the top and runs every step as far as they allow.
-  void Advance(std::int32_t evenArrived, std::int32_t oddArrived) {
-    for (std::int32_t i = 0; i < m_schedule.Count(); ++i) {
-      const LiftingStep<T>& step = m_schedule.Step(i, m_inverse);
-      const bool toOdd = step.DestinationIsOdd();
-      const std::int32_t sourceReady = ReadyFor(i, !toOdd, evenArrived, oddArrived);
-      const std::int32_t destinationReady =
-          std::min(ReadyFor(i, toOdd, evenArrived, oddArrived), i > 0   ? LowestReadAfter(i - 1, toOdd)
-                                                                : toOdd ? m_oddRows
-                                                                        : m_evenRows);
-      for (std::int32_t& row = m_done[i]; row < destinationReady; ++row) {
-        const typename LiftingStep<T>::Sum sum = step.SumAt(row);
-        if (sum.taps > 0 && *std::max_element(sum.index, sum.index + sum.taps) >= sourceReady) break;
-        for (std::int32_t b = 0; b < m_bandsCount; ++b) {
-          const Bands& bands = m_bands[b];
-          step.LiftAcross(sum, row, toOdd ? bands.odd : bands.even, toOdd ? bands.even : bands.odd, bands.columns,
-                          m_inverse);
-        }
-      }
-    }
-  }
-
-  /// Number of rows from the top that no step will change or read any more, given what has arrived.
-  [[nodiscard]] std::int32_t Finished(bool odd, std::int32_t evenArrived, std::int32_t oddArrived) const {
+  /// Number of rows from the top that no step will change or read any more.
+  [[nodiscard]] std::int32_t Finished(bool odd) const {
     const std::int32_t count = m_schedule.Count();
-    std::int32_t finished = ReadyFor(count, odd, evenArrived, oddArrived);
+    std::int32_t finished = ReadyFor(count, odd);
     if (count > 0) finished = std::min(finished, LowestReadAfter(count - 1, odd));
     if (count > 1) finished = std::min(finished, LowestReadAfter(count - 2, odd));
     return finished;
   }
 
  private:
-  struct Bands {
-    T* even;
-    T* odd;
-    std::size_t columns;
-  };
+  void RunStep(std::int32_t i) {
+    const LiftingStep<T>& step = m_schedule.Step(i, m_inverse);
+    const bool toOdd = step.DestinationIsOdd();
+    const std::int32_t sourceReady = ReadyFor(i, !toOdd);
+    const std::int32_t stillRead = i > 0 ? LowestReadAfter(i - 1, toOdd) : toOdd ? m_oddRows : m_evenRows;
+    const std::int32_t destinationReady = std::min(ReadyFor(i, toOdd), stillRead);
+    for (std::int32_t& row = m_done[i]; row < destinationReady; ++row) {
+      const typename LiftingStep<T>::Sum sum = step.SumAt(row);
+      if (sum.taps > 0 && *std::max_element(sum.index, sum.index + sum.taps) >= sourceReady) break;
+      const auto rowOf = [this, toOdd](std::int32_t source) { return m_window.Row(!toOdd, source); };
+      step.LiftAcross(sum, m_window.Row(toOdd, row), rowOf, m_window.Columns(), m_inverse);
+    }
+  }
 
-  /// Rows of a band that the steps before step @p i have left behind them.
-  [[nodiscard]] std::int32_t ReadyFor(std::int32_t i, bool odd, std::int32_t evenArrived,
-                                      std::int32_t oddArrived) const {
+  /// Rows of a kind that the steps before step @p i have left behind them.
+  [[nodiscard]] std::int32_t ReadyFor(std::int32_t i, bool odd) const {
     while (--i >= 0) {
       if (m_schedule.Step(i, m_inverse).DestinationIsOdd() == odd) return m_done[i];
     }
-    return odd ? oddArrived : evenArrived;
+    return m_arrived[odd];
   }
 
-  /// Rows of a band below the result are read no more by step @p i.
+  /// Rows of a kind below the result are read no more by step @p i.
   [[nodiscard]] std::int32_t LowestReadAfter(std::int32_t i, bool odd) const {
     const LiftingStep<T>& step = m_schedule.Step(i, m_inverse);
     if (step.DestinationIsOdd() == odd) return odd ? m_oddRows : m_evenRows;
@@ -79,12 +92,12 @@ class ColumnPipeline {
   }
 
   const LiftingSchedule<T>& m_schedule;
+  RowWindow<T> m_window;
   std::int32_t m_evenRows;
   std::int32_t m_oddRows;
   bool m_inverse;
+  std::int32_t m_arrived[2] = {};
   std::int32_t m_done[3] = {};
-  std::int32_t m_bandsCount = 0;
-  Bands m_bands[2];
 };
 
 }  // namespace qxInternal
