@@ -6,7 +6,6 @@
 #include <concepts>
 #include <cstddef>
 #include <functional>
-#include <memory>
 #include <utility>
 
 namespace {

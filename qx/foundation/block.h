@@ -5,26 +5,63 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <memory>
 #include <new>
 #include <type_traits>
 
 /// Obtains a block of memory from the global `operator new[]`; every block of the library comes from here.
 ///
-/// It is compiled on its own and never inlined, so that the callers' tests for null survive: an `operator new[]` that
-/// returns null instead of throwing must not crash the library. An exception of `operator new[]` passes through.
+/// The call is hidden from the optimiser, at link time too, so that the callers' tests for null survive: an
+/// `operator new[]` that returns null instead of throwing must not crash the library. An exception of `operator new[]`
+/// passes through.
 [[nodiscard]] QX_API void* qxObtainBlock(std::size_t bytes);
 
 /// Gives back a block of qxObtainBlock(); null is ignored.
 QX_API void qxReleaseBlock(void* block) noexcept;
 
-struct qxBlockReleaser {
-  void operator()(void* block) const noexcept { qxReleaseBlock(block); }
-};
-
-/// Owner of one block of elements.
+/// Owner of one block of elements that need no destruction; it can be moved, not copied. As with a pointer, a constant
+/// owner gives access to elements that can be changed.
 template <typename T>
-using qxBlock = std::unique_ptr<T[], qxBlockReleaser>;
+class qxBlock {
+ public:
+  constexpr qxBlock() noexcept = default;
+  /// No block.
+  constexpr qxBlock(std::nullptr_t) noexcept {}
+  /// Takes over a block of qxObtainBlock(), or null.
+  explicit constexpr qxBlock(T* block) noexcept : m_block(block) {}
+  /// Takes the block over and leaves @p other without one.
+  constexpr qxBlock(qxBlock&& other) noexcept : m_block(other.release()) {}
+  /// Gives back the own block, takes over that of @p other and leaves @p other without one.
+  qxBlock& operator=(qxBlock&& other) noexcept {
+    reset(other.release());
+    return *this;
+  }
+  ~qxBlock() { qxReleaseBlock(m_block); }
+
+  [[nodiscard]] constexpr T* get() const noexcept { return m_block; }
+  [[nodiscard]] constexpr T& operator[](std::size_t i) const noexcept { return m_block[i]; }
+  [[nodiscard]] constexpr bool operator==(std::nullptr_t) const noexcept { return m_block == nullptr; }
+  [[nodiscard]] explicit constexpr operator bool() const noexcept { return m_block != nullptr; }
+
+  /// Hands the block over to the caller, who gives it back by qxReleaseBlock().
+  [[nodiscard]] constexpr T* release() noexcept {
+    T* const block = m_block;
+    m_block = nullptr;
+    return block;
+  }
+  /// Gives back the block and takes over another one, or none.
+  void reset(T* block = nullptr) noexcept {
+    qxReleaseBlock(m_block);
+    m_block = block;
+  }
+  void swap(qxBlock& other) noexcept {
+    T* const block = m_block;
+    m_block = other.m_block;
+    other.m_block = block;
+  }
+
+ private:
+  T* m_block = nullptr;
+};
 
 /// Obtains a block of @p count elements.
 ///
@@ -37,7 +74,7 @@ template <typename T>
   constexpr std::size_t largest = std::numeric_limits<std::size_t>::max();
   T* block = static_cast<T*>(qxObtainBlock(count > largest / sizeof(T) ? largest : count * sizeof(T)));
   if constexpr (!std::is_trivially_default_constructible_v<T>) {
-    if (block != nullptr) std::uninitialized_default_construct_n(block, count);
+    for (std::size_t i = 0; block != nullptr && i < count; ++i) ::new (static_cast<void*>(block + i)) T;
   }
   return qxBlock<T>(block);
 }
