@@ -12,7 +12,9 @@
 #include <qx/foundation/block.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
+#include <qx/foundation/owner.h>
 #include <qx/foundation/polynomial.h>
+#include <qx/foundation/progress.h>
 #include <qx/foundation/rotations_order.h>
 #include <qx/foundation/status.h>
 #include <qx/foundation/tolerance.h>
