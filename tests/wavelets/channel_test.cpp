@@ -15,7 +15,7 @@ class Channel : public ::testing::Test {
   const CQXWaveletFilter<T> m_filter{QX_WAVELET_2_4};
 
   qxOwner<CQXChannel<T>> MakeTree(qxChannelType type, std::int32_t depth, std::int32_t columns = 21,
-                                          std::int32_t rows = 17, std::int32_t offset = 0) const {
+                                  std::int32_t rows = 17, std::int32_t offset = 0) const {
     CQXChannel<T> picture = MakeNoisyChannel<T>(columns, rows, offset, -offset);
     picture.SetTypeOfNormalization(QX_NORMALIZATION_1);
     return picture.FWT(&m_filter, type, depth);
