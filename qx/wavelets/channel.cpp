@@ -627,12 +627,6 @@ qxOwner<CQXChannel<T>> CQXChannel<T>::CleanBelowThreshold(T& threshold, T& ratio
 }
 
 template <qxReal T>
-qxOwner<CQXChannel<T>> CQXChannel<T>::ShrinkBivariate(T noise) const {
-  qxOwner<CQXChannel> clean = CloneDecomposedChannel();
-  return clean != nullptr && qxInternal::BivariateCleaning<T>{noise}.Clean(*clean) ? std::move(clean) : nullptr;
-}
-
-template <qxReal T>
 qxOwner<CQXChannel<T>> CQXChannel<T>::CleanDirectly(T threshold, T ratio, std::int32_t soft) const {
   qxOwner<CQXChannel> clean = CloneDecomposedChannel();
   if (clean != nullptr) qxInternal::CleanDirectly(*clean, threshold, ratio, soft != 0);
@@ -655,14 +649,6 @@ qxOwner<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& threshold, T& r
                                                               const qxProgress& progress) const {
   const qxInternal::ThresholdCleaning<T> cleaning{method, soft != 0, &noise};
   return qxInternal::CleanShifted(*this, shifts, filter, depth, cleaning, threshold, ratio, progress);
-}
-
-template <qxReal T>
-qxOwner<CQXChannel<T>> CQXChannel<T>::ShrinkBivariateWithCircularShifts(T noise, std::int32_t shifts,
-                                                                        const CQXWaveletFilter<T>* filter,
-                                                                        std::int32_t depth,
-                                                                        const qxProgress& progress) const {
-  return qxInternal::CleanShifted(*this, shifts, filter, depth, qxInternal::BivariateCleaning<T>{noise}, progress);
 }
 
 template <qxReal T>
@@ -724,8 +710,7 @@ qxOwner<CQXChannel<T>> CQXChannel<T>::Deliver(qxOwner<CQXChannel> blend, CQXChan
 template <qxReal T>
 T qxDiagonalNoiseGain(const CQXWaveletFilter<T>& filter, qxChannelType type,
                       qxWaveletNormalization normalization) noexcept {
-  const double high = qxInternal::BandNoiseOf(filter, normalization, 1).high;
-  return static_cast<T>(type == QX_CHANNEL_2D ? high * high : high);
+  return static_cast<T>(qxInternal::FinestNoiseGain(filter, type, normalization));
 }
 
 std::int32_t qxCalculateMaximumDepth(std::int32_t size) noexcept {

@@ -321,15 +321,6 @@ class QX_API CQXChannel : public qxBlockAllocated {
   [[nodiscard]] qxOwner<CQXChannel> CleanBelowThreshold(T& threshold, T& ratio, std::int32_t soft,
                                                         qxWaveletDenoising method, T noise) const;
 
-  /// A new channel with the high bands shrunk for white noise of a known deviation in the samples, each coefficient by
-  /// what stands around it and above it.
-  ///
-  /// A coefficient y with parent p, the one at its place a level coarser (0 at the coarsest), becomes
-  /// y max(0, 1 - sqrt(3) n^2 / (s sqrt(y^2 + p^2))): n is the deviation of the noise in its band, known for every
-  /// wavelet and level, and s^2 the mean square of the 7 x 7 coefficients around it less n^2, at least 0 (L. Sendur and
-  /// I. W. Selesnick, IEEE Signal Processing Letters 9, 2002). A noise that is not above 0 changes nothing.
-  [[nodiscard]] qxOwner<CQXChannel> ShrinkBivariate(T noise) const;
-
   /// A new channel with every coefficient of the high bands below the threshold cleared: @p threshold at level 1,
   /// threshold x ratio at every other level, without a further power of the ratio. With @p soft the others shrink.
   /// @return a copy for a raw channel
@@ -353,12 +344,6 @@ class QX_API CQXChannel : public qxBlockAllocated {
                                                             const CQXWaveletFilter<T>* filter, std::int32_t depth,
                                                             std::int32_t soft, qxWaveletDenoising method, T noise,
                                                             const qxProgress& progress = {}) const;
-  /// The mean of ShrinkBivariate() of the picture and of its shifted copies, in the same rounds.
-  [[nodiscard]] qxOwner<CQXChannel> ShrinkBivariateWithCircularShifts(T noise, std::int32_t shifts,
-                                                                      const CQXWaveletFilter<T>* filter,
-                                                                      std::int32_t depth,
-                                                                      const qxProgress& progress = {}) const;
-
   /// Sets all samples of the tree to zero and keeps the tree.
   void Clean() noexcept;
 

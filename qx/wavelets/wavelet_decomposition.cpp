@@ -534,13 +534,6 @@ qxOwner<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNoise(T* t
 }
 
 template <qxReal T>
-qxOwner<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNoiseBivariate(const T* noises) const {
-  return MakeFromChannels(m_normalization, [noises](const CQXChannel<T>& channel, std::size_t i) {
-    return channel.ShrinkBivariate(noises[i]);
-  });
-}
-
-template <qxReal T>
 qxOwner<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNoiseDirectly(const T* thresholds,
                                                                                     const T* ratios,
                                                                                     std::int32_t soft) const {
@@ -578,15 +571,6 @@ qxOwner<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNoiseByCir
     const auto report = OfAllPlanes(progress, i, GetChannelsNb());
     return channel.CleanWithCircularShifts(threshold, ratio, shifts, m_filter.get(), depth, soft, method, noises[i],
                                            report);
-  });
-}
-
-template <qxReal T>
-qxOwner<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNoiseBivariateByCircularShifts(
-    const T* noises, std::int32_t shifts, std::int32_t depth, const qxProgress& progress) const {
-  return MakeFromChannels(m_normalization, [&](const CQXChannel<T>& channel, std::size_t i) {
-    const auto report = OfAllPlanes(progress, i, GetChannelsNb());
-    return channel.ShrinkBivariateWithCircularShifts(noises[i], shifts, m_filter.get(), depth, report);
   });
 }
 

@@ -146,8 +146,6 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// The same for white noise of known deviations in the samples, one a channel.
   [[nodiscard]] qxOwner<CQXWaveletDecomposition> ReduceNoise(T* thresholds, T* ratios, std::int32_t soft,
                                                              qxWaveletDenoising method, const T* noises) const;
-  /// CQXChannel::ShrinkBivariate() of every channel with its noise, as a new decomposition.
-  [[nodiscard]] qxOwner<CQXWaveletDecomposition> ReduceNoiseBivariate(const T* noises) const;
   /// CQXChannel::CleanDirectly() of every channel, as a new decomposition.
   [[nodiscard]] qxOwner<CQXWaveletDecomposition> ReduceNoiseDirectly(const T* thresholds, const T* ratios,
                                                                      std::int32_t soft) const;
@@ -165,10 +163,6 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
                                                                              std::int32_t soft,
                                                                              qxWaveletDenoising method, const T* noises,
                                                                              const qxProgress& progress = {}) const;
-  /// CQXChannel::ShrinkBivariateWithCircularShifts() of every plane of a raw image with its noise.
-  [[nodiscard]] qxOwner<CQXWaveletDecomposition> ReduceNoiseBivariateByCircularShifts(
-      const T* noises, std::int32_t shifts, std::int32_t depth, const qxProgress& progress = {}) const;
-
   /// CQXChannel::Enhance(), EnhanceHRLevel() and EnhanceSubLevel() of every channel.
   void EnhanceSharpFeatures(T factor);
   void EnhanceSharpFeatures(T factor, std::int32_t level);

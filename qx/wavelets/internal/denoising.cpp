@@ -111,8 +111,7 @@ bool FindBandNoise(const CQXChannel<T>& tree, const T* sampleNoise, T& sigma) {
   if (sampleNoise == nullptr) return EstimateBandNoise(tree, sigma);
   sigma = *sampleNoise;
   if (tree.GetFilter() == nullptr) return true;
-  const double high = BandNoiseOf(*tree.GetFilter(), tree.GetTypeOfNormalization(), 1).high;
-  sigma = static_cast<T>(static_cast<double>(sigma) * (tree.GetType() == QX_CHANNEL_2D ? high * high : high));
+  sigma *= qxDiagonalNoiseGain(*tree.GetFilter(), tree.GetType(), tree.GetTypeOfNormalization());
   return true;
 }
 

@@ -6,7 +6,6 @@
 #include <qx/wavelets/internal/noise_level.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -31,44 +30,6 @@ T MedianInPlace(T* begin, std::size_t count) {
   std::nth_element(begin, middle, end);
   return count % 2 == 0 ? T(0.5) * (*middle + *std::min_element(middle + 1, end)) : *middle;
 }
-
-/// The response of the low and the high band at a level to one sample of 1, squared and summed over its places.
-template <qxReal T>
-class ResponseEnergy {
- public:
-  ResponseEnergy(const CQXWaveletFilter<T>& filter, std::int32_t level) : m_schedule(filter, half, half, false, false) {
-    const std::int32_t places = std::int32_t{1} << level;
-    for (std::int32_t place = 0; place < places; ++place) Add(level, size / 2 + place);
-  }
-
-  [[nodiscard]] double Low() const { return m_low; }
-  [[nodiscard]] double High() const { return m_high; }
-
- private:
-  static constexpr std::int32_t size = 1024;
-  static constexpr std::int32_t half = size / 2;
-
-  void Add(std::int32_t level, std::int32_t place) {
-    std::array<T, size> signal{};
-    std::array<T, half> even{}, odd{};
-    signal[static_cast<std::size_t>(place)] = 1;
-    for (std::int32_t i = 0; i < level; ++i) {
-      qxKernels::Deinterleave(signal.data(), even.data(), odd.data(), size);
-      m_schedule.LiftRow(even.data(), odd.data(), false);
-      // The next level keeps the response in the middle, away from the ends.
-      signal.fill(0);
-      std::copy(even.begin(), even.end(), signal.begin() + size / 4);
-    }
-    for (std::size_t i = 0; i < half; ++i) {
-      m_low += static_cast<double>(even[i]) * even[i];
-      m_high += static_cast<double>(odd[i]) * odd[i];
-    }
-  }
-
-  LiftingSchedule<T> m_schedule;
-  double m_low = 0;
-  double m_high = 0;
-};
 
 }  // namespace
 
@@ -119,21 +80,29 @@ bool EstimateSampleNoise(const CQXChannel<T>& raw, T lowest, T highest, T& noise
 }
 
 template <qxReal T>
-BandNoise BandNoiseOf(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization, std::int32_t level) {
-  constexpr std::int32_t deepest = 6;
-  const std::int32_t depth = std::clamp(level, std::int32_t{1}, deepest);
-  const ResponseEnergy<T> energy(filter, depth);
-  const auto low = static_cast<double>(LowNorm(filter, normalization));
-  const auto high = static_cast<double>(HighNorm(filter, normalization));
-  const double above = std::pow(low, depth - 1);
-  return {std::sqrt(energy.Low()) * std::abs(above * low), std::sqrt(energy.High()) * std::abs(above * high)};
+double FinestNoiseGain(const CQXWaveletFilter<T>& filter, qxChannelType type, qxWaveletNormalization normalization) {
+  // One sample of 1 in the middle, even and then odd: what it leaves in the high band are all coefficients of the
+  // filter.
+  constexpr std::int32_t half = 16;
+  const LiftingSchedule<T> schedule(filter, half, half, false, false);
+  double energy = 0;
+  for (const bool isOdd : {false, true}) {
+    T even[half] = {};
+    T odd[half] = {};
+    (isOdd ? odd : even)[half / 2] = 1;
+    schedule.LiftRow(even, odd, false);
+    for (const T x : odd) energy += static_cast<double>(x) * static_cast<double>(x);
+  }
+  const auto norm = static_cast<double>(HighNorm(filter, normalization));
+  const double variance = energy * norm * norm;
+  return type == QX_CHANNEL_2D ? variance : std::sqrt(variance);
 }
 
 #define QX_INSTANTIATE(T)                                            \
   template bool MedianMagnitude(const T*, std::size_t, T&);          \
   template bool EstimateBandNoise(const CQXChannel<T>&, T&);         \
   template bool EstimateSampleNoise(const CQXChannel<T>&, T, T, T&); \
-  template BandNoise BandNoiseOf(const CQXWaveletFilter<T>&, qxWaveletNormalization, std::int32_t);
+  template double FinestNoiseGain(const CQXWaveletFilter<T>&, qxChannelType, qxWaveletNormalization);
 QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
 #undef QX_INSTANTIATE
 

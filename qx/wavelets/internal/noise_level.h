@@ -23,14 +23,10 @@ template <qxReal T>
 template <qxReal T>
 [[nodiscard]] bool EstimateSampleNoise(const CQXChannel<T>& raw, T lowest, T highest, T& noise);
 
-/// Deviations of the bands of one direction when the signal is white noise of deviation 1.
-struct BandNoise {
-  double low, high;
-};
-
-/// The deviations at a level, numbered from 1, away from the ends.
+/// Deviation of the finest high band, or for two dimensions of the finest diagonal one, when the samples are white
+/// noise of deviation 1.
 template <qxReal T>
-[[nodiscard]] BandNoise BandNoiseOf(const CQXWaveletFilter<T>& filter, qxWaveletNormalization normalization,
-                                    std::int32_t level);
+[[nodiscard]] double FinestNoiseGain(const CQXWaveletFilter<T>& filter, qxChannelType type,
+                                     qxWaveletNormalization normalization);
 
 }  // namespace qxInternal

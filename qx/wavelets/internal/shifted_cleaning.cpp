@@ -5,7 +5,6 @@
 #include <qx/wavelets/internal/denoising.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 namespace qxInternal {
@@ -64,49 +63,6 @@ class ShiftSchedule {
   CQXRandom<T> m_random;
 };
 
-/// The mean of the cleaned rounds; @p clean(tree) cleans one, and says false when it was refused memory.
-template <qxReal T, typename Clean>
-qxOwner<CQXChannel<T>> MeanOfRounds(const CQXChannel<T>& picture, std::int32_t rounds,
-                                    const CQXWaveletFilter<T>* filter, std::int32_t depth, const qxProgress& progress,
-                                    Clean clean) {
-  const Rect extent = Extent(picture);
-  const std::int32_t columns = picture.GetColsNb();
-  const std::int32_t rows = picture.GetRowsNb();
-  const bool hasLevels = AllowedDepth(QX_CHANNEL_2D, extent, depth) > 0;
-  qxOwner<CQXChannel<T>> sum = CloneRaw(picture);
-  if (sum == nullptr) return nullptr;
-  std::fill_n(sum->GetData(), CountOf(picture), T(-0.0));  // unlike 0 it keeps the sign of what is added
-
-  ShiftSchedule<T> schedule;
-  for (std::int32_t round = 0; round <= rounds; ++round) {
-    const std::int32_t down = round > 0 ? schedule.Distance(rows) : 0;
-    const std::int32_t right = round > 0 ? schedule.Distance(columns) : 0;
-    const qxWaveletNormalization normalization = round > 0 ? QX_NORMALIZATION_2 : picture.GetTypeOfNormalization();
-    const ReadTurned<T> source{{picture.GetData(), columns, rows, down, right}};
-    const AddTurned<T> target{{sum->GetData(), columns, rows, down, right}};
-    if (hasLevels) {
-      const auto tree = ForwardTransform<T>(extent, source, filter, QX_CHANNEL_2D, depth, normalization);
-      if (tree == nullptr || !clean(*tree) || !InverseTransform(*tree, target, true)) return nullptr;
-    } else {
-      CQXChannel<T> raw;
-      if (!clean(raw)) return nullptr;
-      qxKernels::Add(CountOf(picture), sum->GetData(), picture.GetData());
-    }
-    if (!progress.Report(round + 1, rounds + 1)) return nullptr;
-  }
-  MultiplySamples(*sum, 1 / (static_cast<T>(rounds) + 1));
-  return sum;
-}
-
-std::int32_t RoundsOf(std::int32_t shifts) {
-  return std::clamp(shifts, 0, std::numeric_limits<std::int32_t>::max() - 1);
-}
-
-template <qxReal T>
-bool CanBeShifted(const CQXChannel<T>& picture, const CQXWaveletFilter<T>* filter) {
-  return picture.IsDecomposed() == 0 && picture.GetData() != nullptr && filter != nullptr;
-}
-
 }  // namespace
 
 template <qxReal T>
@@ -114,42 +70,48 @@ qxOwner<CQXChannel<T>> CleanShifted(const CQXChannel<T>& picture, std::int32_t s
                                     const CQXWaveletFilter<T>* filter, std::int32_t depth,
                                     const ThresholdCleaning<T>& cleaning, T& threshold, T& ratio,
                                     const qxProgress& progress) {
-  if (!CanBeShifted(picture, filter)) return nullptr;
-  if (CountOf(picture) == 0) return CloneRaw(picture);
+  if (picture.IsDecomposed() != 0 || picture.GetData() == nullptr || filter == nullptr) return nullptr;
+  qxOwner<CQXChannel<T>> sum = CloneRaw(picture);
+  if (sum == nullptr || CountOf(picture) == 0) return sum;
+  std::fill_n(sum->GetData(), CountOf(picture), T(-0.0));  // unlike 0 it keeps the sign of what is added
+
+  const Rect extent = Extent(picture);
+  const std::int32_t columns = picture.GetColsNb();
+  const std::int32_t rows = picture.GetRowsNb();
+  const bool hasLevels = AllowedDepth(QX_CHANNEL_2D, extent, depth) > 0;
+  const std::int32_t rounds = std::clamp(shifts, 0, std::numeric_limits<std::int32_t>::max() - 1);
   T thresholds = 0;
   T ratios = 0;
-  const std::int32_t rounds = RoundsOf(shifts);
-  auto mean = MeanOfRounds(picture, rounds, filter, depth, progress, [&](CQXChannel<T>& tree) {
+  ShiftSchedule<T> schedule;
+  for (std::int32_t round = 0; round <= rounds; ++round) {
+    const std::int32_t down = round > 0 ? schedule.Distance(rows) : 0;
+    const std::int32_t right = round > 0 ? schedule.Distance(columns) : 0;
+    const qxWaveletNormalization normalization = round > 0 ? QX_NORMALIZATION_2 : picture.GetTypeOfNormalization();
     // Every round begins with the caller's two values.
     T a = threshold;
     T b = ratio;
-    if (!cleaning.Clean(tree, a, b)) return false;
+    if (hasLevels) {
+      const ReadTurned<T> source{{picture.GetData(), columns, rows, down, right}};
+      const AddTurned<T> target{{sum->GetData(), columns, rows, down, right}};
+      const auto tree = ForwardTransform<T>(extent, source, filter, QX_CHANNEL_2D, depth, normalization);
+      if (tree == nullptr || !cleaning.Clean(*tree, a, b) || !InverseTransform(*tree, target, true)) return nullptr;
+    } else {
+      qxKernels::Add(CountOf(picture), sum->GetData(), picture.GetData());
+    }
     thresholds += a;
     ratios += b;
-    return true;
-  });
-  if (mean == nullptr) return nullptr;
+    if (!progress.Report(round + 1, rounds + 1)) return nullptr;
+  }
   const T factor = 1 / (static_cast<T>(rounds) + 1);
+  MultiplySamples(*sum, factor);
   threshold = thresholds * factor;
   ratio = ratios * factor;
-  return mean;
+  return sum;
 }
 
-template <qxReal T>
-qxOwner<CQXChannel<T>> CleanShifted(const CQXChannel<T>& picture, std::int32_t shifts,
-                                    const CQXWaveletFilter<T>* filter, std::int32_t depth,
-                                    const BivariateCleaning<T>& cleaning, const qxProgress& progress) {
-  if (!CanBeShifted(picture, filter)) return nullptr;
-  if (CountOf(picture) == 0) return CloneRaw(picture);
-  return MeanOfRounds(picture, RoundsOf(shifts), filter, depth, progress,
-                      [&](CQXChannel<T>& tree) { return cleaning.Clean(tree); });
-}
-
-#define QX_INSTANTIATE(T)                                                                                             \
-  template qxOwner<CQXChannel<T>> CleanShifted(const CQXChannel<T>&, std::int32_t, const CQXWaveletFilter<T>*,        \
-                                               std::int32_t, const ThresholdCleaning<T>&, T&, T&, const qxProgress&); \
-  template qxOwner<CQXChannel<T>> CleanShifted(const CQXChannel<T>&, std::int32_t, const CQXWaveletFilter<T>*,        \
-                                               std::int32_t, const BivariateCleaning<T>&, const qxProgress&);
+#define QX_INSTANTIATE(T)                                                                                      \
+  template qxOwner<CQXChannel<T>> CleanShifted(const CQXChannel<T>&, std::int32_t, const CQXWaveletFilter<T>*, \
+                                               std::int32_t, const ThresholdCleaning<T>&, T&, T&, const qxProgress&);
 QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
 #undef QX_INSTANTIATE
 
