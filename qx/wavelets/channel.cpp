@@ -1,3 +1,4 @@
+#include <qx/foundation/conversion.h>
 #include <qx/foundation/internal/instantiate.h>
 #include <qx/kernels/array_kernels.h>
 #include <qx/wavelets/channel.h>
@@ -7,6 +8,7 @@
 #include <qx/wavelets/internal/cut_and_paste.h>
 #include <qx/wavelets/internal/denoising.h>
 #include <qx/wavelets/internal/noise_level.h>
+#include <qx/wavelets/internal/resampling.h>
 
 #include <algorithm>
 #include <cstring>
@@ -411,6 +413,32 @@ void CQXChannel<T>::CutAndPaste2D(const CQXChannel& source, std::int32_t x, std:
 template <qxReal T>
 void CQXChannel<T>::Print() const {
   qxInternal::PrintChannel(*this);
+}
+
+// ---- Resampling
+
+template <qxReal T>
+qxOwner<CQXChannel<T>> CQXChannel<T>::Resize(std::int32_t columns, std::int32_t rows, qxResampling method) const {
+  return qxInternal::Resampled(*this, columns, rows, static_cast<double>(m_columns) / columns,
+                               static_cast<double>(m_rows) / rows, method);
+}
+
+template <qxReal T>
+qxOwner<CQXChannel<T>> CQXChannel<T>::Scale(double factorX, double factorY, qxResampling method) const {
+  const auto scaled = [](std::int32_t size, double factor) { return qxToInt32(std::max(size * factor + 0.5, 1.0)); };
+  if (!(factorX > 0) || !(factorY > 0)) return nullptr;
+  return Resize(scaled(m_columns, factorX), scaled(m_rows, factorY), method);
+}
+
+template <qxReal T>
+qxOwner<CQXChannel<T>> CQXChannel<T>::ScaleRawChannelTwiceDown(qxResampling method) const {
+  return qxInternal::Resampled(*this, m_columns / 2 + m_columns % 2, m_rows / 2 + m_rows % 2, 2, 2, method);
+}
+
+template <qxReal T>
+qxOwner<CQXChannel<T>> CQXChannel<T>::ScaleRawChannelTwiceUp(qxResampling method) const {
+  const auto twice = [](std::int32_t size) { return qxToInt32(2.0 * size); };
+  return qxInternal::Resampled(*this, twice(m_columns), twice(m_rows), 0.5, 0.5, method);
 }
 
 // ---- Transform

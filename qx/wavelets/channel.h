@@ -210,6 +210,25 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// Writes the samples, or all bands level by level, to the standard output stream.
   void Print() const;
 
+  // ---- Resampling
+
+  /// A new raw channel of another size over the same picture, at offset (0, 0).
+  ///
+  /// The outer edges of both grids coincide: sample i of the new one stands at (i + 1/2) n / m - 1/2 of the old one,
+  /// for n old and m new samples. Towards a coarser grid the kernel widens and averages what the grid cannot hold. At
+  /// the edges the samples inside share the weight of those that are missing; equal samples give the very same number
+  /// everywhere.
+  /// @return null for a channel without samples, a size below 1, and when memory was refused with null
+  [[nodiscard]] qxOwner<CQXChannel> Resize(std::int32_t columns, std::int32_t rows, qxResampling method) const;
+  /// Resize() to the nearest sizes, at least 1, of the given factors; null also when a factor is not above 0 and finite
+  /// or a size does not fit.
+  [[nodiscard]] qxOwner<CQXChannel> Scale(double factorX, double factorY, qxResampling method) const;
+  /// Half as many samples in both directions, rounded up: sample i stands at 2 i + 1/2, between two old ones. Else as
+  /// Resize().
+  [[nodiscard]] qxOwner<CQXChannel> ScaleRawChannelTwiceDown(qxResampling method) const;
+  /// Twice as many samples in both directions: sample i stands at i / 2 - 1/4. Else as Resize().
+  [[nodiscard]] qxOwner<CQXChannel> ScaleRawChannelTwiceUp(qxResampling method) const;
+
   // ---- Transform
 
   /// One level of the forward transform.

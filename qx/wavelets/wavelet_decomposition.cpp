@@ -340,9 +340,10 @@ void CQXWaveletDecomposition<T>::SetDecompositionTypes(qxWaveletType wavelet, qx
     return changes || !Fits(channel) || channel.GetType() != type;
   };
   if (m_filter == nullptr || !TakeBack(select)) return;
-  SetFilter(wavelet);
-  SetTypeOfNormalization(normalization);
-  SetDecompositionTypesToChannels(type);
+  if (GetWaveletType() != wavelet) m_filter->Set(wavelet);
+  m_normalization = normalization;
+  VisitChannels([type](CQXChannel<T>& channel) { channel.SetType(type); });
+  AdoptAll();
 }
 
 template <qxReal T>

@@ -55,6 +55,28 @@ TYPED_TEST(Channel, CopiesAreDeepAndOwnershipMovesOnce) {
   EXPECT_EQ(tree->SubChannel(9, 1), nullptr);
 }
 
+TYPED_TEST(Channel, SwapsOfAChannelWithItsOwnSubChannelCopy) {
+  const auto tree = this->MakeTree(QX_CHANNEL_2D, 2), before = tree->CloneDecomposedChannel();
+  std::swap(*tree, *tree->SubChannel(0));
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*tree, *(*before)[0], 0), 1);
+  CQXChannel<TypeParam> a(*before), b;
+  std::swap(a, b);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(b, *before, 0), 1);
+  EXPECT_EQ(a.GetSubChannelsNb(), 0);
+  EXPECT_EQ(b.SubChannel(2, 1)->Parent(), b[0]);
+  EXPECT_EQ(b.Parent(), nullptr);
+}
+
+TYPED_TEST(Channel, OneLevelIsClonedWithWhatStandsBelow) {
+  const auto tree = this->MakeTree(QX_CHANNEL_2D, 2);
+  CQXChannel<TypeParam> target = MakeNoisyChannel<TypeParam>(3, 3);
+  tree->CloneOneLevelSubChannels(&target);
+  EXPECT_EQ(target.IFWT()->RawChannelIsAlmostEqual(*tree->IFWT(), 0), 1);
+  const CQXChannel<TypeParam> held(target);
+  MakeNoisyChannel<TypeParam>(3, 3).CloneOneLevelSubChannels(&target);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(held, target, 0), 1);
+}
+
 TYPED_TEST(Channel, AMillionLevelsNeedNoStack) {
   // One column of two rows goes on for ever along its rows: the guard looks at the other direction.
   CQXChannel<TypeParam> channel = MakeNoisyChannel<TypeParam>(1, 2);
