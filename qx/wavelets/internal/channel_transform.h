@@ -111,6 +111,19 @@ qxOwner<CQXChannel<T>> ForwardTransform(const Rect& extent, const Rows& rows, co
   return tree;
 }
 
+/// One level of the inverse transform, in its bands or beside them.
+template <qxReal T, typename Rows>
+void InverseLevel(const CQXChannel<T>& level, const ScaledBand<T, T>* bands, const Rows& rows, T* work, bool destroys) {
+  const LevelTransform<T> transform(Extent(level), level.GetType(), *level.GetFilter());
+  if (destroys) {
+    transform.DestroyingInverse(bands, rows, work);
+  } else {
+    ScaledBand<const T, T> readOnly[4];
+    for (std::int32_t b = 0; b < 4; ++b) readOnly[b] = {bands[b].samples, bands[b].factor};
+    transform.Inverse(readOnly, rows, work);
+  }
+}
+
 template <qxReal T, typename Rows>
 bool InverseTransform(CQXChannel<T>& tree, const Rows& rows, bool releases) {
   const std::int32_t depth = tree.GetDepth();
@@ -129,15 +142,14 @@ bool InverseTransform(CQXChannel<T>& tree, const Rows& rows, bool releases) {
   });
   for (std::int32_t i = depth - 1; i >= 0; --i, level = const_cast<CQXChannel<T>*>(level->Parent())) {
     const BandFactors<T>& own = factors[static_cast<std::size_t>(i)];
-    ScaledBand<const T, T> bands[4] = {{buffers.LowBand(i), T(1)}};
+    ScaledBand<T, T> bands[4] = {{buffers.LowBand(i), T(1)}};
     if (i == depth - 1) bands[0] = {level->SubChannel(0)->GetData(), own.OfLowest()};
     ForEachHighBand(*level, [&](CQXChannel<T>& band, std::int32_t b) { bands[b] = {band.GetData(), own.Of(b)}; });
-    const LevelTransform<T> transform(Extent(*level), level->GetType(), *level->GetFilter());
     if (i == 0) {
-      transform.Inverse(bands, rows, buffers.Work());
+      InverseLevel(*level, bands, rows, buffers.Work(), releases);
     } else {
       const auto columns = static_cast<std::size_t>(std::max(level->GetColsNb(), 0));
-      transform.Inverse(bands, BlockRows<T>{buffers.LowBand(i - 1), columns}, buffers.Work());
+      InverseLevel(*level, bands, BlockRows<T>{buffers.LowBand(i - 1), columns}, buffers.Work(), releases);
     }
     if (releases) ForEachHighBand(*level, [](CQXChannel<T>& band, std::int32_t) { band.SetData({}); });
   }

@@ -6,30 +6,50 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 namespace qxInternal {
 
-/// The rows of a signal that the steps along its columns still work on: the newest @ref height ones of even and of odd
-/// number. An older row has been handed on before its place is taken.
+/// The rows of a signal that the steps along its columns work on, in even and odd rows and each in two parts (its even
+/// and its odd columns, after the steps along rows): either the rows of the bands themselves, or a window of the newest
+/// ones.
 template <qxReal T>
 class RowWindow {
  public:
-  /// No step waits for more than eight rows, ends included.
+  /// Rows of each kind in a window. No step waits for more than eight rows, ends included, so that an older row has
+  /// been handed on before its place is taken.
   static constexpr std::int32_t height = 16;
 
-  /// Samples of the memory of a window.
-  [[nodiscard]] static std::size_t Size(std::size_t columns) { return 2 * std::size_t{height} * columns; }
+  struct Part {
+    T* rows = nullptr;
+    std::size_t columns = 0;
+  };
 
-  RowWindow(T* memory, std::size_t columns) : m_memory(memory), m_columns(columns) {}
-
-  [[nodiscard]] std::size_t Columns() const { return m_columns; }
-  [[nodiscard]] T* Row(bool odd, std::int32_t row) const {
-    return m_memory + static_cast<std::size_t>((odd ? height : 0) + row % height) * m_columns;
+  /// The rows of four bands, by even or odd rows and then by even or odd columns.
+  explicit RowWindow(const Part (&parts)[2][2]) : m_mask(std::numeric_limits<std::int32_t>::max()) {
+    std::copy_n(&parts[0][0], 4, &m_parts[0][0]);
   }
 
+  /// A window in a block of Size() samples.
+  RowWindow(T* memory, std::size_t evenColumns, std::size_t oddColumns) : m_mask(height - 1) {
+    for (auto& kind : m_parts) {
+      kind[0] = {memory, evenColumns};
+      kind[1] = {memory + height * evenColumns, oddColumns};
+      memory += height * (evenColumns + oddColumns);
+    }
+  }
+
+  [[nodiscard]] static std::size_t Size(std::size_t columns) { return 2 * std::size_t{height} * columns; }
+
+  [[nodiscard]] T* Row(bool oddRow, bool oddColumns, std::int32_t row) const {
+    const Part& part = m_parts[oddRow][oddColumns];
+    return part.rows + static_cast<std::size_t>(row & m_mask) * part.columns;
+  }
+  [[nodiscard]] std::size_t Columns(bool oddColumns) const { return m_parts[0][oddColumns].columns; }
+
  private:
-  T* m_memory;
-  std::size_t m_columns;
+  std::int32_t m_mask;
+  Part m_parts[2][2];
 };
 
 /// Lifts along the columns of a signal whose rows arrive, or are wanted, one after the other.
@@ -71,8 +91,10 @@ class ColumnPipeline {
     for (std::int32_t& row = m_done[i]; row < destinationReady; ++row) {
       const typename LiftingStep<T>::Sum sum = step.SumAt(row);
       if (sum.taps > 0 && *std::max_element(sum.index, sum.index + sum.taps) >= sourceReady) break;
-      const auto rowOf = [this, toOdd](std::int32_t source) { return m_window.Row(!toOdd, source); };
-      step.LiftAcross(sum, m_window.Row(toOdd, row), rowOf, m_window.Columns(), m_inverse);
+      for (const bool part : {false, true}) {
+        const auto rowOf = [&](std::int32_t source) { return m_window.Row(!toOdd, part, source); };
+        step.LiftAcross(sum, m_window.Row(toOdd, part, row), rowOf, m_window.Columns(part), m_inverse);
+      }
     }
   }
 

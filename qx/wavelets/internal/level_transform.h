@@ -50,59 +50,48 @@ class LevelTransform {
     if (m_dividesRows) m_columnSchedule = MakeSchedule(filter, m_columnOrder, true);
   }
 
-  /// Samples of work memory for signals of so many columns: the window and a spare row.
+  /// Samples of work memory for signals of so many columns: a window and a spare row.
   [[nodiscard]] static std::size_t WorkSize(std::size_t columns) { return RowWindow<T>::Size(columns) + columns; }
 
-  /// From the rows of the signal to the bands.
+  /// From the rows of the signal to the bands, in which the steps run.
   template <typename Rows>
   void Forward(const Rows& source, const ScaledBand<T, T>* bands, T* work) const {
-    const RowWindow<T> window(work, m_columns);
-    T* const spare = work + RowWindow<T>::Size(m_columns);
+    const RowWindow<T> window = WindowOf(bands);
     ColumnPipeline<T> pipeline = MakePipeline(window, false);
-    std::int32_t stored[2] = {};
+    std::int32_t finished[2] = {};
     for (std::int32_t row = 0; row < m_rows; ++row) {
       const bool odd = IsOdd(row);
-      T* place = window.Row(odd, pipeline.Arrived(odd));
-      DealOut(source.Begin(row, spare), place);
-      m_rowSchedule.LiftRow(place, place + EvenColumns(), false);
+      T* const even = window.Row(odd, false, pipeline.Arrived(odd));
+      T* const other = window.Row(odd, true, pipeline.Arrived(odd));
+      DealOut(source.Begin(row, work), even, other);
+      m_rowSchedule.LiftRow(even, other, false);
       pipeline.Advance(odd);
       for (const bool kind : {false, true}) {
-        for (; stored[kind] < pipeline.Finished(kind); ++stored[kind]) {
-          const T* const finished = window.Row(kind, stored[kind]);
-          ForEachPart(bands, kind, stored[kind],
-                      [finished](const auto& band, std::size_t at, std::size_t count, std::size_t column) {
-                        CopyScaled(count, finished + column, band.factor, band.samples + at);
-                      });
-        }
+        for (; finished[kind] < pipeline.Finished(kind); ++finished[kind]) Scale(bands, window, kind, finished[kind]);
       }
     }
   }
 
-  /// From the bands to the rows of the signal.
+  /// From the bands, which are only read, to the rows of the signal.
   template <typename Rows>
   void Inverse(const ScaledBand<const T, T>* bands, const Rows& target, T* work) const {
-    const RowWindow<T> window(work, m_columns);
-    T* const spare = work + RowWindow<T>::Size(m_columns);
-    ColumnPipeline<T> pipeline = MakePipeline(window, true);
-    std::int32_t written[2] = {};
-    std::int32_t next = 0;
-    for (std::int32_t row = 0; row < m_rows; ++row) {
-      const bool odd = IsOdd(row);
-      const std::int32_t arrived = pipeline.Arrived(odd);
-      T* const loaded = window.Row(odd, arrived);
-      ForEachPart(bands, odd, arrived,
-                  [loaded](const auto& band, std::size_t at, std::size_t count, std::size_t column) {
-                    CopyScaled(count, band.samples + at, band.factor, loaded + column);
-                  });
-      pipeline.Advance(odd);
-      for (; next < m_rows && written[IsOdd(next)] < pipeline.Finished(IsOdd(next)); ++next) {
-        T* place = window.Row(IsOdd(next), written[IsOdd(next)]++);
-        m_rowSchedule.LiftRow(place, place + EvenColumns(), true);
-        T* const out = target.Begin(next, spare);
-        Gather(place, out);
-        target.End(next, out);
+    const RowWindow<T> window(work, EvenColumns(), OddColumns());
+    RunInverse(window, target, work + RowWindow<T>::Size(m_columns), [&](bool odd, std::int32_t row) {
+      for (const bool part : {false, true}) {
+        const auto& [samples, factor] = bands[m_band[odd][part]];
+        const std::size_t count = window.Columns(part);
+        const T* const loaded = samples + static_cast<std::size_t>(row) * count;
+        T* const place = window.Row(odd, part, row);
+        HasEffect(factor) ? qxKernels::Product(count, loaded, factor, place) : void(std::copy_n(loaded, count, place));
       }
-    }
+    });
+  }
+
+  /// The same in the bands, which are left with what the steps make of them: less work.
+  template <typename Rows>
+  void DestroyingInverse(const ScaledBand<T, T>* bands, const Rows& target, T* work) const {
+    const RowWindow<T> window = WindowOf(bands);
+    RunInverse(window, target, work, [&](bool odd, std::int32_t row) { Scale(bands, window, odd, row); });
   }
 
   /// Deals the samples out to the bands, without arithmetic.
@@ -161,26 +150,50 @@ class LevelTransform {
   [[nodiscard]] std::size_t EvenColumns() const { return Size(m_rowOrder.evenSize); }
   [[nodiscard]] std::size_t OddColumns() const { return Size(m_rowOrder.oddSize); }
 
-  /// Between a row of samples and its even and odd ones, which stand one after the other where only one place is given.
+  /// The rows of the bands themselves.
+  [[nodiscard]] RowWindow<T> WindowOf(const ScaledBand<T, T>* bands) const {
+    typename RowWindow<T>::Part parts[2][2];
+    for (const bool oddRow : {false, true}) {
+      parts[oddRow][0] = {bands[m_band[oddRow][0]].samples, EvenColumns()};
+      if (m_dividesColumns) parts[oddRow][1] = {bands[m_band[oddRow][1]].samples, OddColumns()};
+    }
+    return RowWindow<T>(parts);
+  }
+
+  /// Multiplies one row of the bands by their factors.
+  void Scale(const ScaledBand<T, T>* bands, const RowWindow<T>& window, bool odd, std::int32_t row) const {
+    for (const bool part : {false, true}) {
+      const T factor = bands[m_band[odd][part]].factor;
+      if (HasEffect(factor)) qxKernels::Multiply(window.Columns(part), window.Row(odd, part, row), factor);
+    }
+  }
+
+  /// Rows are loaded by load(odd, row), lifted and written as soon as they are finished.
+  template <typename Rows, typename Load>
+  void RunInverse(const RowWindow<T>& window, const Rows& target, T* spare, Load load) const {
+    ColumnPipeline<T> pipeline = MakePipeline(window, true);
+    std::int32_t written[2] = {};
+    std::int32_t next = 0;
+    for (std::int32_t row = 0; row < m_rows; ++row) {
+      load(IsOdd(row), pipeline.Arrived(IsOdd(row)));
+      pipeline.Advance(IsOdd(row));
+      for (; next < m_rows && written[IsOdd(next)] < pipeline.Finished(IsOdd(next)); ++next) {
+        T* const even = window.Row(IsOdd(next), false, written[IsOdd(next)]);
+        T* const odd = window.Row(IsOdd(next), true, written[IsOdd(next)]++);
+        m_rowSchedule.LiftRow(even, odd, true);
+        T* const place = target.Begin(next, spare);
+        Gather(even, odd, place);
+        target.End(next, place);
+      }
+    }
+  }
+
+  /// Between a row of samples and its even and odd ones.
   void DealOut(const T* row, T* even, T* odd) const {
-    m_dividesColumns ? qxKernels::Deinterleave(row, even, odd, m_columns) : CopyScaled(m_columns, row, T(1), even);
+    m_dividesColumns ? qxKernels::Deinterleave(row, even, odd, m_columns) : void(std::copy_n(row, m_columns, even));
   }
-  void DealOut(const T* row, T* place) const { DealOut(row, place, place + EvenColumns()); }
   void Gather(const T* even, const T* odd, T* row) const {
-    m_dividesColumns ? qxKernels::Interleave(even, odd, row, m_columns) : CopyScaled(m_columns, even, T(1), row);
-  }
-  void Gather(const T* place, T* row) const { Gather(place, place + EvenColumns(), row); }
-
-  static void CopyScaled(std::size_t count, const T* source, T factor, T* target) {
-    HasEffect(factor) ? qxKernels::Product(count, source, factor, target) : void(std::copy_n(source, count, target));
-  }
-
-  /// Calls move(band, position in it, count, column) for the even and the odd samples of one row of even or odd number.
-  template <typename Band, typename Move>
-  void ForEachPart(const Band* bands, bool oddRow, std::int32_t row, Move move) const {
-    const auto position = static_cast<std::size_t>(row);
-    move(bands[m_band[oddRow][0]], position * EvenColumns(), EvenColumns(), std::size_t{0});
-    if (m_dividesColumns) move(bands[m_band[oddRow][1]], position * OddColumns(), OddColumns(), EvenColumns());
+    m_dividesColumns ? qxKernels::Interleave(even, odd, row, m_columns) : void(std::copy_n(even, m_columns, row));
   }
 
   /// Calls visit(even samples, odd samples) with the places of every row in the bands.
