@@ -135,11 +135,6 @@ T LargestMagnitude(const T* data, std::size_t count) noexcept {
 }
 
 template <typename T>
-void Magnitudes(const T* __restrict source, T* __restrict target, std::size_t count) noexcept {
-  for (std::size_t i = 0; i < count; ++i) target[i] = std::abs(source[i]);
-}
-
-template <typename T>
 void Threshold(T* data, std::size_t count, T threshold, bool clearsAtThreshold, bool shrink) noexcept {
   if (clearsAtThreshold) {
     shrink ? ThresholdSamples<true, true>(data, count, threshold)
@@ -157,7 +152,6 @@ void Threshold(T* data, std::size_t count, T threshold, bool clearsAtThreshold, 
   template void Blend(T*, const T*, const T*, T, T, std::size_t) noexcept;                     \
   template void RotateColours(T*, T*, T*, std::size_t, std::size_t, bool) noexcept;            \
   template T LargestMagnitude(const T*, std::size_t) noexcept;                                 \
-  template void Magnitudes(const T*, T*, std::size_t) noexcept;                                \
   template void Threshold(T*, std::size_t, T, bool, bool) noexcept;
 
 QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)

@@ -35,9 +35,6 @@ void RotateColours(T* first, T* second, T* third, std::size_t stride, std::size_
 template <typename T>
 [[nodiscard]] T LargestMagnitude(const T* data, std::size_t count) noexcept;
 
-template <typename T>
-void Magnitudes(const T* source, T* target, std::size_t count) noexcept;
-
 /// Clears what has a magnitude below the threshold, or at it when @p clearsAtThreshold is set. With @p shrink the rest
 /// moves towards zero by the threshold. Not a number stays.
 template <typename T>

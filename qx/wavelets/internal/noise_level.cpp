@@ -6,9 +6,12 @@
 #include <qx/wavelets/internal/noise_level.h>
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 namespace qxInternal {
 
@@ -31,14 +34,69 @@ T MedianInPlace(T* begin, std::size_t count) {
   return count % 2 == 0 ? T(0.5) * (*middle + *std::min_element(middle + 1, end)) : *middle;
 }
 
+/// How many magnitudes fall into each of 4096 classes. Magnitudes are ordered like their bits, of which the leading
+/// ones are the class: the median is found among the few samples of its class, and no copy of the others is made.
+template <qxReal T>
+class MagnitudeClasses {
+ public:
+  MagnitudeClasses(const T* samples, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) ++m_counts[ClassOf(samples[i])];
+  }
+
+  [[nodiscard]] static std::size_t ClassOf(T x) {
+    constexpr std::int32_t bits = std::numeric_limits<Word>::digits;
+    return static_cast<std::size_t>(static_cast<Word>(std::bit_cast<Word>(x) << 1) >> (bits - classBits));
+  }
+
+  /// The class of the sample with a rank, and the number of samples in the classes below.
+  [[nodiscard]] std::size_t ClassOfRank(std::size_t rank, std::size_t& below) const {
+    std::size_t i = 0;
+    for (below = 0; below + m_counts[i] <= rank; ++i) below += m_counts[i];
+    return i;
+  }
+
+  /// Whether there may be samples that are not numbers: their class is that of infinity, or above.
+  [[nodiscard]] bool MayHoldNotANumber() const {
+    const auto infinity = m_counts.begin() + static_cast<std::ptrdiff_t>(ClassOf(std::numeric_limits<T>::infinity()));
+    return std::any_of(infinity, m_counts.end(), [](std::size_t count) { return count != 0; });
+  }
+
+ private:
+  using Word = std::conditional_t<sizeof(T) == sizeof(std::uint32_t), std::uint32_t, std::uint64_t>;
+  static constexpr std::int32_t classBits = 12;
+
+  std::array<std::size_t, std::size_t{1} << classBits> m_counts{};
+};
+
 }  // namespace
 
 template <qxReal T>
 bool MedianMagnitude(const T* samples, std::size_t count, T& median) {
-  const qxBlock<T> magnitudes = qxMakeBlock<T>(count);
+  const MagnitudeClasses<T> classes(samples, count);
+  std::size_t first = 0;
+  std::size_t last = std::numeric_limits<std::size_t>::max();
+  std::size_t below = 0;
+  std::size_t ignored = 0;
+  const bool isPlain = count != 0 && !classes.MayHoldNotANumber();
+  if (isPlain) {
+    first = classes.ClassOfRank((count - 1) / 2, below);
+    last = classes.ClassOfRank(count / 2, ignored);
+  }
+  const auto isWanted = [&](T x) { return MagnitudeClasses<T>::ClassOf(x) - first <= last - first; };
+  const auto wanted = static_cast<std::size_t>(std::count_if(samples, samples + count, isWanted));
+  const qxBlock<T> magnitudes = qxMakeBlock<T>(wanted);
   if (magnitudes == nullptr) return false;
-  qxKernels::Magnitudes(samples, magnitudes.get(), count);
-  median = MedianInPlace(magnitudes.get(), count);
+  T* end = magnitudes.get();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (isWanted(samples[i])) *end++ = std::abs(samples[i]);
+  }
+  if (!isPlain) {
+    median = MedianInPlace(magnitudes.get(), count);
+    return true;
+  }
+  T* const middle = magnitudes.get() + ((count - 1) / 2 - below);
+  std::nth_element(magnitudes.get(), middle, end);
+  median = count % 2 == 0 ? T(0.5) * (*middle + *std::min_element(middle + 1, end)) : *middle;
   return true;
 }
 
