@@ -2,6 +2,7 @@
 #include <qx/kernels/wavelet_kernels.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace qxKernels {
 
@@ -103,23 +104,24 @@ void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t 
 }
 
 template <typename T>
-void RotateColours(T* first, T* second, T* third, std::size_t stride, std::size_t count, bool forward) noexcept {
-  constexpr T light = static_cast<T>(0.57735026918962576);    // 1 / sqrt 3
-  constexpr T redBlue = static_cast<T>(0.70710678118654752);  // 1 / sqrt 2
-  constexpr T green = static_cast<T>(0.40824829046386302);    // 1 / sqrt 6
+void RotateColours(T* first, T* second, T* last, std::size_t stride, std::size_t count, bool forward) noexcept {
+  constexpr double rootOf2 = std::numbers::sqrt2;
+  constexpr double rootOf3 = std::numbers::sqrt3;
+  constexpr T third = static_cast<T>(1 / rootOf3);
+  constexpr T half = static_cast<T>(1 / rootOf2);
+  constexpr T sixth = static_cast<T>(1 / (rootOf2 * rootOf3));
   for (std::size_t i = 0; i < count * stride; i += stride) {
     const T a = first[i];
     const T b = second[i];
-    const T c = third[i];
+    const T c = last[i];
     if (forward) {
-      first[i] = (a + b + c) * light;
-      second[i] = (a - c) * redBlue;
-      third[i] = (a - 2 * b + c) * green;
+      first[i] = (a + b + c) * third;
+      second[i] = (a - c) * half;
+      last[i] = (a - 2 * b + c) * sixth;
     } else {
-      const T grey = a * light + c * green;
-      first[i] = grey + b * redBlue;
-      second[i] = a * light - 2 * (c * green);
-      third[i] = grey - b * redBlue;
+      first[i] = a * third + b * half + c * sixth;
+      second[i] = a * third - 2 * (c * sixth);
+      last[i] = a * third - b * half + c * sixth;
     }
   }
 }

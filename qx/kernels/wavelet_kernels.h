@@ -30,7 +30,7 @@ void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t 
 /// Turns @p count colours, whose three components stand @p stride apart in their arrays, into
 /// ((a + b + c) / sqrt 3, (a - c) / sqrt 2, (a - 2 b + c) / sqrt 6), or back by the transpose of that rotation.
 template <typename T>
-void RotateColours(T* first, T* second, T* third, std::size_t stride, std::size_t count, bool forward) noexcept;
+void RotateColours(T* first, T* second, T* last, std::size_t stride, std::size_t count, bool forward) noexcept;
 
 template <typename T>
 [[nodiscard]] T LargestMagnitude(const T* data, std::size_t count) noexcept;
