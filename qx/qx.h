@@ -14,7 +14,9 @@
 #include <qx/foundation/callable.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
+#include <qx/foundation/owner.h>
 #include <qx/foundation/polynomial.h>
+#include <qx/foundation/progress.h>
 #include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/status.h>

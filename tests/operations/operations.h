@@ -88,7 +88,7 @@ class Hash {
     for (std::int32_t i = 0; i < d.GetChannelsNb(); ++i) AddPointee(d[i]);
   }
   template <typename A>
-  void Add(const std::unique_ptr<A>& pointer) {
+  void Add(const qxOwner<A>& pointer) {
     AddPointee(pointer.get());
   }
   template <typename A>

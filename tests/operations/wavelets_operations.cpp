@@ -48,7 +48,7 @@ void TransformRows(std::int32_t code) {
   Row<T>(wavelet + "FWTStep", [&](Hash& h) {
     for (const auto& [columns, rows] : sizes) {
       CQXChannel<T> picture = Picture<T>(columns, rows);
-      const std::unique_ptr<CQXChannel<T>> step(picture.FWTStep(&filter, QX_CHANNEL_2D));
+      const qxOwner<CQXChannel<T>> step(picture.FWTStep(&filter, QX_CHANNEL_2D));
       h(step);
       if (step != nullptr) h(step->IFWTStep());
     }
