@@ -304,16 +304,17 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   void RotatePlane(T angleInRadians, std::int32_t flag) noexcept {
     const T c = std::cos(angleInRadians);
     const T s = std::sin(angleInRadians);
+    // Sums alone: g++ makes fused operations of alternating sums and differences where it may, options regardless.
     if (flag != 0) {
       const Vector first = RowVector(First);
       const Vector second = RowVector(Second);
-      SetRowVector(First, first * c - second * s);
+      SetRowVector(First, first * c + second * -s);
       SetRowVector(Second, first * s + second * c);
     } else {
       const Vector first = ColVector(First);
       const Vector second = ColVector(Second);
       SetColVector(First, first * c + second * s);
-      SetColVector(Second, second * c - first * s);
+      SetColVector(Second, second * c + first * -s);
     }
   }
   /// Multiplies row, with @p flag 0 column, @p i by @p factor.

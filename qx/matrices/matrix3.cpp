@@ -64,7 +64,8 @@ struct Complex {
   T re, im;
 
   Complex operator-(const Complex& b) const { return {re - b.re, im - b.im}; }
-  Complex operator*(const Complex& b) const { return {re * b.re - im * b.im, re * b.im + im * b.re}; }
+  // A sum alone: g++ makes fused operations of alternating sums and differences where it may, options regardless.
+  Complex operator*(const Complex& b) const { return {re * b.re + -im * b.im, re * b.im + im * b.re}; }
   T SquareMagn() const { return re * re + im * im; }
 };
 
