@@ -9,6 +9,7 @@
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <ranges>
 #include <sstream>
 #include <string>
@@ -134,6 +135,8 @@ void PlatformRow(const std::string& name, Function compute) {
 /// What a function writes to the standard output.
 template <typename Function>
 std::string Printed(Function print) {
+  static std::mutex oneAtATime;
+  const std::lock_guard lock(oneAtATime);
   std::ostringstream stream;
   std::streambuf* const old = std::cout.rdbuf(stream.rdbuf());
   print();
