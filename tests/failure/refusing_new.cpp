@@ -55,9 +55,9 @@ void* operator new(std::size_t bytes) {
 }
 // Refuses by null, which a sanitizer would report here.
 __attribute__((no_sanitize("undefined"))) void* operator new[](std::size_t bytes) {
-  if (!IsRefused()) return Obtain(bytes);
-  if (manner == refusal::Manner::Throws) throw std::bad_alloc();
-  return nullptr;
+  const bool isRefused = IsRefused();
+  if (isRefused && manner == refusal::Manner::Throws) throw std::bad_alloc();
+  return isRefused ? nullptr : Obtain(bytes);
 }
 void operator delete(void* block) noexcept { Release(block); }
 void operator delete[](void* block) noexcept { Release(block); }
