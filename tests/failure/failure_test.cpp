@@ -126,6 +126,7 @@ std::vector<Case> Cases() {
        [] {
          auto info = QX_OPT_IN_PROGRESS;
          V start(b);
+         if (start.Data() == nullptr) return Outcome();
          const T f =
              CQXOptimization::QuasiNewtonLBFGS(6, 3, start, T(1e-6), T(1e-6), T(1e-6), 50, Bowl<T>, BowlSlope<T>, info);
          return Result(info != QX_OPT_INVALID && start.Data() != nullptr, f, start);
@@ -218,8 +219,9 @@ TYPED_TEST(Failure, RefusedMemoryIsReportedAndNeverGivesAnotherResult) {
           } catch (const std::bad_alloc&) {
           }
           wasRefused = refusal::End();
+          const std::int64_t leaked = refusal::LiveBlocks() - before;
           EXPECT_EQ(outcome.value_or(*expected), *expected) << one.name << ' ' << k << ' ' << int(manner) << forever;
-          EXPECT_EQ(refusal::LiveBlocks(), before) << one.name << ' ' << k << ' ' << int(manner) << forever;
+          EXPECT_EQ(leaked, 0) << one.name << ' ' << k << ' ' << int(manner) << forever;
         }
       }
     }
