@@ -250,8 +250,9 @@ void CQXSLDE2<T>::SetMatrixComplexCase() noexcept {
   const T e = std::exp(m_eigenvalues.X() * m_t0);
   const T cosine = std::cos(m_eigenvalues.Y() * m_t0);
   const T sine = std::sin(m_eigenvalues.Y() * m_t0);
-  const CQXVector2<T> c = FindCoefficients(FromColumns((u * cosine - w * sine) * e, (u * sine + w * cosine) * e));
-  m_c = FromColumns(u * c.X() + w * c.Y(), u * c.Y() - w * c.X());
+  // Sums alone: g++ makes fused operations of alternating sums and differences where it may, options regardless.
+  const CQXVector2<T> c = FindCoefficients(FromColumns((u * cosine + w * -sine) * e, (u * sine + w * cosine) * e));
+  m_c = FromColumns(u * c.X() + w * c.Y(), u * c.Y() + w * -c.X());
 }
 
 // ---- The solution

@@ -151,13 +151,14 @@ class QX_API CQXComplex {
     return {m_real - b.m_real, m_imag - b.m_imag};
   }
   [[nodiscard]] constexpr CQXComplex operator*(const CQXComplex& b) const noexcept {
-    return {m_real * b.m_real - m_imag * b.m_imag, m_real * b.m_imag + m_imag * b.m_real};
+    // A sum alone: g++ makes fused operations of alternating sums and differences where it may, options regardless.
+    return {m_real * b.m_real + -m_imag * b.m_imag, m_real * b.m_imag + m_imag * b.m_real};
   }
   /// Quotient; both parts are QX_OVERFLOW_VALUE when SquareMagn() of the divisor is below QX_TOLERANCE.
   [[nodiscard]] constexpr CQXComplex operator/(const CQXComplex& b) const noexcept {
     const T square = b.SquareMagn();
     if (square < QX_TOLERANCE<T>) return {QX_OVERFLOW_VALUE<T>, QX_OVERFLOW_VALUE<T>};
-    return {(m_real * b.m_real + m_imag * b.m_imag) / square, (m_imag * b.m_real - m_real * b.m_imag) / square};
+    return {(m_real * b.m_real + m_imag * b.m_imag) / square, (m_imag * b.m_real + -m_real * b.m_imag) / square};
   }
 
   [[nodiscard]] constexpr CQXComplex operator+(T b) const noexcept { return {m_real + b, m_imag}; }

@@ -312,6 +312,7 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   void RotatePlane(T angleInRadians, std::int32_t flag) noexcept {
     const T c = std::cos(angleInRadians);
     const T s = std::sin(angleInRadians);
+    // Sums alone: g++ makes fused operations of alternating sums and differences where it may, options regardless.
     if (flag != 0) {
       const Vector first = RowVector(First);
       const Vector second = RowVector(Second);
