@@ -19,6 +19,7 @@
 #include <qx/geometry/geometry.h>
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
+#include <qx/interpolation/curve_rules.h>
 #include <qx/interpolation/interpolation.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/fixed_matrix.h>
