@@ -13,6 +13,7 @@
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
 #include <qx/foundation/polynomial.h>
+#include <qx/foundation/rotations_order.h>
 #include <qx/foundation/status.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/geometry/geometry.h>
@@ -30,10 +31,10 @@
 #include <qx/solvers/algebra.h>
 #include <qx/solvers/optimization.h>
 #include <qx/transforms/affine_3d_transform.h>
-#include <qx/transforms/base_3d_transform.h>
+#include <qx/transforms/back_front_location.h>
+include<qx / transforms / base_3d_transform.h>
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/transforms/quaternion.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/transforms/transform_type.h>
 #include <qx/vectors/base_vector.h>
 #include <qx/vectors/fixed_array.h>

@@ -23,7 +23,7 @@ void CQXSLDE2<T>::SetTransformation(const CQXMatrix2<T>& a, const CQXVector2<T>&
   m_x0 = old.m_x0;
   m_t0 = old.m_t0;
   m_precision = old.m_precision;
-  m_isHomogeneous = f.IsAlmostZero(T(1e-6));
+  m_isHomogeneous = f.IsAlmostZero(QX_PREDICATE_TOLERANCE<T>) != 0;
 }
 
 template <qxReal T>
@@ -42,6 +42,7 @@ void CQXSLDE2<T>::CalculateGeneralSolution() {
 
 template <qxReal T>
 void CQXSLDE2<T>::FindTypeOfGeneralSolution() {
+  // Until all is found there is no solution: memory may be refused on the way.
   m_generalType = QX_SLDE2_GENERAL_NONE;
   T l0, l1;
   std::int32_t count = m_a.FindEigenvalues(l0, l1, m_precision);
@@ -62,7 +63,7 @@ void CQXSLDE2<T>::FindTypeOfGeneralSolution() {
   } else {
     FindEigenvectorsOfTwoRoots();
   }
-  if (m_isHomogeneous != 0) m_inhomogenType = QX_SLDE2_HOMOGENEOUS;
+  if (m_isHomogeneous) m_inhomogenType = QX_SLDE2_HOMOGENEOUS;
 }
 
 template <qxReal T>
@@ -204,7 +205,7 @@ void CQXSLDE2<T>::CalculateParticularSolution() noexcept {
 template <qxReal T>
 CQXVector2<T> CQXSLDE2<T>::FindCoefficients(const CQXMatrix2<T>& w) const noexcept {
   CQXVector2<T> right = m_x0;
-  if (m_isHomogeneous == 0) {
+  if (!m_isHomogeneous) {
     CQXVector2<T> particular;
     FindParticularSolutionAtTime(m_t0, particular);
     right -= particular;
@@ -294,9 +295,9 @@ CQXVector2<T> CQXSLDE2<T>::GetSolutionAtTime(T t) const noexcept {
       x = SolutionComplexCase(t);
       break;
     case QX_SLDE2_GENERAL_NONE:
-      break;
+      return x;
   }
-  if (m_isHomogeneous == 0) {
+  if (!m_isHomogeneous) {
     CQXVector2<T> particular;
     FindParticularSolutionAtTime(t, particular);
     x += particular;

@@ -42,6 +42,10 @@ enum qxSLDE2InhomogenType : std::int32_t {
 /// - Constants that cannot be solved for are 0. That happens to nearly double roots, to a small determinant of A, and
 ///   where e^(l t0) carries the determinant below the precision: a large negative exponent times t0 needs a smaller
 ///   precision, or t0 = 0.
+/// - A forcing that cannot be decomposed in the eigenvectors has no effect: with the inhomogeneous types 2 and 3, where
+///   the two vectors of the basis are so nearly parallel that CQXVector2::DecomposeInBasis() refuses them at the
+///   precision. That sliver of matrices lies where an eigenvalue is zero and the other one is small beside the
+///   elements off the diagonal.
 ///
 /// No operation reports failure. A calculated object may be read from several threads; distinct objects are
 /// independent.
@@ -57,7 +61,8 @@ class QX_API CQXSLDE2 {
   ///
   /// Real eigenvalues that differ by no more than the precision, and those with the square of half their difference
   /// within it, count as a double one. A complex pair needs a small block of memory: when it is refused by an exception
-  /// the system is not classified, when by a null its homogeneous solution is zero.
+  /// the system is not classified and has no solution, also none of before; when by a null its homogeneous solution is
+  /// zero.
   void CalculateGeneralSolution();
   /// Finds the constants of the initial condition; nothing when the system is not classified.
   void CalculateParticularSolution() noexcept;
@@ -114,7 +119,7 @@ class QX_API CQXSLDE2 {
   CQXVector2<T> m_f;
   CQXVector2<T> m_x0;
   T m_t0 = 0;
-  std::int32_t m_isHomogeneous = 1;
+  bool m_isHomogeneous = true;
   qxSLDE2GeneralType m_generalType = QX_SLDE2_GENERAL_NONE;
   qxSLDE2InhomogenType m_inhomogenType = QX_SLDE2_HOMOGENEOUS;
   CQXVector2<T> m_eigenvalues;

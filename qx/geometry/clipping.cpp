@@ -1,3 +1,4 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/geometry/geometry.h>
 
 #include <cmath>
@@ -122,7 +123,7 @@ std::int32_t CQXGeometry::EncloseCornerPoint(qxRectangleBorder border1, qxRectan
   return 1;
 }
 
-#define INSTANTIATE(T)                                                                                               \
+#define QX_INSTANTIATE(T)                                                                                            \
   template std::int32_t CQXGeometry::LinePlaneIntersection(const CQXVector3<T>&, const CQXVector3<T>&, T, T, T, T,   \
                                                            CQXVector3<T>&);                                          \
   template CQXVector3<T> CQXGeometry::GetPointOnPlane(T, T, T, T);                                                   \
@@ -132,7 +133,6 @@ std::int32_t CQXGeometry::EncloseCornerPoint(qxRectangleBorder border1, qxRectan
   template qxRectangleBorder CQXGeometry::PointRelativelyRectangleBorder(const CQXVector2<T>&, const CQXVector2<T>&, \
                                                                          const CQXVector2<T>&, std::int32_t);        \
   template std::int32_t CQXGeometry::EncloseCornerPoint(qxRectangleBorder, qxRectangleBorder, const CQXVector2<T>&,  \
-                                                        const CQXVector2<T>&, CQXVector2<T>&)
-INSTANTIATE(float);
-INSTANTIATE(double);
-#undef INSTANTIATE
+                                                        const CQXVector2<T>&, CQXVector2<T>&);
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE

@@ -1,6 +1,7 @@
 #include <qx/foundation/block.h>
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/geometry/geometry.h>
-#include <qx/geometry/internal/plane_predicates.h>
+#include <qx/geometry/internal/strict_hull.h>
 
 #include <algorithm>
 #include <bit>
@@ -14,62 +15,30 @@ using qxGeometry::closeness;
 using qxGeometry::Cross;
 using qxGeometry::DoCoincide;
 using qxGeometry::Dot;
+using qxGeometry::FindStrictHull;
 using qxGeometry::Point;
+using qxGeometry::Site;
+using qxGeometry::SortUpwards;
 using qxGeometry::SquareLength;
 using qxGeometry::ToPoint;
 using qxGeometry::Turn;
-
-/// Point of the private copies: nothing is set before it is written.
-template <qxReal T>
-struct Site {
-  T x;
-  T y;
-};
-
-template <qxReal T>
-Point ToPoint(const Site<T>& site) {
-  return {static_cast<double>(site.x), static_cast<double>(site.y)};
-}
 
 /// The octagon of the extreme points in eight directions; what lies well inside it is no vertex of the hull.
 class Octagon {
  public:
   template <qxReal T>
   Octagon(std::size_t n, const CQXVector2<T>* points) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    // Directions east, north-east, ..., and so on counter-clockwise.
     double extent[8];
-    std::size_t extreme[8] = {};
-    std::fill_n(extent, 8, -infinity);
-    for (std::size_t i = 0; i < n; ++i) {
-      const Point p = ToPoint(points[i]);
-      const double sum = p.x + p.y;
-      const double difference = p.y - p.x;
-      const double reach[8] = {p.x, sum, p.y, difference, -p.x, -sum, -p.y, -difference};
-      for (int k = 0; k < 8; ++k) {
-        if (reach[k] > extent[k]) {
-          extent[k] = reach[k];
-          extreme[k] = i;
-        }
-      }
-    }
+    Point corners[8];
+    FindCorners(n, points, extent, corners);
     // Deep enough for everything that is decided by a closeness of 1e-6, and for rounding.
     const double size = std::max(std::max(extent[0], extent[2]), std::max(extent[4], extent[6]));
     const double margin = 10 * closeness + 1e-12 * size;
     for (int k = 0; k < 8; ++k) {
-      const Point a = ToPoint(points[extreme[k]]);
-      const Point b = ToPoint(points[extreme[(k + 1) % 8]]);
-      const Point edge = b - a;
-      const double length = std::sqrt(SquareLength(edge));
-      if (!std::isfinite(length)) {
+      if (!AppendSide(corners[k], corners[(k + 1) % 8], margin)) {
         m_count = 0;  // no use
         return;
       }
-      if (!(length > 0)) continue;
-      m_normalX[m_count] = -edge.y / length;
-      m_normalY[m_count] = edge.x / length;
-      m_offset[m_count] = m_normalX[m_count] * a.x + m_normalY[m_count] * a.y + margin;
-      ++m_count;
     }
     // Repeat a side in the unused places, so that the test has no loop of its own length.
     for (int k = m_count; k < 8 && m_count > 0; ++k) {
@@ -89,6 +58,39 @@ class Octagon {
   }
 
  private:
+  /// The extreme points in the directions east, north-east, and so on counter-clockwise, and how far they reach.
+  template <qxReal T>
+  static void FindCorners(std::size_t n, const CQXVector2<T>* points, double* extent, Point* corners) {
+    std::size_t extreme[8] = {};
+    std::fill_n(extent, 8, -std::numeric_limits<double>::infinity());
+    for (std::size_t i = 0; i < n; ++i) {
+      const Point p = ToPoint(points[i]);
+      const double sum = p.x + p.y;
+      const double difference = p.y - p.x;
+      const double reach[8] = {p.x, sum, p.y, difference, -p.x, -sum, -p.y, -difference};
+      for (int k = 0; k < 8; ++k) {
+        if (reach[k] > extent[k]) {
+          extent[k] = reach[k];
+          extreme[k] = i;
+        }
+      }
+    }
+    for (int k = 0; k < 8; ++k) corners[k] = ToPoint(points[extreme[k]]);
+  }
+
+  /// The side from a to b, moved inwards by the margin; none where a is b. False when coordinates are not finite.
+  bool AppendSide(Point a, Point b, double margin) {
+    const Point edge = b - a;
+    const double length = std::sqrt(SquareLength(edge));
+    if (!std::isfinite(length)) return false;
+    if (!(length > 0)) return true;
+    m_normalX[m_count] = -edge.y / length;
+    m_normalY[m_count] = edge.x / length;
+    m_offset[m_count] = m_normalX[m_count] * a.x + m_normalY[m_count] * a.y + margin;
+    ++m_count;
+    return true;
+  }
+
   double m_normalX[8];
   double m_normalY[8];
   double m_offset[8];
@@ -152,38 +154,6 @@ class CellIndex {
   qxBlock<std::size_t> m_next;
 };
 
-/// Sorts by y, then x, from @p sites to @p sorted: by buckets of equal height first, then each bucket.
-/// @return false when there is no memory.
-template <qxReal T>
-bool SortUpwards(std::size_t count, const Site<T>* sites, Site<T>* sorted) {
-  constexpr std::size_t bucketSize = 4;
-  const auto isBelow = [](const Site<T>& a, const Site<T>& b) { return a.y < b.y || (a.y == b.y && a.x < b.x); };
-  double low = static_cast<double>(sites[0].y);
-  double high = low;
-  for (std::size_t i = 1; i < count; ++i) {
-    low = std::min(low, static_cast<double>(sites[i].y));
-    high = std::max(high, static_cast<double>(sites[i].y));
-  }
-  const double height = high - low;
-  const double scale = static_cast<double>(count / bucketSize) / height;
-  // One bucket where all are in one row, or coordinates are not finite.
-  const std::size_t buckets = std::isfinite(height) && std::isfinite(scale) ? count / bucketSize + 1 : 1;
-  const auto bucketOf = [&](const Site<T>& site) {
-    if (buckets == 1) return std::size_t{0};
-    return std::min(buckets - 1, static_cast<std::size_t>((static_cast<double>(site.y) - low) * scale));
-  };
-  const qxBlock<std::size_t> ends = qxMakeBlock<std::size_t>(buckets + 1);
-  if (ends == nullptr) return false;
-  std::fill_n(ends.get(), buckets + 1, std::size_t{0});
-  for (std::size_t i = 0; i < count; ++i) ++ends[bucketOf(sites[i]) + 1];
-  for (std::size_t k = 1; k <= buckets; ++k) ends[k] += ends[k - 1];
-  for (std::size_t i = 0; i < count; ++i) sorted[ends[bucketOf(sites[i])]++] = sites[i];
-  for (std::size_t k = 0, start = 0; k < buckets; start = ends[k], ++k) {
-    if (ends[k] - start > 1) std::sort(sorted + start, sorted + ends[k], isBelow);
-  }
-  return true;
-}
-
 /// Drops the points that coincide with a kept one, the start of the hull being kept before all others. The points are
 /// in ascending order of y and stay so.
 /// @return the number of kept points; 0 when there is no memory.
@@ -213,22 +183,6 @@ std::size_t DropCoincident(std::size_t count, Site<T>* sites, std::size_t start)
     sites[kept++] = site;
   }
   return kept;
-}
-
-/// Hull of points in ascending order of y, then x: up along the right side, down along the left one. Points on an edge
-/// are no vertices.
-/// @return the number of vertices, written counter-clockwise to @p hull, which has room for count + 1.
-template <qxReal T>
-std::size_t FindStrictHull(std::size_t count, const Site<T>* sites, Site<T>* hull) {
-  std::size_t size = 0;
-  const auto push = [&](const Site<T>& site, std::size_t floor) {
-    while (size > floor && Turn(ToPoint(hull[size - 2]), ToPoint(hull[size - 1]), ToPoint(site)) <= 0) --size;
-    if (size <= count) hull[size++] = site;  // turns that are not numbers take nothing out
-  };
-  for (std::size_t i = 0; i < count; ++i) push(sites[i], 1);
-  const std::size_t right = size;
-  for (std::size_t i = count - 1; i-- > 0;) push(sites[i], right);
-  return size > 1 ? size - 1 : size;  // the first point came again
 }
 
 /// True when, seen from the origin, @p near lies before @p far in a direction of the same slope: dy / dx within the
@@ -313,41 +267,31 @@ void CQXGeometry::BuildConvexHull(std::int32_t n, const CQXVector2<T>* points, s
 template <qxReal T>
 std::int32_t CQXGeometry::AddPointToConvexHall(const CQXVector2<T>& point, std::int32_t& n, CQXVector2<T>* hull) {
   const CQXVector2<T> added = point;
-  if (!IsNumber(added)) return 0;
+  if (!IsNumber(added) || n == std::numeric_limits<std::int32_t>::max()) return 0;
   const Point p = ToPoint(added);
-  for (std::int32_t i = 0; i < n; ++i) {
-    if (DoCoincide(ToPoint(hull[i]), p)) return 0;
-  }
-  if (n <= 0) {
-    hull[0] = added;
-    n = 1;
-    return 1;
-  }
-  if (n < 3) {
-    const CQXVector2<T> points[3] = {added, hull[0], hull[n - 1]};
-    CQXVector2<T> extended[3];
-    std::int32_t m = 0;
-    BuildConvexHull(n + 1, points, m, extended);
-    const bool isVertex = std::any_of(extended, extended + m,
-                                      [&](const CQXVector2<T>& v) { return v.X() == added.X() && v.Y() == added.Y(); });
-    if (!isVertex) return 0;
-    std::copy_n(extended, m, hull);
-    n = m;
-    return 1;
-  }
-  std::int32_t edge = 0;
-  double farthest = 0;
-  for (std::int32_t i = 0; i < n; ++i) {
+  const std::int32_t count = std::max(n, 0);
+  bool isOutside = count < 3;
+  for (std::int32_t i = 0; i < count; ++i) {
     const Point a = ToPoint(hull[i]);
-    const Point b = ToPoint(hull[i + 1 < n ? i + 1 : 0]);
-    const double length = std::sqrt(SquareLength(b - a));
-    const double distance = -Turn(a, b, p) / (length > 0 ? length : 1);
-    if (distance > farthest) {
-      farthest = distance;
-      edge = i;
-    }
+    if (DoCoincide(a, p)) return 0;
+    isOutside = isOutside || Turn(a, ToPoint(hull[i + 1 < count ? i + 1 : 0]), p) < 0;
   }
-  return farthest > 0 ? UpdateConvexHallEdge(added, edge, n, hull) : 0;
+  if (!isOutside) return 0;
+  // The hull of all of them, so that ties among the new edges are decided as everywhere.
+  const std::size_t size = static_cast<std::size_t>(count) + 1;
+  const qxBlock<CQXVector2<T>> points = qxMakeBlock<CQXVector2<T>>(2 * size);
+  if (points == nullptr) return 0;
+  CQXVector2<T>* const extended = points.get() + size;
+  points[0] = added;
+  std::copy_n(hull, count, points.get() + 1);
+  std::int32_t m = 0;
+  BuildConvexHull(count + 1, points.get(), m, extended);
+  const bool isVertex =
+      std::any_of(extended, extended + m, [&](const CQXVector2<T>& v) { return qxGeometry::AreSame(ToPoint(v), p); });
+  if (!isVertex) return 0;
+  std::copy_n(extended, m, hull);
+  n = m;
+  return 1;
 }
 
 template <qxReal T>
@@ -390,13 +334,12 @@ void CQXGeometry::UniteConvexPolygons(std::int32_t n, const CQXVector2<T>* a, st
   BuildConvexHull(countA + countB, both.get(), k, result);
 }
 
-#define INSTANTIATE(T)                                                                                           \
+#define QX_INSTANTIATE(T)                                                                                        \
   template void CQXGeometry::BuildConvexHull(std::int32_t, const CQXVector2<T>*, std::int32_t&, CQXVector2<T>*); \
   template std::int32_t CQXGeometry::AddPointToConvexHall(const CQXVector2<T>&, std::int32_t&, CQXVector2<T>*);  \
   template std::int32_t CQXGeometry::UpdateConvexHallEdge(const CQXVector2<T>&, std::int32_t, std::int32_t&,     \
                                                           CQXVector2<T>*);                                       \
   template void CQXGeometry::UniteConvexPolygons(std::int32_t, const CQXVector2<T>*, std::int32_t,               \
-                                                 const CQXVector2<T>*, std::int32_t&, CQXVector2<T>*)
-INSTANTIATE(float);
-INSTANTIATE(double);
-#undef INSTANTIATE
+                                                 const CQXVector2<T>*, std::int32_t&, CQXVector2<T>*);
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <type_traits>
 
-/// Planar geometry on arrays of CQXVector2, for float and double.
+/// Geometry of the plane on arrays of CQXVector2, and of lines and planes in space, for float and double.
 ///
 /// A polygon is an array of vertices with their count; the last vertex is joined to the first. "Convex polygon" means
 /// vertices in order, counter-clockwise or clockwise; a single point and a segment are polygons of one and two
@@ -44,12 +44,12 @@ class QX_API CQXGeometry {
   template <qxReal T>
   [[nodiscard]] static std::int32_t TestConvexity(std::int32_t n, const CQXVector2<T>* vertices);
 
-  /// Extends a counter-clockwise hull by a point: the edges that see the point give way to the two tangents, and the
-  /// hull starts at the left end of the lowest run afterwards. O(n).
+  /// Extends a counter-clockwise hull by a point: it becomes the hull that BuildConvexHull() finds for its vertices and
+  /// the point, with the same rule for points on a line. O(n) for a point inside, O(n log n) for others.
   /// @param[in,out] n number of vertices, at most one more afterwards; the hull may start with none
   /// @param[in,out] hull room for n + 1 vertices
   /// @return 1; 0 when the point is inside, on an edge by the rule of BuildConvexHull(), coincident with a vertex or
-  ///         not a number: nothing changes.
+  ///         not a number, and when there is no memory: nothing changes.
   template <qxReal T>
   static std::int32_t AddPointToConvexHall(const CQXVector2<T>& point, std::int32_t& n, CQXVector2<T>* hull);
 
@@ -66,8 +66,11 @@ class QX_API CQXGeometry {
   static std::int32_t UpdateConvexHallEdge(const CQXVector2<T>& point, std::int32_t edge, std::int32_t& n,
                                            CQXVector2<T>* hull);
 
-  /// Tells whether a point is inside a convex polygon. O(log n) for n vertices, O(n) for a point that is outside but
-  /// within the tolerance of an edge's line.
+  /// Tells whether a point is inside a convex polygon, open or closed by a copy of its first vertex.
+  ///
+  /// Vertices that rounding has moved off their edge do no harm: near the border, and where vertices lie so closely
+  /// that rounding turns their edges, the point is counted by all edges. O(log n) for n vertices, O(n) there and for
+  /// polygons that are hardly thicker than the rounding of their coordinates.
   /// @param tolerance a point outside at most this far from an edge counts as inside
   /// @return QX_LOCATION_INSIDE or QX_LOCATION_OUTSIDE; outside for no vertices and for a point that is not a number.
   template <qxReal T>
@@ -117,7 +120,8 @@ class QX_API CQXGeometry {
                                                     T& y1, T& y2);
 
   /// Finds where a ray leaves a convex polygon of at least 3 vertices: the exit of the direction
-  /// (cos angle, sin angle) from @p center, which may lie outside.
+  /// (cos angle, sin angle) from @p center, which may lie outside; the farthest crossing of an edge. The polygon may be
+  /// closed by a copy of its first vertex.
   /// @param[out] exit the point on the boundary
   /// @return 1; 0 when the ray misses the polygon or the polygon has no area: the output is untouched.
   template <qxReal T>
@@ -129,13 +133,14 @@ class QX_API CQXGeometry {
   template <qxReal T>
   [[nodiscard]] static CQXVector2<T> CalculatePolygonCenter(std::int32_t n, const CQXVector2<T>* vertices);
 
-  /// Largest distance between two vertices of a convex polygon, by rotating calipers in O(n). The root is guarded:
-  /// below 3.16e-5 (float: 3.16e-4) it is 0.
+  /// Largest distance between two vertices of any polygon, by rotating calipers about its hull in O(n log n); O(n^2)
+  /// when there is no memory. Vertices that are not numbers are passed over. The root is guarded: below 3.16e-5 (float:
+  /// 3.16e-4) it is 0.
   template <qxReal T>
   [[nodiscard]] static T CalculatePolygonDiameter(std::int32_t n, const CQXVector2<T>* vertices);
 
   /// Least distance from CalculatePolygonCenter() to an edge of a convex polygon: the circle of this radius about the
-  /// center lies inside. 0 for less than 3 vertices; the root is guarded as that of the diameter.
+  /// centre lies inside. 0 for less than 3 vertices; the root is guarded as that of the diameter.
   template <qxReal T>
   [[nodiscard]] static T CalculatePolygonInternalRadius(std::int32_t n, const CQXVector2<T>* vertices);
 

@@ -2,6 +2,7 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/polynomial.h>
+#include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/matrix2.h>
@@ -10,7 +11,6 @@
 #include <qx/matrices/matrix_mn.h>
 #include <qx/matrices/matrix_n.h>
 #include <qx/transforms/quaternion.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/vectors/base_vector.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>

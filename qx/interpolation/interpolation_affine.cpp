@@ -1,3 +1,4 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/interpolation/interpolation.h>
 
 #include <cmath>
@@ -86,13 +87,12 @@ CQXMatrix4<T> CQXInterpolation::AffineTransfCubic(const CQXMatrix4<T>& a, const 
                                       d.ExtractTranslation(), t0, t1, t2, t3, t));
 }
 
-#define INSTANTIATE(T)                                                                                                 \
+#define QX_INSTANTIATE(T)                                                                                              \
   template CQXMatrix4<T> CQXInterpolation::ScalingsLinear(const CQXMatrix4<T>&, const CQXMatrix4<T>&, T) noexcept;     \
   template CQXMatrix4<T> CQXInterpolation::ScalingsCubic(                                                              \
       const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, T, T, T, T, T) noexcept; \
   template CQXMatrix4<T> CQXInterpolation::AffineTransfLinear(const CQXMatrix4<T>&, const CQXMatrix4<T>&, T);          \
   template CQXMatrix4<T> CQXInterpolation::AffineTransfCubic(                                                          \
-      const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, T, T, T, T, T)
-INSTANTIATE(float);
-INSTANTIATE(double);
-#undef INSTANTIATE
+      const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, const CQXMatrix4<T>&, T, T, T, T, T);
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE

@@ -1,3 +1,4 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/interpolation/interpolation.h>
 #include <qx/kernels/interpolation_kernels.h>
 
@@ -118,7 +119,7 @@ CQXBaseMatrix<T> CQXInterpolation::MatricesCubic(const CQXBaseMatrix<T>& a, cons
   return Cubic<T>(a, b, c, d, t0, t1, t2, t3, t);
 }
 
-#define INSTANTIATE(T)                                                                                                 \
+#define QX_INSTANTIATE(T)                                                                                              \
   template CQXBaseVector<T> CQXInterpolation::VectorsLinear(const CQXBaseVector<T>&, const CQXBaseVector<T>&, T);      \
   template CQXBaseVector<CQXComplex<T>> CQXInterpolation::VectorsLinear(const CQXBaseVector<CQXComplex<T>>&,           \
                                                                         const CQXBaseVector<CQXComplex<T>>&, T);       \
@@ -134,7 +135,6 @@ CQXBaseMatrix<T> CQXInterpolation::MatricesCubic(const CQXBaseMatrix<T>& a, cons
                                                                 const CQXBaseMatrix<T>&, T, T, T, T);                  \
   template CQXBaseMatrix<T> CQXInterpolation::MatricesCubic(const CQXBaseMatrix<T>&, const CQXBaseMatrix<T>&,          \
                                                             const CQXBaseMatrix<T>&, const CQXBaseMatrix<T>&, T, T, T, \
-                                                            T, T)
-INSTANTIATE(float);
-INSTANTIATE(double);
-#undef INSTANTIATE
+                                                            T, T);
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE

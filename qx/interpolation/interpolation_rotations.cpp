@@ -1,4 +1,5 @@
 #include <qx/foundation/angle.h>
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/interpolation/interpolation.h>
 
 #include <cmath>
@@ -62,14 +63,13 @@ CQXVector3<T> CQXInterpolation::RotationsCubic(const CQXVector3<T>& aInDegrees, 
   return angles;
 }
 
-#define INSTANTIATE(T)                                                                                                 \
+#define QX_INSTANTIATE(T)                                                                                              \
   template CQXQuaternion<T> CQXInterpolation::SlerpCubic(const CQXQuaternion<T>&, const CQXQuaternion<T>&,             \
                                                          const CQXQuaternion<T>&, const CQXQuaternion<T>&, T, T, T, T, \
                                                          T) noexcept;                                                  \
   template void CQXInterpolation::RotationsLinear<T>(T, T, T, T, T, T, qxRotationsOrder, T, T&, T&, T&) noexcept;      \
   template CQXVector3<T> CQXInterpolation::RotationsCubic(const CQXVector3<T>&, const CQXVector3<T>&,                  \
                                                           const CQXVector3<T>&, const CQXVector3<T>&,                  \
-                                                          qxRotationsOrder, T, T, T, T, T) noexcept
-INSTANTIATE(float);
-INSTANTIATE(double);
-#undef INSTANTIATE
+                                                          qxRotationsOrder, T, T, T, T, T) noexcept;
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE

@@ -1,4 +1,5 @@
 #include <qx/foundation/complex.h>
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/foundation/polynomial.h>
 #include <qx/kernels/interpolation_kernels.h>
 
@@ -40,9 +41,8 @@ void BlendCubic(std::size_t count, const T* a, const T* b, const T* c, const T* 
   template void BlendLinear(std::size_t, const T*, const T*, T, T*) noexcept;                                     \
   template void BlendLinear(std::size_t, const CQXComplex<T>*, const CQXComplex<T>*, T, CQXComplex<T>*) noexcept; \
   template void BlendQuadratic(std::size_t, const T*, const T*, const T*, const T*, T, T*) noexcept;              \
-  template void BlendCubic(std::size_t, const T*, const T*, const T*, const T*, const T*, T, T*) noexcept
-
-QX_INSTANTIATE(float);
-QX_INSTANTIATE(double);
+  template void BlendCubic(std::size_t, const T*, const T*, const T*, const T*, const T*, T, T*) noexcept;
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE
 
 }  // namespace qxKernels

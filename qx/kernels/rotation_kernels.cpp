@@ -1,3 +1,4 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/kernels/array_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
 
@@ -95,10 +96,7 @@ void JacobiRotate(std::size_t count, T s, T tau, T* x, T* y) noexcept {
   template void Rotate<T>(std::size_t, T, T, T*, T*) noexcept;                                              \
   template void RotateInSequence<T>(std::size_t, const T*, const T*, std::size_t, T*) noexcept;             \
   template void JacobiRotate<T>(std::size_t, T, T, T*, T*) noexcept;
-
-QX_INSTANTIATE(float)
-QX_INSTANTIATE(double)
-
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
 #undef QX_INSTANTIATE
 
 }  // namespace qxKernels

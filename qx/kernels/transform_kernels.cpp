@@ -1,3 +1,4 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/kernels/transform_kernels.h>
 
 namespace qxKernels {
@@ -28,9 +29,10 @@ void TransformVectors(std::size_t count, const T* matrix, const T* source, T* ta
   }
 }
 
-template void TransformPoints(std::size_t, const float*, const float*, float*) noexcept;
-template void TransformPoints(std::size_t, const double*, const double*, double*) noexcept;
-template void TransformVectors(std::size_t, const float*, const float*, float*) noexcept;
-template void TransformVectors(std::size_t, const double*, const double*, double*) noexcept;
+#define QX_INSTANTIATE(T)                                                      \
+  template void TransformPoints(std::size_t, const T*, const T*, T*) noexcept; \
+  template void TransformVectors(std::size_t, const T*, const T*, T*) noexcept;
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE
 
 }  // namespace qxKernels

@@ -1,6 +1,6 @@
 #include <qx/foundation/complex.h>
+#include <qx/kernels/closed_form_kernels.h>
 #include <qx/matrices/matrix2.h>
-#include <qx/solvers/algebra.h>
 #include <qx/vectors/base_vector.h>
 #include <qx/vectors/vector4.h>
 
@@ -9,10 +9,11 @@
 
 template <qxReal T>
 std::int32_t CQXMatrix2<T>::FindEigenvalues(T& a, T& b, T tolerance) const noexcept {
-  const std::int32_t result = CQXAlgebra::SolveReducedQuadratic(-Base::Trace(), Det(), a, b, tolerance);
+  const auto roots = qxKernels::SolveReducedQuadratic(-Base::Trace(), Det(), tolerance);
+  roots.Write(a, b);
   if (std::abs(a) <= tolerance) a = 0;
   if (std::abs(b) <= tolerance) b = 0;
-  return result;
+  return roots.code;
 }
 
 template <qxReal T>

@@ -1,7 +1,7 @@
 #include <qx/foundation/angle.h>
 #include <qx/foundation/complex.h>
+#include <qx/kernels/closed_form_kernels.h>
 #include <qx/matrices/matrix3.h>
-#include <qx/solvers/algebra.h>
 #include <qx/vectors/base_vector.h>
 #include <qx/vectors/vector_functions.h>
 
@@ -168,7 +168,7 @@ std::int32_t CQXMatrix3<T>::FindZeroRows(T* target, T tolerance) const noexcept 
 template <qxReal T>
 std::int32_t CQXMatrix3<T>::FindEigenvalues(T& a, T& b, T& c, T tolerance) const noexcept {
   const T minors = CalculateMinor(0, 1, 0, 1) + CalculateMinor(0, 2, 0, 2) + CalculateMinor(1, 2, 1, 2);
-  const std::int32_t result = CQXAlgebra::SolveReducedCubic(-Base::Trace(), minors, -Det(), a, b, c, tolerance);
+  const std::int32_t result = qxKernels::SolveReducedCubic(-Base::Trace(), minors, -Det(), a, b, c, tolerance);
   for (T* root : {&a, &b, &c}) {
     if (std::abs(*root) <= tolerance) *root = 0;
   }
@@ -236,8 +236,8 @@ std::int32_t CQXMatrix3<T>::FindAnySolution(const CQXVector3<T>& b, CQXVector3<T
   CQXVector3<T> solution;
   std::int32_t condition;
   const std::int32_t result =
-      CQXAlgebra::Solve3x3System(m_c[0], m_c[1], m_c[2], m_c[3], m_c[4], m_c[5], m_c[6], m_c[7], m_c[8], b.X(), b.Y(),
-                                 b.Z(), solution.X(), solution.Y(), solution.Z(), condition, tolerance);
+      qxKernels::Solve3x3System(m_c[0], m_c[1], m_c[2], m_c[3], m_c[4], m_c[5], m_c[6], m_c[7], m_c[8], b.X(), b.Y(),
+                                b.Z(), solution.X(), solution.Y(), solution.Z(), condition, tolerance);
   x = solution;
   return result;
 }

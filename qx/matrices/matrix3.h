@@ -1,10 +1,10 @@
 #pragma once
 
+#include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/matrices/fixed_matrix.h>
 #include <qx/matrices/internal/fixed_lanes.h>
 #include <qx/matrices/matrix2.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
 
 #include <cmath>

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/callable.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/scalar.h>
+#include <qx/foundation/tolerance.h>
 
 #include <cstdint>
 
@@ -16,11 +18,17 @@ class CQXVectorN;
 ///
 /// Beside the caller's tolerance there is one fixed small value, QX_TOLERANCE: function values, derivatives, steps and
 /// radicands below it count as zero. None of the root finders tests that a root is bracketed.
+///
+/// The root finders take a plain function, a function with a @p user pointer that is handed through unchanged on every
+/// call, or any callable, a lambda with a capture for instance: one algorithm, one order of evaluations. A function may
+/// throw; the exception passes through.
 template <qxReal T>
 class QX_API CQXAlgebraFunctions {
  public:
   /// Function of one variable.
   using Function = T (*)(T);
+  /// Function of one variable and the user's pointer.
+  using FunctionWithUser = T (*)(T, void*);
 
   /// Solves a x + b y = r0, c x + d y = r1 by Cramer's rule.
   ///
@@ -76,23 +84,49 @@ class QX_API CQXAlgebraFunctions {
   /// @return 1 when a step is below @p tol, and also where the derivative vanishes, with @p root the last iterate: test
   ///         f(root) if that may happen. 0 when the iterate left the interval, @p root untouched, or after 19 steps.
   static std::int32_t Newton(T lo, T hi, T tol, T& root, Function f, Function df);
+  static std::int32_t Newton(T lo, T hi, T tol, T& root, void* user, FunctionWithUser f, FunctionWithUser df);
+  template <typename F, typename DF>
+  requires qxCallable<F, T, T> || qxCallable<DF, T, T>
+  static std::int32_t Newton(T lo, T hi, T tol, T& root, F&& f, DF&& df) {
+    qxCallables both(f, df);
+    return Newton(lo, hi, tol, root, &both, both.template CallFirst<T, T>, both.template CallSecond<T, T>);
+  }
 
   /// Newton's method guarded by bisection, 99 steps at most; f(lo) and f(hi) should differ in sign.
   /// @param tol the step is compared with it
   /// @return the last iterate, or an end where f is below the small value
   [[nodiscard]] static T SafeNewton(T lo, T hi, T tol, Function f, Function df);
+  [[nodiscard]] static T SafeNewton(T lo, T hi, T tol, void* user, FunctionWithUser f, FunctionWithUser df);
+  template <typename F, typename DF>
+  requires qxCallable<F, T, T> || qxCallable<DF, T, T>
+  [[nodiscard]] static T SafeNewton(T lo, T hi, T tol, F&& f, DF&& df) {
+    qxCallables both(f, df);
+    return SafeNewton(lo, hi, tol, &both, both.template CallFirst<T, T>, both.template CallSecond<T, T>);
+  }
 
   /// Brent's method (inverse quadratic interpolation, bisection where it is slow), 100 steps at most; f(lo) and f(hi)
   /// should differ in sign. R. P. Brent, Algorithms for Minimization without Derivatives (1973), chapter 4.
   /// @param tol width of the bracket at which the search ends
   /// @return the last iterate
   [[nodiscard]] static T Brent(T lo, T hi, T tol, Function f);
+  [[nodiscard]] static T Brent(T lo, T hi, T tol, void* user, FunctionWithUser f);
+  template <qxCallable<T, T> F>
+  [[nodiscard]] static T Brent(T lo, T hi, T tol, F&& f) {
+    qxCallables one(f);
+    return Brent(lo, hi, tol, &one, one.template CallFirst<T, T>);
+  }
 
   /// Secant method, 49 steps at most. Equal function values at both ends are not guarded: the result is then not
   /// finite.
   /// @param tol the step is compared with it
   /// @return the last iterate
   [[nodiscard]] static T Secant(T lo, T hi, T tol, Function f);
+  [[nodiscard]] static T Secant(T lo, T hi, T tol, void* user, FunctionWithUser f);
+  template <qxCallable<T, T> F>
+  [[nodiscard]] static T Secant(T lo, T hi, T tol, F&& f) {
+    qxCallables one(f);
+    return Secant(lo, hi, tol, &one, one.template CallFirst<T, T>);
+  }
 
   /// Bisection; f(lo) and f(hi) should differ in sign.
   ///
@@ -102,6 +136,12 @@ class QX_API CQXAlgebraFunctions {
   /// value at @p hi is that small.
   /// @return the last iterate
   [[nodiscard]] static T Bisection(T lo, T hi, T tol, Function f);
+  [[nodiscard]] static T Bisection(T lo, T hi, T tol, void* user, FunctionWithUser f);
+  template <qxCallable<T, T> F>
+  [[nodiscard]] static T Bisection(T lo, T hi, T tol, F&& f) {
+    qxCallables one(f);
+    return Bisection(lo, hi, tol, &one, one.template CallFirst<T, T>);
+  }
 
   /// Cuts [lo, hi] into @p n equal steps and collects those over which f changes its sign.
   ///
@@ -110,6 +150,14 @@ class QX_API CQXAlgebraFunctions {
   /// @param lowerEnds,upperEnds ends of the brackets; room for n each
   static void NarrowRootBrackets(const T& lo, const T& hi, std::int32_t n, std::int32_t& found, T* lowerEnds,
                                  T* upperEnds, Function f);
+  static void NarrowRootBrackets(const T& lo, const T& hi, std::int32_t n, std::int32_t& found, T* lowerEnds,
+                                 T* upperEnds, void* user, FunctionWithUser f);
+  template <qxCallable<T, T> F>
+  static void NarrowRootBrackets(const T& lo, const T& hi, std::int32_t n, std::int32_t& found, T* lowerEnds,
+                                 T* upperEnds, F&& f) {
+    qxCallables one(f);
+    NarrowRootBrackets(lo, hi, n, found, lowerEnds, upperEnds, &one, one.template CallFirst<T, T>);
+  }
 
   /// Widens [x1, x2] by a factor of 1.6 until f changes its sign over it, 49 times at most.
   ///
@@ -117,6 +165,12 @@ class QX_API CQXAlgebraFunctions {
   /// for it is that at @p x1: from then on no change of sign is seen. Start with the smaller value at @p x1.
   /// @return 1 when a bracket was found, 0 otherwise; @p x1 and @p x2 hold the last interval
   static std::int32_t SearchRootBrackets(T& x1, T& x2, Function f);
+  static std::int32_t SearchRootBrackets(T& x1, T& x2, void* user, FunctionWithUser f);
+  template <qxCallable<T, T> F>
+  static std::int32_t SearchRootBrackets(T& x1, T& x2, F&& f) {
+    qxCallables one(f);
+    return SearchRootBrackets(x1, x2, &one, one.template CallFirst<T, T>);
+  }
 
   /// Solves @p A x = b by conjugate gradients with the diagonal of the working matrix as preconditioner.
   ///

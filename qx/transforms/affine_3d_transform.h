@@ -1,12 +1,12 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
 #include <qx/transforms/base_3d_transform.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>
 
@@ -59,7 +59,7 @@ class QX_API CQXAffine3DTransform : public CQXBase3DTransform<T> {
   void SetTranslation(const CQXVector3<T>& t) noexcept;
   /// Scaling by a factor for each axis, about the origin.
   void SetScaling(const CQXVector3<T>& s) noexcept;
-  /// Scaling about the center @p c, d = (1 - s) c for each axis. A center whose guarded length is within 1e-6 of zero
+  /// Scaling about the centre @p c, d = (1 - s) c for each axis. A centre whose guarded length is within 1e-6 of zero
   /// counts as the origin: d is exactly 0.
   void SetScaling(const CQXVector3<T>& s, const CQXVector3<T>& c) noexcept;
   /// A := @p r, which is not tested, and d := 0.
@@ -84,12 +84,12 @@ class QX_API CQXAffine3DTransform : public CQXBase3DTransform<T> {
   void SetShearYZ(T a, T b) noexcept;
 
   // ---- Composite motions. t is the translation, r or the three angles the rotation, c a point that belongs to the
-  // rotation, s the factors of scaling and cs the center of scaling, always in this order of arguments.
+  // rotation, s the factors of scaling and cs the centre of scaling, always in this order of arguments.
   //
   // Where no scaling stands between translation and rotation, c is subtracted from the last column and the rotated c is
   // not added: RT is (r | t - c) and TR is (r | r t - c), so that a point c other than zero does not stay in place.
   // Where the scaling stands between them, and in SR and RS, the rotation is about c as SetRotation(r, c) builds it.
-  // The scaling is always SetScaling(s, cs), with its test of the center.
+  // The scaling is always SetScaling(s, cs), with its test of the centre.
 
   /// Scaling, then translation: d = (1 - s) cs + t for each axis.
   void SetST(const CQXVector3<T>& t, const CQXVector3<T>& s, const CQXVector3<T>& cs) noexcept;

@@ -1,6 +1,21 @@
 #include <qx/geometry/geometry.h>
+#include <qx/transforms/internal/view_clipping.h>
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/vectors/vector_functions.h>
+
+namespace {
+
+/// The planes of a view's volume.
+template <qxReal T>
+qxViewClipping::Volume<T> VolumeOf(const CQXProjective3DTransform<T>& view) noexcept {
+  qxViewClipping::Volume<T> volume;
+  T d;
+  view.GetProjectionPlane(volume.normal.X(), volume.normal.Y(), volume.normal.Z(), d);
+  view.GetViewVolumeCoefficients(volume.front, volume.back);
+  return volume;
+}
+
+}  // namespace
 
 template <qxReal T>
 CQXProjective3DTransform<T>::~CQXProjective3DTransform() = default;
@@ -167,6 +182,94 @@ qxRelativeLocation CQXProjective3DTransform<T>::ProjectPoints(std::int32_t n, co
   }
   if (insideNb >= n) return QX_LOCATION_INSIDE;
   return insideNb == 0 ? QX_LOCATION_OUTSIDE : QX_LOCATION_CLIPPED;
+}
+
+// ---- Clipping
+
+template <qxReal T>
+qxRectangleBorder CQXProjective3DTransform<T>::FindBorderType(const CQXVector2<T>& q,
+                                                              std::int32_t horizontalFirst) const noexcept {
+  return CQXGeometry::PointRelativelyRectangleBorder(q, CQXVector2<T>(), WindowCorner(), horizontalFirst);
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::EncloseCornerPoint(qxRectangleBorder border1, qxRectangleBorder border2,
+                                                             CQXVector2<T>& q) const noexcept {
+  return CQXGeometry::EncloseCornerPoint(border1, border2, CQXVector2<T>(), WindowCorner(), q);
+}
+
+template <qxReal T>
+qxRelativeLocation CQXProjective3DTransform<T>::FindSegmentWindowIntersection(
+    const CQXVector2<T>& a, const CQXVector2<T>& b, CQXVector2<T>& q1, CQXVector2<T>& q2, std::int32_t& clipped1,
+    std::int32_t& clipped2, qxRectangleBorder& border1, qxRectangleBorder& border2) const noexcept {
+  qxViewClipping::Segment<T> left;
+  const qxRelativeLocation location = qxViewClipping::ClipSegment(WindowCorner(), a, b, left);
+  if (location == QX_LOCATION_OUTSIDE) return location;
+  q1 = left.q1;
+  q2 = left.q2;
+  clipped1 = left.clipped1;
+  clipped2 = left.clipped2;
+  border1 = left.border1;
+  border2 = left.border2;
+  return location;
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::FindTrianglePlaneIntersection(const CQXVector3<T>* triangle,
+                                                                        const qxBackFrontLocation* locations,
+                                                                        CQXVector3<T>* polygon) const noexcept {
+  return qxViewClipping::CutTriangle(VolumeOf(*this), triangle, locations, polygon);
+}
+
+template <qxReal T>
+qxRelativeLocation CQXProjective3DTransform<T>::ProjectClippedSegment(const CQXVector3<T>& p1, const CQXVector3<T>& p2,
+                                                                      CQXVector2<T>& q1,
+                                                                      CQXVector2<T>& q2) const noexcept {
+  if (m_isReady == 0) return QX_LOCATION_OUTSIDE;
+  const qxBackFrontLocation location1 = IsPointBetweenBackFrontPlanes(p1);
+  const qxBackFrontLocation location2 = IsPointBetweenBackFrontPlanes(p2);
+  CQXVector3<T> end1 = p1, end2 = p2;
+  std::int32_t cutByPlane = 0;
+  if (location1 != QX_BETWEEN_PLANES && location2 != QX_BETWEEN_PLANES) return QX_LOCATION_OUTSIDE;
+  if (location1 != QX_BETWEEN_PLANES) {
+    end1 = qxViewClipping::CutByPlane(VolumeOf(*this), p1, p2 - p1, p1, location1);
+    cutByPlane = 3;
+  } else if (location2 != QX_BETWEEN_PLANES) {
+    end2 = qxViewClipping::CutByPlane(VolumeOf(*this), p1, p2 - p1, p2, location2);
+    cutByPlane = 4;
+  }
+  CQXVector2<T> a, b;
+  if (!Project(end1, a) || !Project(end2, b)) return QX_LOCATION_OUTSIDE;
+  if (IsInsideViewWindow(a) != 0 && IsInsideViewWindow(b) != 0) {
+    q1 = a;
+    q2 = b;
+    return static_cast<qxRelativeLocation>(cutByPlane);
+  }
+  std::int32_t clipped1, clipped2;
+  qxRectangleBorder border1, border2;
+  return FindSegmentWindowIntersection(a, b, q1, q2, clipped1, clipped2, border1, border2);
+}
+
+template <qxReal T>
+qxRelativeLocation CQXProjective3DTransform<T>::ProjectClippedTriangle(const CQXVector3<T>* in, CQXVector2<T>* out,
+                                                                       std::int32_t& count) const noexcept {
+  count = 0;
+  if (m_isReady == 0) return QX_LOCATION_OUTSIDE;
+  qxBackFrontLocation locations[3];
+  std::int32_t outsideNb = 0;
+  for (std::int32_t i = 0; i < 3; ++i) {
+    locations[i] = IsPointBetweenBackFrontPlanes(in[i]);
+    if (locations[i] != QX_BETWEEN_PLANES) ++outsideNb;
+  }
+  if (outsideNb == 3) return QX_LOCATION_OUTSIDE;
+  CQXVector3<T> polygon[4];
+  CQXVector2<T> vertices[4];
+  const std::int32_t verticesNb = FindTrianglePlaneIntersection(in, locations, polygon);
+  for (std::int32_t i = 0; i < verticesNb; ++i) {
+    if (!Project(polygon[i], vertices[i])) return QX_LOCATION_OUTSIDE;
+  }
+  const qxRelativeLocation location = qxViewClipping::ClipOutline(WindowCorner(), verticesNb, vertices, out, count);
+  return location == QX_LOCATION_INSIDE && outsideNb > 0 ? QX_LOCATION_CLIPPED : location;
 }
 
 template class CQXProjective3DTransform<float>;

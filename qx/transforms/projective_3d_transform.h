@@ -5,18 +5,12 @@
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
 #include <qx/matrices/matrix4.h>
+#include <qx/transforms/back_front_location.h>
 #include <qx/transforms/base_3d_transform.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 
 #include <cstdint>
-
-/// Where a point lies relative to the two planes of the view volume.
-enum qxBackFrontLocation : std::int32_t {
-  QX_BETWEEN_PLANES = 0,      ///< between the planes or on one of them
-  QX_BEFORE_FRONT_PLANE = 1,  ///< before the front plane
-  QX_BEHIND_BACK_PLANE = 2    ///< behind the back plane
-};
 
 /// A camera in world space: a view plane with a rectangular window on it, and on demand a front and a back plane. It
 /// projects points into window coordinates and clips segments and triangles, first by the two planes in space, then by
@@ -243,9 +237,6 @@ class QX_API CQXProjective3DTransform : public CQXBase3DTransform<T> {
  private:
   [[nodiscard]] bool Project(const CQXVector3<T>& p, CQXVector2<T>& q) const noexcept;
   [[nodiscard]] CQXVector2<T> WindowCorner() const noexcept { return {m_windowWidth, m_windowHeight}; }
-  /// Moves the end @p outside of a segment to the plane of the view volume that it is beyond.
-  [[nodiscard]] CQXVector3<T> CutByPlane(const CQXVector3<T>& p, const CQXVector3<T>& direction,
-                                         const CQXVector3<T>& outside, qxBackFrontLocation location) const noexcept;
 };
 
 extern template class QX_API CQXProjective3DTransform<float>;

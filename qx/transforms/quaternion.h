@@ -1,10 +1,10 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/matrices/matrix3.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
 
 #include <cmath>
@@ -121,8 +121,11 @@ class QX_API CQXQuaternion {
 
   /// The Hamilton product this b: as a rotation, @p b acts first.
   [[nodiscard]] constexpr CQXQuaternion operator*(const CQXQuaternion& b) const noexcept {
-    return {w * b.w - x * b.x - y * b.y - z * b.z, w * b.x + x * b.w + y * b.z - z * b.y,
-            w * b.y + y * b.w + z * b.x - x * b.z, w * b.z + z * b.w + x * b.y - y * b.x};
+    // Sums alone: g++ makes fused operations of alternating sums and differences where it may, options regardless.
+    const T negativeX = -x, negativeY = -y, negativeZ = -z;
+    return {w * b.w + negativeX * b.x + negativeY * b.y + negativeZ * b.z,
+            w * b.x + x * b.w + y * b.z + negativeZ * b.y, w * b.y + y * b.w + z * b.x + negativeX * b.z,
+            w * b.z + z * b.w + x * b.y + negativeY * b.x};
   }
   /// The running product, which is not the Hamilton product: each component is stored before the next one is formed
   /// from it.
@@ -136,10 +139,12 @@ class QX_API CQXQuaternion {
   /// be this quaternion.
   constexpr CQXQuaternion& operator*=(const CQXQuaternion& b) noexcept {
     const CQXQuaternion c = b;
+    // Sums alone in the last two lines, as in the Hamilton product.
+    const T negativeX = -c.x, negativeZ = -c.z;
     w = w * c.w - x * c.x - y * c.y - z * c.z;
     x = w * c.x + x * c.w + y * c.z - z * c.y;
-    y = w * c.y - x * c.z + y * c.w - z * c.x;
-    z = w * c.z + x * c.y - y * c.x + z * c.w;
+    y = w * c.y + x * negativeZ + y * c.w + z * negativeX;
+    z = w * c.z + x * c.y + y * negativeX + z * c.w;
     return *this;
   }
 

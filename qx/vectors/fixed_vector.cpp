@@ -1,4 +1,4 @@
-#include <qx/solvers/algebra.h>
+#include <qx/kernels/closed_form_kernels.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>
@@ -11,7 +11,7 @@ std::int32_t CQXVector2<T>::DecomposeInBasis(const CQXVector2& a, const CQXVecto
   T x, y;
   std::int32_t condition;
   const std::int32_t result =
-      CQXAlgebra::Solve2x2System(a.X(), b.X(), a.Y(), b.Y(), X(), Y(), x, y, condition, tolerance);
+      qxKernels::Solve2x2System(a.X(), b.X(), a.Y(), b.Y(), X(), Y(), x, y, condition, tolerance);
   if (result != 1 || condition != 1) return 0;
   alpha = x;
   beta = y;
@@ -23,8 +23,8 @@ std::int32_t CQXVector3<T>::DecomposeInBasis(const CQXVector3& a, const CQXVecto
                                              T& beta, T& gamma, T tolerance) const noexcept {
   T x, y, z;
   std::int32_t condition;
-  const std::int32_t result = CQXAlgebra::Solve3x3System(a.X(), b.X(), c.X(), a.Y(), b.Y(), c.Y(), a.Z(), b.Z(), c.Z(),
-                                                         X(), Y(), Z(), x, y, z, condition, tolerance);
+  const std::int32_t result = qxKernels::Solve3x3System(a.X(), b.X(), c.X(), a.Y(), b.Y(), c.Y(), a.Z(), b.Z(), c.Z(),
+                                                        X(), Y(), Z(), x, y, z, condition, tolerance);
   if (result != 1 || condition != 1) return 0;
   alpha = x;
   beta = y;

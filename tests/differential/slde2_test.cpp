@@ -3,10 +3,26 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <new>
 #include <random>
 
 #include "tests/typed_test.h"
+
+namespace {
+
+bool isMemoryRefused = false;
+
+}  // namespace
+
+// Not inlined: the compiler would take malloc and free apart from new and delete and warn of a mismatch.
+[[gnu::noinline]] void* operator new[](std::size_t bytes) {
+  void* const block = isMemoryRefused ? nullptr : std::malloc(bytes);
+  return block != nullptr ? block : throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete[](void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
 namespace {
 
@@ -120,7 +136,7 @@ TYPED_TEST(SLDE2, EveryClassFollowsTheExponentialOfItsMatrix) {
     CQXVector2<T> out[6];
     for (const std::int32_t forward : {1, 0}) {
       system.CalculateTrajectory(x, y, 6, out, T(0.125), forward);
-      EXPECT_EQ(out[0].X() == x && out[0].Y() == y, true);
+      this->ExpectNear(out[0], x0, 0);
       this->ExpectNear(system.GetSolutionAtTime(0), x0, 512 * double(this->eps) * scale);
       for (int k = 1; k < 6; ++k) {
         const CQXVector2<T> state = system.GetSolutionAtTime((forward != 0 ? T(0.125) : T(-0.125)) * T(k));
@@ -148,6 +164,37 @@ TYPED_TEST(SLDE2, ASolutionComesOnlyFromItsOwnSystem) {
   system.CalculateGeneralSolution();
   EXPECT_EQ(system.GetInhomogenType(), QX_SLDE2_HOMOGENEOUS);
   EXPECT_EQ((system.GetEigenvalues() - CQXVector2<T>(1, -1)).NormInf(), 0);
+}
+
+TYPED_TEST(SLDE2, ARefusedBlockLeavesNoSolution) {
+  using T = TypeParam;
+  CQXSLDE2<T> system;
+  system.SetTransformation(CQXMatrix2<T>(0, 1, -1, 0), CQXVector2<T>(1, 1));
+  this->Solve(system, 2, 3, 0);
+  this->ExpectNear(system.GetSolutionAtTime(0), {2, 3}, 16 * double(this->eps));
+  isMemoryRefused = true;
+  EXPECT_THROW(system.CalculateGeneralSolution(), std::bad_alloc);
+  isMemoryRefused = false;
+  EXPECT_EQ(system.GetGeneralType(), QX_SLDE2_GENERAL_NONE);
+  for (const T t : {T(0), T(1)}) EXPECT_EQ(system.GetSolutionAtTime(t).NormInf(), 0);
+  system.CalculateParticularSolution();
+  EXPECT_EQ(system.GetSolutionAtTime(0).NormInf(), 0);
+}
+
+TYPED_TEST(SLDE2, ThePrecisionActsFromTheNextClassificationOn) {
+  using T = TypeParam;
+  CQXSLDE2<T> system;
+  system.SetTransformation(CQXMatrix2<T>(1, 0, 0, T(1.25)), CQXVector2<T>());
+  system.CalculateGeneralSolution();
+  system.SetPrecision(T(0.5));
+  EXPECT_EQ(system.GetGeneralType(), QX_SLDE2_2_EXPONENTS);
+  system.CalculateGeneralSolution();  // with the same matrix
+  EXPECT_EQ(system.GetGeneralType(), QX_SLDE2_1_EXP_2_EIGENVECTORS);
+  EXPECT_EQ(system.GetEigenvalues().X(), system.GetEigenvalues().Y());
+  system.SetPrecision(T(0.01));
+  system.CalculateGeneralSolution();
+  EXPECT_EQ(system.GetGeneralType(), QX_SLDE2_2_EXPONENTS);
+  EXPECT_EQ(system.GetPrecision(), T(0.01));
 }
 
 TYPED_TEST(SLDE2, TheBandsLeaveAStartThatHoldsOrZero) {

@@ -101,6 +101,26 @@ class ConvexPolygon : public ::testing::Test {
     return {At(x1, y1), At(x2, y1), At(x2, y2), At(x1, y2)};
   }
 
+  /// A random polygon with vertices on its edges, as far as rounding lets them, at an offset; thin every fourth time.
+  Points<T> RingAt(double offset, int round) {
+    Points<T> points, ring;
+    const double height = round % 4 == 3 ? 0.01 : 1;
+    for (int i = 0; i < 9; ++i) {
+      const double x = Draw();
+      points.push_back(At(offset + 100 * x, offset + 100 * (height * Draw() + x * (1 - height))));
+    }
+    const Points<T> corners = Hull(points);
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+      const auto a = corners[i], step = corners[(i + 1) % corners.size()] - a;
+      ring.push_back(a);
+      for (T t = T(Draw()) / 64; round % 2 == 0 && t < 1; t = t * T(1 + 4 * Draw())) ring.push_back(a + step * t);
+    }
+    if (round % 8 >= 4) std::reverse(ring.begin(), ring.end());
+    std::rotate(ring.begin(), ring.begin() + static_cast<std::ptrdiff_t>(generator() % ring.size()), ring.end());
+    if (round % 3 == 0) ring.push_back(ring[0]);
+    return ring;
+  }
+
   Points<T> RandomPolygon() {
     Points<T> points;
     const double x = Draw(), y = Draw();
@@ -195,6 +215,11 @@ TYPED_TEST(ConvexPolygon, LocationAgreesWithTheDepth) {
   EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({1, 1}, 5, house.data()), QX_LOCATION_INSIDE);
   EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({3, 0}, 4, house.data()), QX_LOCATION_INSIDE);  // no area
   EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({4, 0}, 4, house.data()), QX_LOCATION_OUTSIDE);
+  // On the lines of edges, some with a vertex on them, and beyond their ends.
+  const Points<T> box = {{0, 0}, {1, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 1}};
+  for (const auto& p : Points<T>{{0, 5}, {0, -1}, {-1, 0}, {5, 0}, {2, 5}, {2, -1}, {5, 2}, {-1, 2}}) {
+    EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon(p, 6, box.data()), QX_LOCATION_OUTSIDE) << p.X() << ' ' << p.Y();
+  }
   EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({1, 1}, 0, nullptr), QX_LOCATION_OUTSIDE);
   EXPECT_EQ(CQXGeometry::IsPointInConvexPolygon<T>({nan, 1}, 5, house.data()), QX_LOCATION_OUTSIDE);
 }
@@ -299,23 +324,49 @@ TYPED_TEST(ConvexPolygon, CutsByLinesAndRays) {
   EXPECT_EQ(CQXGeometry::PolarRayPolygonIntersection<T>({-2, 0}, 180, 4, kite.data(), exit), 0);
 }
 
-TYPED_TEST(ConvexPolygon, DiameterIsThatOfAllPairs) {
+/// Against all pairs and all edges: polygons as programs have them, with offsets and vertices on edges.
+TYPED_TEST(ConvexPolygon, RoundedRingsAgreeWithBruteForce) {
   using T = TypeParam;
-  for (int round = 0; round < 200; ++round) {
-    Points<T> polygon;
-    const Points<T> corners = this->RandomPolygon();
-    for (std::size_t i = 0; i < corners.size(); ++i) {  // with vertices on some edges, as far as rounding lets them
-      const auto a = corners[i], b = corners[(i + 1) % corners.size()];
-      polygon.push_back(a);
-      if (this->generator() % 2 == 0) polygon.push_back((a + b) / T(2));
+  for (int round = 0; round < 480; ++round) {
+    const double offset = round % 5 * 1000, noise = 16 * static_cast<double>(this->eps) * (offset + 100);
+    const Points<T> ring = this->RingAt(offset, round), hull = Hull(ring);
+    const std::int32_t n = Count(ring);
+    const auto location = [&](const CQXVector2<T>& p) {
+      return CQXGeometry::IsPointInConvexPolygon(p, n, ring.data());
+    };
+    double diameter = 0, angle = 360 * this->Draw();
+    for (const auto& a : ring) {
+      for (const auto& b : ring)
+        diameter = std::max(diameter, std::hypot(double(a.X()) - b.X(), double(a.Y()) - b.Y()));
+      // Just outside of vertices the noise decides, farther away nothing but the depth.
+      for (const double step : {0.1, 3.0, 1e4}) {
+        for (const auto& p :
+             {this->At(a.X() + step, a.Y()), this->At(a.X(), a.Y() - step), a + (ring[0] - a) * T(step)}) {
+          const double depth = Depth(hull, p);
+          if (std::abs(depth) < noise) continue;
+          ASSERT_EQ(location(p), depth > 0 ? QX_LOCATION_INSIDE : QX_LOCATION_OUTSIDE) << round << ' ' << depth;
+        }
+      }
+      ASSERT_EQ(CQXGeometry::IsPointInConvexPolygon(a, n, ring.data(), 0), QX_LOCATION_INSIDE) << round;
     }
-    if (round % 3 == 0) std::reverse(polygon.begin(), polygon.end());
-    double diameter = 0;
-    for (const auto& a : polygon) {
-      for (const auto& b : polygon)
-        diameter = std::max(diameter, std::hypot(double(a.X() - b.X()), double(a.Y() - b.Y())));
+    ASSERT_NEAR(CQXGeometry::CalculatePolygonDiameter(n, ring.data()), diameter, diameter * this->eps);
+    const auto centre = CQXGeometry::CalculatePolygonCenter(n, ring.data());
+    if (Depth(hull, centre) < noise) continue;
+    ASSERT_EQ(location(centre), QX_LOCATION_INSIDE) << round;
+    CQXVector2<T> exit;
+    ASSERT_EQ(CQXGeometry::PolarRayPolygonIntersection(centre, T(angle), n, ring.data(), exit), 1);
+    ASSERT_NEAR(Depth(hull, exit), 0, noise) << round;
+    // The intersection with itself, moved by a little, loses no more than that.
+    Points<T> moved = ring, common(2 * ring.size());
+    for (auto& v : moved) v.X() += T(0.5);
+    std::int32_t k = 0;
+    CQXGeometry::IntersectConvexPolygons(n, ring.data(), n, moved.data(), k, common.data());
+    common.resize(static_cast<std::size_t>(k));
+    for (const auto& v : ring) {
+      const auto p = v + (centre - v) * T(0.25);
+      if (std::min(Depth(hull, p), Depth(Hull(moved), p)) < noise) continue;
+      ASSERT_GE(Depth(Hull(common), p), -noise) << round;
     }
-    EXPECT_NEAR(CQXGeometry::CalculatePolygonDiameter(Count(polygon), polygon.data()), diameter, 8 * this->eps);
   }
   const Points<T> run = {{0, 2}, {3, 2}, {4, 2}, {9, 2}};
   EXPECT_EQ(CQXGeometry::CalculatePolygonDiameter(4, run.data()), 9);

@@ -151,6 +151,8 @@ TYPED_TEST(Algebra, CubicsFromKnownRoots) {
   }
   EXPECT_EQ(solve(0, 0, 0, T(1e-6)), 2);
   expect(0, 0, 0, 0);
+  EXPECT_EQ(solve(-3, 3, -1, 0), 2);  // a triple root is one with any tolerance
+  expect(1, 1, 1, this->eps);
   // Three close roots: the guard takes the root of Q^3 for zero, and the roots stay numbers.
   const T h = std::is_same_v<T, float> ? T(0.03125) : T(0.015625);
   EXPECT_EQ(solve(0, -h * h, 0, T(1e-9)), 3);
@@ -245,6 +247,35 @@ TYPED_TEST(Algebra, RootFindersEvaluateAsOftenAsTold) {
   expect(T(CQXAlgebra::SearchRootBrackets(x1, x2, Counted<T, 0>)), 0, 51, 0);
   EXPECT_EQ(x1, 3);
   EXPECT_LT(x2, -10);
+}
+
+TYPED_TEST(Algebra, CallablesAreEvaluatedAsPlainFunctionsAre) {
+  using T = TypeParam;
+  int values = 0, slopes = 0;
+  const auto f = [&](T x) { return ++values, Counted<T, 1>(x); };
+  auto df = [&](T x) { return ++slopes, CountedSlope<T, 1>(x); };
+  const T lo = -1, hi = 3, step = T(1e-4);
+  T root = 0, plainRoot = 0, ends[2][9], plainEnds[2][9];
+  std::int32_t found = 0, plainFound = 0;
+  calls = slopeCalls = 0;
+  EXPECT_EQ(CQXAlgebra::Newton(lo, hi, step, root, f, df),
+            CQXAlgebra::Newton(lo, hi, step, plainRoot, Counted<T, 1>, CountedSlope<T, 1>));
+  EXPECT_EQ(root, plainRoot);
+  EXPECT_EQ(CQXAlgebra::SafeNewton(lo, hi, step, f, df),
+            CQXAlgebra::SafeNewton(lo, hi, step, Counted<T, 1>, CountedSlope<T, 1>));
+  EXPECT_EQ(CQXAlgebra::Brent(lo, hi, step, f), CQXAlgebra::Brent(lo, hi, step, Counted<T, 1>));
+  EXPECT_EQ(CQXAlgebra::Secant(lo, hi, step, f), CQXAlgebra::Secant(lo, hi, step, Counted<T, 1>));
+  EXPECT_EQ(CQXAlgebra::Bisection(lo, hi, step, f), CQXAlgebra::Bisection(lo, hi, step, Counted<T, 1>));
+  CQXAlgebra::NarrowRootBrackets(lo, hi, 9, found, ends[0], ends[1], f);
+  CQXAlgebra::NarrowRootBrackets(lo, hi, 9, plainFound, plainEnds[0], plainEnds[1], Counted<T, 1>);
+  ASSERT_EQ(found, 1);
+  EXPECT_EQ(plainFound, 1);
+  EXPECT_EQ(ends[1][0], plainEnds[1][0]);
+  T x1 = 0, x2 = T(0.5), plain1 = x1, plain2 = x2;
+  EXPECT_EQ(CQXAlgebra::SearchRootBrackets(x1, x2, f), CQXAlgebra::SearchRootBrackets(plain1, plain2, Counted<T, 1>));
+  EXPECT_EQ(x1, plain1);
+  EXPECT_EQ(values * 2, calls);  // the callables count the plain functions too
+  EXPECT_EQ(slopes * 2, slopeCalls);
 }
 
 TYPED_TEST(Algebra, ConjugateGradients) {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <qx/foundation/rotations_order.h>
 #include <qx/matrices/matrix4.h>
-#include <qx/transforms/rotations_order.h>
 #include <qx/vectors/vector3.h>
 
 #include <array>

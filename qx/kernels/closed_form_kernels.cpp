@@ -1,6 +1,11 @@
-#include <qx/solvers/algebra.h>
+#include <qx/foundation/internal/instantiate.h>
+#include <qx/foundation/tolerance.h>
+#include <qx/kernels/closed_form_kernels.h>
 
+#include <algorithm>
 #include <cmath>
+
+namespace qxKernels {
 
 namespace {
 
@@ -63,8 +68,7 @@ bool SolveByOne(const Equation<T>& p, T tol, T (&unknowns)[3]) {
 }  // namespace
 
 template <qxReal T>
-std::int32_t CQXAlgebraFunctions<T>::Solve2x2System(T a, T b, T c, T d, T r0, T r1, T& x, T& y,
-                                                    std::int32_t& conditionFlag, T tol) noexcept {
+std::int32_t Solve2x2System(T a, T b, T c, T d, T r0, T r1, T& x, T& y, std::int32_t& conditionFlag, T tol) noexcept {
   const T det = a * d - b * c;
   const T numeratorX = r0 * d - r1 * b;
   const T numeratorY = r1 * a - r0 * c;
@@ -93,8 +97,8 @@ std::int32_t CQXAlgebraFunctions<T>::Solve2x2System(T a, T b, T c, T d, T r0, T 
 }
 
 template <qxReal T>
-std::int32_t CQXAlgebraFunctions<T>::Solve3x3System(T a, T b, T c, T d, T e, T f, T g, T h, T i, T r0, T r1, T r2, T& x,
-                                                    T& y, T& z, std::int32_t& conditionFlag, T tol) noexcept {
+std::int32_t Solve3x3System(T a, T b, T c, T d, T e, T f, T g, T h, T i, T r0, T r1, T r2, T& x, T& y, T& z,
+                            std::int32_t& conditionFlag, T tol) noexcept {
   const T cofactorA = e * i - f * h;
   const T cofactorB = d * i - f * g;
   const T cofactorC = d * h - e * g;
@@ -131,5 +135,53 @@ std::int32_t CQXAlgebraFunctions<T>::Solve3x3System(T a, T b, T c, T d, T e, T f
   return -2;
 }
 
-template class CQXAlgebraFunctions<float>;
-template class CQXAlgebraFunctions<double>;
+template <qxReal T>
+QuadraticRoots<T> SolveReducedQuadratic(T p, T q, T band) noexcept {
+  const T middle = T(-0.5) * p;
+  const T discriminant = T(0.25) * p * p - q;
+  if (discriminant > band) return {2, middle, qxGuardedSqrt(discriminant)};
+  if (discriminant < -band) return {0, middle, qxGuardedSqrt(-discriminant)};
+  return {1, middle, 0};
+}
+
+template <qxReal T>
+std::int32_t SolveReducedCubic(T a, T b, T c, T& x1, T& x2, T& x3, T tol) noexcept {
+  constexpr T third = T(0.3333333333333333);
+  const T q = (a * a - 3 * b) / 9;
+  const T r = (2 * a * a * a - 9 * a * b + 27 * c) / 54;
+  const T shift = a * third;
+  const T cubeQ = q * q * q;
+  if (cubeQ <= r * r) {
+    const T size = qxGuardedSqrt(r * r - cubeQ) + std::abs(r);
+    const T sign = r >= 0 ? T(-1) : T(1);
+    const T partA = std::abs(size) < QX_TOLERANCE<T> ? T(0) : sign * std::pow(size, third);
+    const bool isTriple = partA == 0;  // all three fall together, with any tolerance
+    const T partB = !isTriple && std::abs(partA) >= tol ? q / partA : T(0);
+    x1 = (partA + partB) - shift;
+    if (!isTriple && std::abs(partA - partB) >= tol) {
+      x2 = T(-0.5) * (partA + partB) - shift;
+      x3 = std::abs(partA - partB) * T(0.8660254037844386);
+      return 1;
+    }
+    x2 = x3 = -partA - shift;
+    return 2;
+  }
+  // The unguarded root keeps three close roots apart from not a number.
+  const T angle = std::acos(std::clamp(r / std::sqrt(cubeQ), T(-1), T(1))) * third;
+  const T radius = -2 * qxGuardedSqrt(q);
+  constexpr T turn = T(2.0943951023931953);
+  x1 = radius * std::cos(angle) - shift;
+  x2 = radius * std::cos(angle + turn) - shift;
+  x3 = radius * std::cos(angle - turn) - shift;
+  return 3;
+}
+
+#define QX_INSTANTIATE(T)                                                                                          \
+  template std::int32_t Solve2x2System(T, T, T, T, T, T, T&, T&, std::int32_t&, T) noexcept;                       \
+  template std::int32_t Solve3x3System(T, T, T, T, T, T, T, T, T, T, T, T, T&, T&, T&, std::int32_t&, T) noexcept; \
+  template QuadraticRoots<T> SolveReducedQuadratic(T, T, T) noexcept;                                              \
+  template std::int32_t SolveReducedCubic(T, T, T, T&, T&, T&, T) noexcept;
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE
+
+}  // namespace qxKernels
