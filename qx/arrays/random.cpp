@@ -1,4 +1,6 @@
+#include <qx/arrays/internal/random_report.h>
 #include <qx/arrays/random.h>
+#include <qx/foundation/block.h>
 #include <qx/foundation/conversion.h>
 #include <qx/foundation/tolerance.h>
 
@@ -464,6 +466,37 @@ void CQXRandom<T>::SetRandomSeeds(std::uint64_t seed) noexcept {
 template <qxReal T>
 void CQXRandom<T>::FillSWBTable() noexcept {
   for (T& lag : m_lags) lag = GetXorshift32();
+}
+
+template <qxReal T>
+void CQXRandom<T>::TestFloatRandomArray(std::int32_t n, const T* data, std::int32_t firstToPrint) const {
+  const qxArrays::RandomLaw<T> law = {m_algorithm, m_distribution, m_lower, m_range, m_mean, m_sigma, m_rate};
+  qxArrays::WriteRandomReport(law, n, data, firstToPrint);
+}
+
+template <qxReal T>
+template <typename Integer>
+void CQXRandom<T>::TestIntegers(Integer left, Integer right, std::int32_t n, const Integer* data,
+                                std::int32_t firstToPrint) {
+  const qxBlock<T> values = qxMakeBlock<T>(qxElementCount(n, 1));
+  if (values == nullptr) return;
+  for (std::int32_t i = 0; i < n; ++i) values.get()[i] = static_cast<T>(data[i]);
+  m_lower = static_cast<T>(left);
+  m_range = static_cast<T>(right) - m_lower;
+  qxArrays::WriteSegment(left, right);
+  TestFloatRandomArray(n, values.get(), firstToPrint);
+}
+
+template <qxReal T>
+void CQXRandom<T>::TestIntegerRandomArray(std::int32_t left, std::int32_t right, std::int32_t n,
+                                          const std::int32_t* data, std::int32_t firstToPrint) {
+  TestIntegers(left, right, n, data, firstToPrint);
+}
+
+template <qxReal T>
+void CQXRandom<T>::TestIntegerRandomArray(std::int64_t left, std::int64_t right, std::int32_t n,
+                                          const std::int64_t* data, std::int32_t firstToPrint) {
+  TestIntegers(left, right, n, data, firstToPrint);
 }
 
 template class CQXRandom<float>;

@@ -187,9 +187,6 @@ class QX_API CQXStatistics {
   [[nodiscard]] double SumOfProducts(std::int32_t n, const T* other) const noexcept;
   [[nodiscard]] double VarianceInDouble(double mean) const noexcept;
   [[nodiscard]] double DeviationInDouble(double mean) const noexcept;
-  [[nodiscard]] double KolmogorovDistance(double a, double b, std::int32_t kind) const;
-  [[nodiscard]] double EquidistributionChiSquare(double a, double b) const noexcept;
-  [[nodiscard]] double PermutationChiSquare(std::int32_t k) const;
   template <typename Weight>
   void Smooth(std::int32_t width, std::int32_t first, std::int32_t last, Weight weight);
 
