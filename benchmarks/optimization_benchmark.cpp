@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "benchmarks/minimisation_problems.h"
+#include "tests/solvers/minimisation_problems.h"
 #include <benchmark/benchmark.h>
 
 #if __has_include(<lbfgs.h>)

@@ -16,9 +16,11 @@
 #include <qx/foundation/rotations_order.h>
 #include <qx/foundation/status.h>
 #include <qx/foundation/tolerance.h>
+#include <qx/geometry/fill_rule.h>
 #include <qx/geometry/geometry.h>
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
+#include <qx/geometry/segments_intersection.h>
 #include <qx/interpolation/interpolation.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/fixed_matrix.h>
@@ -32,7 +34,10 @@
 #include <qx/solvers/optimization.h>
 #include <qx/transforms/affine_3d_transform.h>
 #include <qx/transforms/back_front_location.h>
-include<qx / transforms / base_3d_transform.h>
+#include <qx/transforms/base_3d_transform.h>
+#include <qx/transforms/clip_space.h>
+#include <qx/transforms/parallel_3d_transform.h>
+#include <qx/transforms/perspective_3d_transform.h>
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/transforms/quaternion.h>
 #include <qx/transforms/transform_type.h>

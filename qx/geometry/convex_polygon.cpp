@@ -163,7 +163,7 @@ qxRelativeLocation CQXGeometry::IsPointInConvexPolygon(const CQXVector2<T>& poin
     const qxGeometry::Winding winding = FindWinding(polygon, p);
     if (winding.isOnBorder || winding.number != 0) return QX_LOCATION_INSIDE;
   }
-  return polygon.SquareDistanceToBorder(p) <= bound * bound ? QX_LOCATION_INSIDE : QX_LOCATION_OUTSIDE;
+  return polygon.SquareDistanceToBorder(point) <= bound * bound ? QX_LOCATION_INSIDE : QX_LOCATION_OUTSIDE;
 }
 
 template <qxReal T>
@@ -238,7 +238,7 @@ T CQXGeometry::CalculatePolygonDiameter(std::int32_t n, const CQXVector2<T>* ver
 template <qxReal T>
 T CQXGeometry::CalculatePolygonInternalRadius(std::int32_t n, const CQXVector2<T>* vertices) {
   if (n < 3) return 0;
-  const Point center = ToPoint(CalculatePolygonCenter(n, vertices));
+  const CQXVector2<T> center = CalculatePolygonCenter(n, vertices);
   return GuardedLength<T>(Polygon<T>(n, vertices).SquareDistanceToBorder(center));
 }
 

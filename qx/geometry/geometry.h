@@ -3,13 +3,21 @@
 #include <qx/foundation/api.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
+#include <qx/geometry/fill_rule.h>
 #include <qx/geometry/rectangle_border.h>
 #include <qx/geometry/relative_location.h>
+#include <qx/geometry/segments_intersection.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
+#include <qx/vectors/vector4.h>
 
+#include <concepts>
 #include <cstdint>
-#include <type_traits>
+
+/// A vector of the plane or of space: CQXVector2 or CQXVector3, for float or double.
+template <typename V>
+concept qxGeometricVector =
+    std::same_as<V, CQXVector2<typename V::Element>> || std::same_as<V, CQXVector3<typename V::Element>>;
 
 /// Geometry of the plane on arrays of CQXVector2, and of lines and planes in space, for float and double.
 ///
@@ -182,4 +190,172 @@ class QX_API CQXGeometry {
   template <qxReal T>
   static std::int32_t EncloseCornerPoint(qxRectangleBorder border1, qxRectangleBorder border2, const CQXVector2<T>& lo,
                                          const CQXVector2<T>& hi, CQXVector2<T>& corner);
+
+  // ---- Points, lines and segments, of the plane and of space
+
+  /// The foot of the perpendicular from @p p to the line through @p a and @p b; a where both are one point.
+  template <qxGeometricVector V>
+  [[nodiscard]] static V ProjectOnLine(const V& p, const V& a, const V& b);
+
+  /// The point of the segment from @p a to @p b that is nearest to @p p.
+  template <qxGeometricVector V>
+  [[nodiscard]] static V ClosestPointOnSegment(const V& p, const V& a, const V& b);
+
+  /// Distance from the line through @p a and @p b, from a where both are one point. The root is guarded: below 3.16e-5
+  /// (float: 3.16e-4) it is 0.
+  template <qxGeometricVector V>
+  [[nodiscard]] static typename V::Element DistanceToLine(const V& p, const V& a, const V& b);
+
+  /// Distance from the segment from @p a to @p b; the root is guarded as that of DistanceToLine().
+  template <qxGeometricVector V>
+  [[nodiscard]] static typename V::Element DistanceToSegment(const V& p, const V& a, const V& b);
+
+  /// The points of the line through @p a and @p b and of the line through @p c and @p d that are nearest to each other;
+  /// in the plane both are the common point.
+  /// @param[out] onFirst,onSecond may be arguments
+  /// @return 1; 0 when the lines are parallel, the square of the sine of their angle within 16 eps of double of 0, or
+  ///         one is a point: the outputs are untouched.
+  template <qxGeometricVector V>
+  static std::int32_t ClosestPointsOfLines(const V& a, const V& b, const V& c, const V& d, V& onFirst, V& onSecond);
+
+  /// The points of the segments a b and c d that are nearest to each other; of parallel segments a pair with an end.
+  /// @param[out] onFirst,onSecond may be arguments
+  /// @return their distance; the root is guarded as that of DistanceToLine().
+  template <qxGeometricVector V>
+  static typename V::Element ClosestPointsOfSegments(const V& a, const V& b, const V& c, const V& d, V& onFirst,
+                                                     V& onSecond);
+
+  /// Finds what the closed segments a b and c d of the plane have in common. A segment may be a point.
+  ///
+  /// The kind is decided by the signs of four cross products in 64-bit floats, which are exact where the coordinates
+  /// are whole numbers up to 2^25, and for floats of similar magnitude.
+  /// @param[out] from,to ends of the common part in the direction of the first segment, ends of segments being copied;
+  ///             equal unless it is QX_SEGMENTS_OVERLAP; untouched for QX_SEGMENTS_APART; may be arguments
+  template <qxReal T>
+  static qxSegmentsIntersection SegmentsIntersection(const CQXVector2<T>& a, const CQXVector2<T>& b,
+                                                     const CQXVector2<T>& c, const CQXVector2<T>& d,
+                                                     CQXVector2<T>& from, CQXVector2<T>& to);
+
+  // ---- Planes (a, b, c, d), a x + b y + c z + d = 0, and triangles
+
+  /// The plane through three points. Its normal has length 1 and sees the points counter-clockwise.
+  /// @return 1; 0 when the points are on a line: the output is untouched.
+  template <qxReal T>
+  static std::int32_t PlaneThroughPoints(const CQXVector3<T>& a, const CQXVector3<T>& b, const CQXVector3<T>& c,
+                                         CQXVector4<T>& plane);
+
+  /// Signed distance, positive on the side of the normal, which needs no unit length; 0 for a zero normal.
+  template <qxReal T>
+  [[nodiscard]] static T DistanceToPlane(const CQXVector3<T>& p, const CQXVector4<T>& plane);
+
+  /// The foot of the perpendicular from a point to a plane; the point itself for a zero normal.
+  template <qxReal T>
+  [[nodiscard]] static CQXVector3<T> ProjectOnPlane(const CQXVector3<T>& p, const CQXVector4<T>& plane);
+
+  /// Cuts the closed segment from @p a to @p b by a plane. An end in the plane is copied; of a segment that lies in the
+  /// plane it is the first one.
+  /// @return 1; 0 when the segment does not reach the plane: the output is untouched.
+  template <qxReal T>
+  static std::int32_t SegmentPlaneIntersection(const CQXVector3<T>& a, const CQXVector3<T>& b,
+                                               const CQXVector4<T>& plane, CQXVector3<T>& point);
+
+  /// The line in which two planes meet.
+  /// @param[out] point that of the line which is nearest to the origin
+  /// @param[out] direction of length 1: first normal times second normal
+  /// @return 1; 0 when the planes are parallel, the sine of their angle within 4 eps of the type of 0: the outputs are
+  ///         untouched.
+  template <qxReal T>
+  static std::int32_t PlanesIntersection(const CQXVector4<T>& first, const CQXVector4<T>& second, CQXVector3<T>& point,
+                                         CQXVector3<T>& direction);
+
+  /// Cuts the line p + u v by the closed triangle a b c (Moeller and Trumbore 1997): its edges and vertices belong to
+  /// it, seen from both sides. A ray or a segment asks for u >= 0, or u from 0 to 1, afterwards.
+  /// @param[out] parameter u of the common point
+  /// @param[out] weights its barycentric coordinates: it is weights.X a + weights.Y b + weights.Z c
+  /// @return 1; 0 when the line misses the triangle or is parallel to it: the outputs are untouched.
+  template <qxReal T>
+  static std::int32_t LineTriangleIntersection(const CQXVector3<T>& p, const CQXVector3<T>& v, const CQXVector3<T>& a,
+                                               const CQXVector3<T>& b, const CQXVector3<T>& c, T& parameter,
+                                               CQXVector3<T>& weights);
+
+  /// Barycentric coordinates of a point, in space of its foot on the plane of the triangle: the weights with sum 1 that
+  /// make it weights.X a + weights.Y b + weights.Z c; all of them from 0 to 1 inside of the triangle.
+  /// @return 1; 0 when the triangle has no area: the output is untouched.
+  template <qxGeometricVector V>
+  static std::int32_t BarycentricCoordinates(const V& p, const V& a, const V& b, const V& c,
+                                             CQXVector3<typename V::Element>& weights);
+
+  // ---- Polygons that need not be convex; they may be closed by a copy of the first vertex
+
+  /// Area, positive for counter-clockwise vertices; of a polygon that crosses itself the sum over its winding numbers.
+  template <qxReal T>
+  [[nodiscard]] static T CalculatePolygonArea(std::int32_t n, const CQXVector2<T>* vertices);
+
+  /// Length of the closed border.
+  template <qxReal T>
+  [[nodiscard]] static T CalculatePolygonPerimeter(std::int32_t n, const CQXVector2<T>* vertices);
+
+  /// Centroid of the area. CalculatePolygonCenter() is the mean of the vertices.
+  /// @return 1; 0 when the area is 0: the output is untouched.
+  template <qxReal T>
+  static std::int32_t CalculatePolygonCentroid(std::int32_t n, const CQXVector2<T>* vertices, CQXVector2<T>& centroid);
+
+  /// How often a polygon goes round a point counter-clockwise, less the times that it does so clockwise; 0 for a point
+  /// on an edge. O(n).
+  template <qxReal T>
+  [[nodiscard]] static std::int32_t FindWindingNumber(const CQXVector2<T>& point, std::int32_t n,
+                                                      const CQXVector2<T>* vertices);
+
+  /// Tells whether a point is inside a polygon; what is on an edge, exactly or within the tolerance, is inside. O(n).
+  ///
+  /// No quotient is formed: exact where SegmentsIntersection() is.
+  /// @param tolerance a point outside at most this far from an edge counts as inside
+  /// @return QX_LOCATION_INSIDE or QX_LOCATION_OUTSIDE; outside for no vertices and for a point that is not a number.
+  template <qxReal T>
+  [[nodiscard]] static qxRelativeLocation IsPointInPolygon(const CQXVector2<T>& point, std::int32_t n,
+                                                           const CQXVector2<T>* vertices,
+                                                           qxFillRule rule = QX_FILL_NON_ZERO,
+                                                           qxNonDeduced<T> tolerance = 0);
+
+  /// Tells whether the border of a polygon neither touches nor crosses itself: every two edges by
+  /// SegmentsIntersection(). O(n log n) and the pairs of edges that are at one height; O(n^2) without memory.
+  /// @return 1; 0 otherwise, also for less than 3 vertices, two equal ones in a row and coordinates that are not
+  /// finite.
+  template <qxReal T>
+  [[nodiscard]] static std::int32_t IsPolygonSimple(std::int32_t n, const CQXVector2<T>* vertices);
+
+  // ---- Bezier curves, of n control points and the degree n - 1, and polylines
+
+  /// The point of a Bezier curve at @p t, from 0 to 1 for the curve itself; the zero vector for no control points.
+  template <qxGeometricVector V>
+  [[nodiscard]] static V BezierPoint(std::int32_t n, const V* controls, typename V::Element t);
+
+  /// Cuts a Bezier curve at @p t into two of the same degree (de Casteljau).
+  /// @param[out] left,right room for @p n control points each; right may be @p controls
+  template <qxGeometricVector V>
+  static void SplitBezier(std::int32_t n, const V* controls, typename V::Element t, V* left, V* right);
+
+  /// Number of segments with equal steps of the parameter that keep a polyline within @p tolerance of a Bezier curve:
+  /// ceil(sqrt(d (d - 1) M / (8 tolerance))), with the degree d and the longest second difference M of the control
+  /// points (Wang 1984; Filip, Magedson and Markot 1986).
+  /// @return at least 1; the largest integer where the tolerance is too small, 0, negative or not a number.
+  template <qxGeometricVector V>
+  [[nodiscard]] static std::int32_t CountBezierSegments(std::int32_t n, const V* controls,
+                                                        typename V::Element tolerance);
+
+  /// The polyline of a Bezier curve with equal steps of the parameter. Its ends are the first and the last control
+  /// point exactly.
+  /// @param segmentsNb for a tolerance from CountBezierSegments(); below 1 nothing is written
+  /// @param[out] points room for segmentsNb + 1 points
+  template <qxGeometricVector V>
+  static void BezierPolyline(std::int32_t n, const V* controls, std::int32_t segmentsNb, V* points);
+
+  /// Leaves out vertices of a polyline that are within the tolerance of what remains (Douglas and Peucker 1973). The
+  /// ends stay. O(n log n) for most polylines, O(n^2) at worst.
+  /// @param tolerance largest distance of a vertex from the segment that replaces it
+  /// @param[out] m number of remaining points; 0 for none, and without memory: the result is untouched then
+  /// @param[out] result room for @p n points; may be @p points
+  template <qxGeometricVector V>
+  static void SimplifyPolyline(std::int32_t n, const V* points, typename V::Element tolerance, std::int32_t& m,
+                               V* result);
 };

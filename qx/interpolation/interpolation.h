@@ -232,7 +232,9 @@ class QX_API CQXInterpolation {
   /// It serves the middle interval: up to 1e-6 after @p t1 the result is q1, from 1e-6 before @p t2 on it is q2, and q1
   /// for all times when the two nodes are closer than 1e-6. @p t0 and @p t3 play no part. The control points are
   /// q Exp(-(Log(q^-1 next) + Log(q^-1 previous)) / 4) with CQXQuaternion's own Log() and Exp(), which are not those of
-  /// the textbook: the path runs through its keys, and its velocity may jump there.
+  /// the textbook: the path runs through its keys, and its velocity may jump there. Where the dot product of the two
+  /// inner quaternions of Squad() passes through zero inside the interval, the shorter arc changes sides and the result
+  /// jumps, by up to a half turn. For a path whose velocity is continuous take SquadPath().
   template <qxReal T>
   [[nodiscard]] static CQXQuaternion<T> SlerpCubic(const CQXQuaternion<T>& q0, const CQXQuaternion<T>& q1,
                                                    const CQXQuaternion<T>& q2, const CQXQuaternion<T>& q3, Time<T> t0,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/callable.h>
 #include <qx/foundation/scalar.h>
 #include <qx/vectors/vector_n.h>
 
@@ -28,10 +29,10 @@ enum QX_OPTIMIZATION_INFO : std::int32_t {
 
 /// Minimisation of functions of one variable and of many.
 ///
-/// The element type is taken from the arguments that are references to T. Functions are plain pointers, so lambdas
-/// without a capture can be given; the forms with a @p user argument hand that pointer through, unchanged, on every
-/// call. Both forms are one algorithm with one order of evaluations. A function may throw: the exception passes through
-/// and nothing leaks.
+/// The element type is taken from the arguments that are references to T. Functions are plain pointers, or any
+/// callable, a lambda with a capture for instance; the forms with a @p user argument hand that pointer through,
+/// unchanged, on every call. All forms are one algorithm with one order of evaluations. A function may throw: the
+/// exception passes through and nothing leaks.
 ///
 /// All state is local to a call, so calls may run in any number of threads as far as the functions allow it.
 class QX_API CQXOptimization {
@@ -60,6 +61,11 @@ class QX_API CQXOptimization {
   static void FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, ScalarFunction<T> f);
   template <qxReal T>
   static void FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, void* user, ScalarFunctionWithUser<T> f);
+  template <qxReal T, qxCallable<T, T> F>
+  static void FindInitTriple(T& a, T& b, T& c, T& fa, T& fb, T& fc, F&& f) {
+    qxCallables one(f);
+    FindInitTriple(a, b, c, fa, fb, fc, &one, one.template CallFirst<T, T>);
+  }
 
   /// Shrinks a bracketing triple by golden sections, one evaluation a step, and returns the smallest value found.
   ///
@@ -81,6 +87,11 @@ class QX_API CQXOptimization {
   template <qxReal T>
   static T GoldenSection(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
                          void* user, ScalarFunctionWithUser<T> f);
+  template <qxReal T, qxCallable<T, T> F>
+  static T GoldenSection(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin, F&& f) {
+    qxCallables one(f);
+    return GoldenSection(a, b, c, tol, xMin, &one, one.template CallFirst<T, T>);
+  }
 
   /// Shrinks a bracketing triple by parabolas, with golden sections where a parabola is of no use, and returns the
   /// smallest value found.
@@ -100,6 +111,12 @@ class QX_API CQXOptimization {
   template <qxReal T>
   static T ParabolicDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
                             void* user, ScalarFunctionWithUser<T> f);
+  template <qxReal T, qxCallable<T, T> F>
+  static T ParabolicDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol, T& xMin,
+                            F&& f) {
+    qxCallables one(f);
+    return ParabolicDescent(a, b, c, tol, xMin, &one, one.template CallFirst<T, T>);
+  }
 
   /// Shrinks a bracketing triple with the help of the derivative and returns the smallest value found.
   ///
@@ -122,17 +139,19 @@ class QX_API CQXOptimization {
   template <qxReal T>
   static T DerivativeEstimationDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol,
                                        T& xMin, void* user, ScalarFunctionWithUser<T> f, ScalarFunctionWithUser<T> df);
+  template <qxReal T, typename F, typename DF>
+  requires qxCallable<F, T, T> || qxCallable<DF, T, T>
+  static T DerivativeEstimationDescent(qxNonDeduced<T> a, qxNonDeduced<T> b, qxNonDeduced<T> c, qxNonDeduced<T> tol,
+                                       T& xMin, F&& f, DF&& df) {
+    qxCallables both(f, df);
+    return DerivativeEstimationDescent(a, b, c, tol, xMin, &both, both.template CallFirst<T, T>,
+                                       both.template CallSecond<T, T>);
+  }
 
-  /// f(x) of many variables.
-  template <qxReal T>
-  using VectorFunction = std::type_identity_t<T (*)(const CQXVectorN<T>&)>;
   /// f(x, user) of many variables.
   template <qxReal T>
   using VectorFunctionWithUser = std::type_identity_t<T (*)(const CQXVectorN<T>&, void*)>;
-  /// g(x, gradient): writes the gradient of f at x to the n elements of its second argument.
-  template <qxReal T>
-  using GradientFunction = std::type_identity_t<void (*)(const CQXVectorN<T>&, CQXVectorN<T>&)>;
-  /// g(x, gradient, user).
+  /// g(x, gradient, user): writes the gradient of f at x to the n elements of its second argument.
   template <qxReal T>
   using GradientFunctionWithUser = std::type_identity_t<void (*)(const CQXVectorN<T>&, CQXVectorN<T>&, void*)>;
 
@@ -150,17 +169,20 @@ class QX_API CQXOptimization {
   ///   a limit of 1 makes two line searches.
   ///
   /// Both norms are CQXVectorN::Length(), whose guard makes everything below 3.16e-5 (float: 3.16e-4) zero. A tolerance
-  /// below that acts as if it were that large: the gradient is never resolved more finely. To go on to smaller
-  /// gradients, scale the function up, and choose @p fTol accordingly.
+  /// below that acts as if it were that large: neither the gradient nor the step is ever resolved more finely. To go on
+  /// to smaller gradients, scale the function up, and choose @p fTol accordingly. A narrow valley, that of Wood's
+  /// function for one, may end the search by a step below the guard far from the minimum: scale the variables up, or
+  /// start again from the point reached.
   ///
   /// A direction that does not go downhill ends with QX_OPT_INVALID, unless the gradient test holds: at a stationary
-  /// start for instance, or with a gradient that is not a number. Values of the function that are not finite are not
+  /// start for instance, or with a gradient that is not a number; so does a first step of 0, which an infinite gradient
+  /// gives. Values of the function that are not finite are not
   /// noticed as such; the number of evaluations stays bounded by 21 (maxIterations + 1) + 1.
   ///
   /// Sources: J. Nocedal, Math. Comp. 35 (1980); D. C. Liu and J. Nocedal, Math. Programming 45 (1989); J. J. More and
   /// D. J. Thuente, ACM Trans. Math. Softw. 20 (1994).
   /// @param n number of variables
-  /// @param m number of remembered steps, 1 <= m <= n; 5 to 20 are usual
+  /// @param m number of remembered steps, 1 <= m <= n: more are refused; min(n, 5) to min(n, 20) are usual
   /// @param[in,out] x start of at least n elements, in the end the point reached
   /// @param xTol,fTol,gTol tolerances of the three tests, all above 0
   /// @param maxIterations at least 1
@@ -168,10 +190,14 @@ class QX_API CQXOptimization {
   ///        them (after one evaluation of function and gradient), and when memory is refused by a null: x is as it came
   ///        then
   /// @return the value of the function at @p x.
-  template <qxReal T>
+  template <qxReal T, typename F, typename G>
   static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
-                            qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations, VectorFunction<T> f,
-                            GradientFunction<T> g, QX_OPTIMIZATION_INFO& info);
+                            qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations, F&& f, G&& g,
+                            QX_OPTIMIZATION_INFO& info) {
+    qxCallables both(f, g);
+    return QuasiNewtonLBFGS(n, m, x, xTol, fTol, gTol, maxIterations, &both, CallValue<T>(both), CallGradient<T>(both),
+                            info);
+  }
   template <qxReal T>
   static T QuasiNewtonLBFGS(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
                             qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user,
@@ -199,7 +225,7 @@ class QX_API CQXOptimization {
   /// Sources: R. H. Byrd, P. Lu, J. Nocedal and C. Zhu, SIAM J. Sci. Comput. 16 (1995); C. Zhu, R. H. Byrd, P. Lu and
   /// J. Nocedal, ACM Trans. Math. Softw. 23 (1997), algorithm 778.
   /// @param n number of variables
-  /// @param m number of remembered steps, 1 <= m <= n
+  /// @param m number of remembered steps, 1 <= m <= n: more are refused; min(n, 5) is usual
   /// @param[in,out] x start of at least n elements, in the end the point reached
   /// @param xTol,fTol,gTol tolerances of the tests, all above 0
   /// @param maxIterations at least 1
@@ -209,12 +235,15 @@ class QX_API CQXOptimization {
   ///        does not exist and crossed bounds (after one evaluation of the function), and when memory is refused by a
   ///        null: x is as it came then
   /// @return the value of the function at @p x.
-  template <qxReal T>
+  template <qxReal T, typename F, typename G>
   static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
                                        qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations,
                                        const QX_OPTIMIZATION_CONSTRAINTS* constraints, const qxNonDeduced<T>* lower,
-                                       const qxNonDeduced<T>* upper, VectorFunction<T> f, GradientFunction<T> g,
-                                       QX_OPTIMIZATION_INFO& info);
+                                       const qxNonDeduced<T>* upper, F&& f, G&& g, QX_OPTIMIZATION_INFO& info) {
+    qxCallables both(f, g);
+    return QuasiNewtonConstraintLBFGSB(n, m, x, xTol, fTol, gTol, maxIterations, constraints, lower, upper, &both,
+                                       CallValue<T>(both), CallGradient<T>(both), info);
+  }
   template <qxReal T>
   static T QuasiNewtonConstraintLBFGSB(std::int32_t n, std::int32_t m, CQXVectorN<T>& x, qxNonDeduced<T> xTol,
                                        qxNonDeduced<T> fTol, qxNonDeduced<T> gTol, std::int32_t maxIterations,
@@ -240,4 +269,14 @@ class QX_API CQXOptimization {
                            std::int32_t& leaveCount, std::int32_t* enteringIndex, const std::int32_t* boundState,
                            std::int32_t memoryCount, std::int32_t& update, std::int32_t isConstrained,
                            std::int32_t iteration);
+
+ private:
+  template <qxReal T, typename F, typename G>
+  static VectorFunctionWithUser<T> CallValue(const qxCallables<F, G>&) {
+    return qxCallables<F, G>::template CallFirst<T, const CQXVectorN<T>&>;
+  }
+  template <qxReal T, typename F, typename G>
+  static GradientFunctionWithUser<T> CallGradient(const qxCallables<F, G>&) {
+    return qxCallables<F, G>::template CallSecond<void, const CQXVectorN<T>&, CQXVectorN<T>&>;
+  }
 };

@@ -3,6 +3,8 @@
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/vectors/vector_functions.h>
 
+#include <cmath>
+
 namespace {
 
 /// The planes of a view's volume.
@@ -92,7 +94,63 @@ void CQXProjective3DTransform<T>::SetViewUpVector(const CQXVector3<T>& up) noexc
   m_isReady = 0;
 }
 
+template <qxReal T>
+void CQXProjective3DTransform<T>::SetPRP(const CQXVector3<T>& prp) noexcept {
+  m_prp = prp;
+  m_isReady = 0;
+}
+
+template <qxReal T>
+void CQXProjective3DTransform<T>::SetProjectionDirection(const CQXVector3<T>& direction) noexcept {
+  m_projectionDirection = direction;
+  m_isReady = 0;
+}
+
+template <qxReal T>
+void CQXProjective3DTransform<T>::SetDistanceToPlane(T distance) noexcept {
+  m_distanceToPlane = distance;
+  m_isReady = 0;
+}
+
+template <qxReal T>
+void CQXProjective3DTransform<T>::LookAt(const CQXVector3<T>& eye, const CQXVector3<T>& target,
+                                         const CQXVector3<T>& up) noexcept {
+  SetProjectionNormal(target - eye);
+  SetPRP(eye);
+  SetProjectionDirection(CQXVector3<T>());
+  SetViewUpVector(up);
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::SetWindowTile(T x, T y, T width, T height) noexcept {
+  if (m_isReady == 0) return 0;
+  const CQXVector3<T> centre = PointOfWindow({x + width / 2, y + height / 2});
+  if (IsCentral()) {
+    SetProjectionDirection(centre - m_prp);
+  } else {
+    SetPRP(m_prp + (centre - GetViewWindowCenter()));
+  }
+  SetViewWindow(width, height);
+  return 1;
+}
+
 // ---- The view frame
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::FindViewFrame() noexcept {
+  if (!(m_windowWidth >= T(0.5)) || !(m_windowHeight >= T(0.5))) return 0;
+  m_localAxis3 = m_projectionNormal;
+  CQXVector3<T> down = -m_viewUp;
+  if (m_localAxis3.Normalize() == 0 || down.Normalize() == 0) return 0;
+  FindLocalAxes(down, m_localAxis3);
+  const T cosine = EffectiveDirection().Dot(m_localAxis3);
+  if (m_localAxis2.IsAlmostUnit(T(1e-3)) == 0 || !(cosine > 0)) return 0;
+  const CQXVector3<T> centre = m_prp + EffectiveDirection() * (m_distanceToPlane / cosine);
+  m_localOrigin = FindCoordinatesCenter(centre, m_windowWidth, m_windowHeight);
+  CalculatePlanesCoefficients(centre);
+  CalculateFrontBackPlanes();
+  return 1;
+}
 
 template <qxReal T>
 void CQXProjective3DTransform<T>::GetLocalCoordinates(CQXVector3<T>& origin, CQXVector3<T>& axis1, CQXVector3<T>& axis2,
@@ -182,6 +240,108 @@ qxRelativeLocation CQXProjective3DTransform<T>::ProjectPoints(std::int32_t n, co
   }
   if (insideNb >= n) return QX_LOCATION_INSIDE;
   return insideNb == 0 ? QX_LOCATION_OUTSIDE : QX_LOCATION_CLIPPED;
+}
+
+// ---- From the window back into space
+
+template <qxReal T>
+void CQXProjective3DTransform<T>::FindProjector(const CQXVector2<T>& q, CQXVector3<T>& origin,
+                                                CQXVector3<T>& direction) const noexcept {
+  const CQXVector3<T> point = PointOfWindow(q);
+  origin = IsCentral() ? m_prp : point;
+  direction = IsCentral() ? point - m_prp : EffectiveDirection();
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::FindPickingRay(const CQXVector2<T>& q, CQXVector3<T>& origin,
+                                                         CQXVector3<T>& direction) const noexcept {
+  if (m_isReady == 0) return 0;
+  CQXVector3<T> start, along;
+  FindProjector(q, start, along);
+  if (m_useViewVolume != 0) {
+    CQXGeometry::LinePlaneIntersection(start, along, m_planeA, m_planeB, m_planeC, m_frontConstant, start);
+  }
+  if (along.Normalize() == 0) return 0;
+  origin = start;
+  direction = along;
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::Unproject(const CQXVector2<T>& q, T distance,
+                                                    CQXVector3<T>& p) const noexcept {
+  return UnprojectToPlane(q, {m_planeA, m_planeB, m_planeC, m_planeD - distance}, p);
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::UnprojectToPlane(const CQXVector2<T>& q, const CQXVector4<T>& plane,
+                                                           CQXVector3<T>& p) const noexcept {
+  if (m_isReady == 0) return 0;
+  CQXVector3<T> origin, direction, cut;
+  FindProjector(q, origin, direction);
+  if (CQXGeometry::LinePlaneIntersection(origin, direction, plane.X(), plane.Y(), plane.Z(), plane.W(), cut) == 0) {
+    return 0;
+  }
+  if (IsCentral() && !(direction.Dot(cut - origin) > 0)) return 0;
+  p = cut;
+  return 1;
+}
+
+// ---- What can be seen
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::GetFrustumPlanes(CQXVector4<T>* planes) const noexcept {
+  if (m_isReady == 0) return 0;
+  const CQXVector4<T> x = m_matrix.RowVector(0), y = m_matrix.RowVector(1), weight = m_matrix.RowVector(3);
+  const CQXVector4<T> none(0, 0, 0, 1);
+  const bool isBounded = m_useViewVolume != 0;
+  planes[0] = x;
+  planes[1] = y;
+  planes[2] = weight * m_windowWidth - x;
+  planes[3] = weight * m_windowHeight - y;
+  planes[4] = isBounded ? CQXVector4<T>(m_planeA, m_planeB, m_planeC, m_frontConstant) : IsCentral() ? weight : none;
+  planes[5] = isBounded ? CQXVector4<T>(-m_planeA, -m_planeB, -m_planeC, -m_backConstant) : none;
+  for (std::int32_t i = 0; i < 6; ++i) {
+    const T square = qxCutVector4To3(planes[i]).SquareLength();
+    if (square > 0) planes[i] /= std::sqrt(square);
+  }
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::GetFrustumCorners(CQXVector3<T>* corners) const noexcept {
+  if (m_isReady == 0 || m_useViewVolume == 0) return 0;
+  const T w = m_windowWidth, h = m_windowHeight;
+  const CQXVector2<T> window[] = {{0, 0}, {w, 0}, {w, h}, {0, h}};
+  for (std::int32_t i = 0; i < 4; ++i) {
+    Unproject(window[i], m_frontDistance, corners[i]);
+    Unproject(window[i], m_backDistance, corners[4 + i]);
+  }
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::IsBoxVisible(const CQXVector3<T>& lo,
+                                                       const CQXVector3<T>& hi) const noexcept {
+  CQXVector4<T> planes[6];
+  if (GetFrustumPlanes(planes) == 0) return 0;
+  for (const CQXVector4<T>& plane : planes) {
+    // The corner that is farthest inside.
+    const CQXVector3<T> corner(plane.X() < 0 ? lo.X() : hi.X(), plane.Y() < 0 ? lo.Y() : hi.Y(),
+                               plane.Z() < 0 ? lo.Z() : hi.Z());
+    if (plane.Dot(qxVector3To4(corner, 1)) < 0) return 0;
+  }
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXProjective3DTransform<T>::IsSphereVisible(const CQXVector3<T>& centre, T radius) const noexcept {
+  CQXVector4<T> planes[6];
+  if (GetFrustumPlanes(planes) == 0) return 0;
+  for (const CQXVector4<T>& plane : planes) {
+    if (plane.Dot(qxVector3To4(centre, 1)) < -radius) return 0;
+  }
+  return 1;
 }
 
 // ---- Clipping

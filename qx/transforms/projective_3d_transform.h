@@ -7,19 +7,34 @@
 #include <qx/matrices/matrix4.h>
 #include <qx/transforms/back_front_location.h>
 #include <qx/transforms/base_3d_transform.h>
+#include <qx/transforms/clip_space.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
+#include <qx/vectors/vector4.h>
 
 #include <cstdint>
 
 /// A camera in world space: a view plane with a rectangular window on it, and on demand a front and a back plane. It
 /// projects points into window coordinates and clips segments and triangles, first by the two planes in space, then by
-/// the window. Base of the perspective and the parallel projection, whose Initialize() forms the matrix.
+/// the window. Base of CQXPerspective3DTransform and CQXParallel3DTransform, whose Initialize() forms the matrix.
 ///
-/// Window coordinates run from 0 to the width W and from 0 to the height H; (0, 0) is the corner at the local origin,
-/// and the window is the closed rectangle. Every setter makes the object not ready, and nothing is projected until
-/// Initialize() has succeeded again: nothing is recomputed by itself. SetTransform(), AddTransform() and assignment
-/// from the base class change the matrix alone and keep the ready flag.
+///     (0, 0) --- axis 1 ---> (W, 0)     eye      front      view       back
+///       |          top         |       (PRP)     plane     plane      plane
+///     axis 2      window       |         o---------|---------|----------|----> axis 3, the normal of the view plane
+///       v         bottom       |         0       d + f       d        d + b    depth: distance from the eye along it
+///     (0, H) -------------- (W, H)
+///
+/// The normal points away from the viewer into the scene. Window coordinates run from 0 to the width W along axis 1 and
+/// from 0 to the height H along axis 2; (0, 0) is the corner at the local origin and lies at the top left, as the names
+/// of the edges say (qxRectangleBorder), and the window is the closed rectangle. The frame is right-handed, axis 1 x
+/// axis 2 = axis 3: with the normal into the picture and x to the right, y runs down, so the perspective and the
+/// parallel view lay axis 2 against the view-up vector and pictures are not mirrored. The front and the back distance
+/// are measured from the view plane along the normal, and a point is before the front plane when its distance is
+/// smaller than the front one.
+///
+/// Every setter makes the object not ready, and nothing is projected until Initialize() has succeeded again: nothing is
+/// recomputed by itself. SetTransform(), AddTransform() and assignment from the base class change the matrix alone and
+/// keep the ready flag.
 ///
 /// A point whose homogeneous coordinate has an absolute value below 1e-6 has no projection.
 ///
@@ -69,10 +84,22 @@ class QX_API CQXProjective3DTransform : public CQXBase3DTransform<T> {
   void UseBackFrontPlanes(std::int32_t flag) noexcept;
   void SetProjectionNormal(const CQXVector3<T>& normal) noexcept;
   void SetViewUpVector(const CQXVector3<T>& up) noexcept;
+  void SetPRP(const CQXVector3<T>& prp) noexcept;
+  void SetProjectionDirection(const CQXVector3<T>& direction) noexcept;
+  void SetDistanceToPlane(T distance) noexcept;
+
+  /// Looks from @p eye towards @p target: the PRP is the eye, the normal of the view plane target - eye, the projection
+  /// direction zero, which stands for the normal. A target in the eye has no view: Initialize() returns 0.
+  void LookAt(const CQXVector3<T>& eye, const CQXVector3<T>& target, const CQXVector3<T>& up) noexcept;
+  /// Makes the part of the window from (x, y) to (x + width, y + height), in window coordinates, the window: for a
+  /// picture drawn in tiles, or a detail. Central projections get a new projection direction, parallel ones a new PRP.
+  /// @return 1; 0 when the object is not ready, and nothing is changed.
+  std::int32_t SetWindowTile(T x, T y, T width, T height) noexcept;
 
   [[nodiscard]] const CQXVector3<T>& GetPRP() const noexcept { return m_prp; }
   [[nodiscard]] const CQXVector3<T>& GetProjectionDirection() const noexcept { return m_projectionDirection; }
   [[nodiscard]] const CQXVector3<T>& GetProjectionNormal() const noexcept { return m_projectionNormal; }
+  [[nodiscard]] const CQXVector3<T>& GetViewUpVector() const noexcept { return m_viewUp; }
   [[nodiscard]] T GetDistanceToPlane() const noexcept { return m_distanceToPlane; }
   void GetViewWindowSizes(T& width, T& height) const noexcept {
     width = m_windowWidth;
@@ -104,7 +131,7 @@ class QX_API CQXProjective3DTransform : public CQXBase3DTransform<T> {
                            CQXVector3<T>& axis3) const noexcept;
   /// The view frame as a matrix: the axes in the columns 0 to 2, the origin in column 3, over 0, 0, 0, 1.
   [[nodiscard]] CQXMatrix4<T> GetLocalCoordinates() const noexcept;
-  /// The center of the window in space: the local origin plus W / 2 along the first axis and H / 2 along the second.
+  /// The centre of the window in space: the local origin plus W / 2 along the first axis and H / 2 along the second.
   [[nodiscard]] CQXVector3<T> GetViewWindowCenter() const noexcept;
 
   // ---- Projection
@@ -147,18 +174,70 @@ class QX_API CQXProjective3DTransform : public CQXBase3DTransform<T> {
   qxRelativeLocation ProjectClippedTriangle(const CQXVector3<T>* in, CQXVector2<T>* out,
                                             std::int32_t& count) const noexcept;
 
+  // ---- From the window back into space. Each returns 1, or 0 when the object is not ready: the outputs are untouched
+  // then. q may be outside the window.
+
+  /// The picking ray of a window point: all points that project to @p q.
+  /// @param[out] origin on the front plane when the view volume is used; otherwise the PRP of a central projection and
+  /// the point of the view plane for a parallel one
+  /// @param[out] direction of length 1, into the scene
+  std::int32_t FindPickingRay(const CQXVector2<T>& q, CQXVector3<T>& origin, CQXVector3<T>& direction) const noexcept;
+  /// The point that projects to @p q and has the given distance from the view plane along its normal.
+  /// @return 0 also when that is not before the eye of a central projection.
+  std::int32_t Unproject(const CQXVector2<T>& q, T distance, CQXVector3<T>& p) const noexcept;
+  /// The point of the plane (a, b, c, e), where a x + b y + c z + e = 0, that projects to @p q.
+  /// @return 0 also when the plane is exactly parallel to the ray, or behind the eye of a central projection.
+  std::int32_t UnprojectToPlane(const CQXVector2<T>& q, const CQXVector4<T>& plane, CQXVector3<T>& p) const noexcept;
+
+  // ---- What can be seen. Each returns 1 for yes or success, 0 for no or when the object is not ready.
+
+  /// The planes (a, b, c, e) that bound what is visible, at left, top, right, bottom, front and back: normals of length
+  /// 1 that point inside, where a x + b y + c z + e >= 0. Without the view volume the front plane of a central
+  /// projection goes through the eye; planes that there are not then are (0, 0, 0, 1), inside of which everything is.
+  ///
+  /// After G. Gribb and K. Hartmann, Fast extraction of viewing frustum planes from the world-view-projection matrix
+  /// (2001): they are sums of rows of the matrix.
+  /// @param[out] planes room for six
+  std::int32_t GetFrustumPlanes(CQXVector4<T>* planes) const noexcept;
+  /// The corners of what is visible, at (0, 0), (W, 0), (W, H), (0, H) of the window: four on the front plane, then
+  /// four on the back plane.
+  /// @param[out] corners room for eight
+  /// @return 0 also when the view volume is not used, and then nothing is written.
+  std::int32_t GetFrustumCorners(CQXVector3<T>* corners) const noexcept;
+  /// 0 when the box from @p lo to @p hi along the axes is outside one of the frustum's planes, so that nothing of it is
+  /// visible. 1 otherwise: a few boxes near an edge of the frustum pass although they are outside.
+  [[nodiscard]] std::int32_t IsBoxVisible(const CQXVector3<T>& lo, const CQXVector3<T>& hi) const noexcept;
+  /// The same for a sphere.
+  [[nodiscard]] std::int32_t IsSphereVisible(const CQXVector3<T>& centre, T radius) const noexcept;
+
+  /// The matrix of this view for a graphics interface: qxWindowToClip() of the window times GetMatrix(). When the view
+  /// volume is not used, z runs from the view plane on as the class of the projection says.
+  [[nodiscard]] CQXMatrix4<T> GetClipMatrix(qxClipSpace space) const noexcept {
+    return qxWindowToClip(space, m_windowWidth, m_windowHeight) * m_matrix;
+  }
+
  protected:
   /// All vectors and numbers zero and both flags 0; the matrix stays.
   void SetDefault() noexcept;
 
   // ---- For Initialize()
 
+  /// The frame, the origin and all planes of a view that looks along its normal: the third axis is the normalised
+  /// normal, the second the view-up vector turned down, and the centre of the window is where the line from the PRP
+  /// along the projection direction meets the view plane.
+  /// @return 0 when W or H is below 0.5, the normal or the view-up vector is zero by CQXVector3::Normalize(), the two
+  /// are parallel, or the projection direction does not point to the side of the normal.
+  std::int32_t FindViewFrame() noexcept;
+  /// The projection direction; the third local axis in place of the zero vector.
+  [[nodiscard]] const CQXVector3<T>& EffectiveDirection() const noexcept {
+    return m_projectionDirection.NormInf() == 0 ? m_localAxis3 : m_projectionDirection;
+  }
   /// Finds the first two local axes; the third one must be set. The second axis is the part of @p up orthogonal to the
   /// third, normalised; the first is the cross product of the second and the third. With an up vector along the third
   /// axis both are zero.
   /// @param normal not read: the third axis stands for it
   void FindLocalAxes(const CQXVector3<T>& up, const CQXVector3<T>& normal) noexcept;
-  /// The origin of the frame whose window has the center @p c: c minus w / 2 along the first axis and h / 2 along the
+  /// The origin of the frame whose window has the centre @p c: c minus w / 2 along the first axis and h / 2 along the
   /// second. The inverse of GetViewWindowCenter().
   [[nodiscard]] CQXVector3<T> FindCoordinatesCenter(const CQXVector3<T>& c, T w, T h) const noexcept;
   /// Sets the view plane: the third axis as its normal, through the point @p p.
@@ -235,6 +314,13 @@ class QX_API CQXProjective3DTransform : public CQXBase3DTransform<T> {
   std::int32_t m_isReady;
 
  private:
+  /// The bottom row divides by more than a constant.
+  [[nodiscard]] bool IsCentral() const noexcept { return m_matrix[12] != 0 || m_matrix[13] != 0 || m_matrix[14] != 0; }
+  [[nodiscard]] CQXVector3<T> PointOfWindow(const CQXVector2<T>& q) const noexcept {
+    return m_localOrigin + m_localAxis1 * q.X() + m_localAxis2 * q.Y();
+  }
+  /// The line of all points that project to @p q, from the PRP or from the window on.
+  void FindProjector(const CQXVector2<T>& q, CQXVector3<T>& origin, CQXVector3<T>& direction) const noexcept;
   [[nodiscard]] bool Project(const CQXVector3<T>& p, CQXVector2<T>& q) const noexcept;
   [[nodiscard]] CQXVector2<T> WindowCorner() const noexcept { return {m_windowWidth, m_windowHeight}; }
 };

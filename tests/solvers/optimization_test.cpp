@@ -1,10 +1,12 @@
+#include <qx/solvers/algebra.h>
 #include <qx/solvers/optimization.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <vector>
 
-#include "benchmarks/minimisation_problems.h"
+#include "tests/solvers/minimisation_problems.h"
 #include "tests/typed_test.h"
 
 namespace {
@@ -121,7 +123,7 @@ T Bowl(std::size_t n, const T* x, T* g) {
 
 TYPED_TEST(ManyVariables, EveryKindOfBoundHoldsItsVariable) {
   using T = TypeParam;
-  for (const std::size_t n : {std::size_t(1), std::size_t(7), std::size_t(35), std::size_t(1000)}) {
+  for (const std::size_t n : {1u, 7u, 35u, 1000u, 2047u, 2048u, 2049u, 4100u}) {  // the method goes in strips of 2048
     Problem<T> problem("bowl", std::vector<T>(n, 9), 0, Bowl<T>);
     std::vector<T> expected(n);
     for (std::size_t i = 0; i < n; ++i) {
@@ -241,6 +243,116 @@ TYPED_TEST(ManyVariables, HostileFunctionsEnd) {
       }
     }
   }
+}
+
+/// Throws at call number @p last, whichever function is called.
+struct Bomb {
+  int last;
+  int calls = 0;
+  void Count() {
+    if (++calls == last) throw calls;
+  }
+};
+
+TYPED_TEST(ManyVariables, AnExceptionOfAnyCallPassesThrough) {
+  using T = TypeParam;
+  const QX_OPTIMIZATION_CONSTRAINTS kinds[] = {QX_BOTH_BOUNDS, QX_LOWER_BOUND};
+  const T lower[] = {-3, T(-1.5)}, upper[] = {2, 0}, start[] = {T(-1.2), 1};
+  Bomb bomb{0};
+  CQXVectorN<T> x(2);
+  T root = 0, a, b, c, fa, fb, fc, ends[2][4];
+  std::int32_t found;
+  QX_OPTIMIZATION_INFO info;
+  const auto f = [&](T t) { return bomb.Count(), t * t * t - 2; };
+  const auto df = [&](T t) { return bomb.Count(), 3 * t * t; };
+  const auto bowl = [&](T t) { return bomb.Count(), (t - 1) * (t - 1); };
+  const auto slope = [&](T t) { return bomb.Count(), 2 * (t - 1); };
+  const auto value = [&](const CQXVectorN<T>& at) {
+    T g[2];
+    return bomb.Count(), problems::Rosenbrock(2, at.Data(), g);
+  };
+  const auto gradient = [&](const CQXVectorN<T>& at, CQXVectorN<T>& g) {
+    bomb.Count();
+    problems::Rosenbrock(2, at.Data(), g.Data());
+  };
+  const std::function<void()> solvers[] = {
+      [&] { CQXAlgebra::Newton(T(0), T(3), T(1e-4), root, f, df); },
+      [&] { root = CQXAlgebra::SafeNewton(T(0), T(3), T(1e-4), f, df); },
+      [&] { root = CQXAlgebra::Brent(T(0), T(3), T(1e-4), f); },
+      [&] { root = CQXAlgebra::Secant(T(0), T(3), T(1e-4), f); },
+      [&] { root = CQXAlgebra::Bisection(T(0), T(3), T(1e-4), f); },
+      [&] { CQXAlgebra::NarrowRootBrackets(T(0), T(3), 4, found, ends[0], ends[1], f); },
+      [&] { CQXAlgebra::SearchRootBrackets(a = 2, b = 3, f); },
+      [&] { CQXOptimization::FindInitTriple(a = -9, b = -8, c, fa, fb, fc, bowl); },
+      [&] { CQXOptimization::GoldenSection(-1, T(0.5), 3, T(1e-3), root, bowl); },
+      [&] { CQXOptimization::ParabolicDescent(-1, T(0.5), 3, T(1e-3), root, bowl); },
+      [&] { CQXOptimization::DerivativeEstimationDescent(-1, T(0.5), 3, T(1e-3), root, bowl, slope); },
+      [&] {
+        x.Fill(start);
+        CQXOptimization::QuasiNewtonLBFGS(2, 2, x, T(1e-6), T(1e-6), T(1e-6), 99, value, gradient, info);
+      },
+      [&] {
+        x.Fill(start);
+        CQXOptimization::QuasiNewtonConstraintLBFGSB(2, 2, x, T(1e-6), T(1e-6), T(1e-6), 99, kinds, lower, upper, value,
+                                                     gradient, info);
+      }};
+  for (const auto& solve : solvers) {
+    bomb = {0};
+    solve();
+    const int all = bomb.calls;
+    EXPECT_GT(all, 2);
+    for (int last = 1; last <= all; ++last) {  // the leak check of the sanitizers sees what is lost
+      bomb = {last};
+      EXPECT_THROW(solve(), int) << last << " of " << all;
+      EXPECT_EQ(bomb.calls, last);
+    }
+  }
+}
+
+struct FreeVariableLists : CQXOptimization {
+  static constexpr std::int32_t n = 6;
+  std::int32_t freeCount = 0, enterCount = -1, leaveCount = -1, update = 0;
+  std::int32_t index[n] = {}, entering[n] = {};
+
+  void Update(const std::int32_t (&states)[n], std::int32_t memory, std::int32_t isConstrained,
+              std::int32_t iteration) {
+    LBFGSB_Freev(n, freeCount, index, enterCount, leaveCount, entering, states, memory, update, isConstrained,
+                 iteration);
+  }
+};
+
+TEST(FreeVariables, EnterAndLeave) {
+  FreeVariableLists lists;
+  const auto expectIndex = [&](const std::vector<std::int32_t>& expected, std::int32_t freeCount) {
+    EXPECT_EQ(std::vector<std::int32_t>(lists.index, lists.index + lists.n), expected);
+    EXPECT_EQ(lists.freeCount, freeCount);
+  };
+  const auto expectChange = [&](std::int32_t enter, std::int32_t leave, std::int32_t update) {
+    EXPECT_EQ(lists.enterCount, enter);
+    EXPECT_EQ(lists.leaveCount, leave);
+    EXPECT_EQ(lists.update, update);
+  };
+  const std::int32_t first[] = {0, 1, -1, 2, -3, 3}, second[] = {1, 1, 0, -1, 2, 0};
+  lists.update = 1;
+  lists.Update(first, 0, 1, 0);  // nothing to compare with, no memory
+  expectIndex({0, 2, 4, 5, 3, 1}, 3);
+  expectChange(0, 0, 0);
+  lists.Update(second, 2, 1, 1);
+  expectIndex({2, 3, 5, 4, 1, 0}, 3);
+  expectChange(2, 2, 1);
+  EXPECT_EQ(lists.entering[0], 5);  // in the order of the former list
+  EXPECT_EQ(lists.entering[1], 3);
+  EXPECT_EQ(lists.entering[5], 0);
+  EXPECT_EQ(lists.entering[4], 4);
+  lists.update = 0;
+  lists.Update(second, 2, 1, 2);  // nothing has changed
+  expectChange(0, 0, 0);
+  lists.update = 1;
+  lists.Update(second, 2, 1, 3);  // but the memory has
+  expectChange(0, 0, 1);
+  lists.Update(first, 2, 0, 4);  // without constraints nothing is compared
+  expectIndex({0, 2, 4, 5, 3, 1}, 3);
+  expectChange(0, 0, 1);
 }
 
 }  // namespace

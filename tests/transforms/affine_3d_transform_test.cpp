@@ -37,8 +37,8 @@ class Affine3D : public ::testing::Test {
     }
     return result;
   }
-  /// The polar form goes through the square of the matrix, which loses some digits; the axes of a stretch are found to
-  /// the fixed tolerance 1e-6.
+  /// Newton's iteration for the polar form ends one step after it is orthogonal within 1e-6, which leaves up to the
+  /// square of that; the axes of a stretch are found to the tolerance itself.
   static constexpr T polarBound = 8192 * eps;
   static double RebuildBound(const CQXMatrix3<T>& u) { return double(polarBound) + (u.IsUnit(0) != 0 ? 0 : 8e-6); }
 
@@ -170,6 +170,33 @@ TYPED_TEST(Affine3D, CompositesActInTheOrderOfTheirLetters) {
       expect("RS", scaling * rc);
     }
   }
+}
+
+TYPED_TEST(Affine3D, TheKindIsVirtualAndAssignmentThroughTheBaseCopiesTheMatrix) {
+  using T = TypeParam;
+  const CQXAffine3DTransform<T> affine(this->RandomMatrix());
+  const CQXBase3DTransform<T> general(this->RandomMatrix());
+  const CQXBase3DTransform<T>& affineAsBase = affine;
+  EXPECT_EQ(affineAsBase.GetTypeOfTransform(), QX_TRANSFORM_AFFINE);
+  EXPECT_EQ(general.GetTypeOfTransform(), QX_TRANSFORM_GENERAL);
+  CQXAffine3DTransform<T> target;
+  CQXBase3DTransform<T>& targetAsBase = target;
+  for (const CQXBase3DTransform<T>* source : {&general, &affineAsBase}) {
+    targetAsBase = *source;
+    EXPECT_TRUE(qxAreAlmostEqual(target.GetMatrix(), source->GetMatrix(), T(0)));
+    EXPECT_EQ(targetAsBase.GetTypeOfTransform(), QX_TRANSFORM_AFFINE);
+  }
+}
+
+TYPED_TEST(Affine3D, InvertComparesTheDeterminantWithItsTolerance) {
+  using T = TypeParam;
+  CQXMatrix4<T> inverse;
+  inverse.SetConstant(7);
+  this->transform.SetSRT({1, 2, 3}, 10, 20, 30, QX_ROTATIONS_XYZ, {}, {T(0.5), T(0.5), T(0.5)}, {});  // determinant 1/8
+  EXPECT_EQ(this->transform.Invert(inverse, T(0.126)), 0);
+  EXPECT_EQ(inverse(3, 3), 7);
+  EXPECT_EQ(this->transform.Invert(inverse, T(0.124)), 1);
+  EXPECT_EQ((this->transform.GetMatrix() * inverse).IsUnit(32 * this->eps), 1);
 }
 
 TYPED_TEST(Affine3D, MatricesCombineInEitherOrderAndWithThemselves) {

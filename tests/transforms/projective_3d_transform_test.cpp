@@ -236,6 +236,137 @@ TYPED_TEST(Projective, WithoutThePlanesWhatIsBehindTheCameraIsProjected) {
   EXPECT_NEAR(std::abs(q.X() - 50), 1, 64 * this->eps);
 }
 
+TYPED_TEST(Projective, EverySetterStoresItsValueAndEndsReadiness) {
+  using T = TypeParam;
+  using C = Camera<T>;
+  struct State {
+    CQXVector3<T> prp, direction, up, normal;
+    T distance, w, h, front, back;
+    std::int32_t useVolume;
+  };
+  const auto stateOf = [](const C& c) {
+    State s{c.GetPRP(),
+            c.GetProjectionDirection(),
+            c.GetViewUpVector(),
+            c.GetProjectionNormal(),
+            c.GetDistanceToPlane(),
+            0,
+            0,
+            0,
+            0,
+            c.IsUseViewVolume()};
+    c.GetViewWindowSizes(s.w, s.h);
+    c.GetViewVolumeDistances(s.front, s.back);
+    return s;
+  };
+  const auto differences = [](const State& a, const State& b) {
+    return (a.prp - b.prp).NormInf() + (a.direction - b.direction).NormInf() + (a.up - b.up).NormInf() +
+           (a.normal - b.normal).NormInf() + std::abs(a.distance - b.distance) + std::abs(a.w - b.w) +
+           std::abs(a.h - b.h) + std::abs(a.front - b.front) + std::abs(a.back - b.back) +
+           T(a.useVolume != b.useVolume);
+  };
+  const C start = this->AxisAligned();
+  const State before = stateOf(start);
+  State after[8];
+  std::fill_n(after, 8, before);
+  const struct {
+    void (*set)(C&);
+    State expected;
+  } setters[] = {{[](C& c) { c.SetViewWindow(7, 9); }, (after[0].w = 7, after[0].h = 9, after[0])},
+                 {[](C& c) { c.SetViewVolumeDistances(3, 4); }, (after[1].front = 3, after[1].back = 4, after[1])},
+                 {[](C& c) { c.UseBackFrontPlanes(0); }, (after[2].useVolume = 0, after[2])},
+                 {[](C& c) {
+                    c.SetProjectionNormal({1, 2, 3});
+                  },
+                  (after[3].normal = {1, 2, 3}, after[3])},
+                 {[](C& c) {
+                    c.SetViewUpVector({4, 5, 6});
+                  },
+                  (after[4].up = {4, 5, 6}, after[4])},
+                 {[](C& c) {
+                    c.SetPRP({7, 8, 9});
+                  },
+                  (after[5].prp = {7, 8, 9}, after[5])},
+                 {[](C& c) {
+                    c.SetProjectionDirection({1, 0, 2});
+                  },
+                  (after[6].direction = {1, 0, 2}, after[6])},
+                 {[](C& c) { c.SetDistanceToPlane(11); }, (after[7].distance = 11, after[7])}};
+  for (const auto& setter : setters) {
+    C camera = start;
+    setter.set(camera);
+    EXPECT_EQ(camera.IsReady(), 0);
+    EXPECT_EQ(differences(stateOf(camera), setter.expected), 0);
+    EXPECT_GT(differences(stateOf(camera), before), 0);
+  }
+  C without = start;
+  without.UseBackFrontPlanes(0);
+  without.SetViewVolumeDistances(3, 4);
+  EXPECT_EQ(without.IsUseViewVolume(), 1);  // switched on again
+}
+
+TYPED_TEST(Projective, AssignmentCopiesTheViewOrThroughTheBaseTheMatrixAlone) {
+  using T = TypeParam;
+  const Camera<T> source = this->AxisAligned();
+  Camera<T> whole, matrixOnly;
+  const CQXProjective3DTransform<T>& asView = source;
+  const CQXBase3DTransform<T>& asBase = source;
+  static_cast<CQXProjective3DTransform<T>&>(whole) = asView;
+  static_cast<CQXBase3DTransform<T>&>(matrixOnly) = asBase;
+  for (const auto* copy : {&whole, &matrixOnly}) {
+    EXPECT_TRUE(qxAreAlmostEqual(copy->GetMatrix(), source.GetMatrix(), T(0)));
+  }
+  T w = 0, h = 0;
+  whole.GetViewWindowSizes(w, h);
+  EXPECT_EQ(w * 1000 + h, 100060);
+  EXPECT_EQ(whole.IsReady(), 1);
+  EXPECT_TRUE(qxAreAlmostEqual(whole.GetLocalCoordinates(), source.GetLocalCoordinates(), T(0)));
+  matrixOnly.GetViewWindowSizes(w, h);
+  EXPECT_EQ(w + h, 0);
+  EXPECT_EQ(matrixOnly.IsReady(), 0);
+  EXPECT_EQ(asBase.GetTypeOfTransform(), QX_TRANSFORM_GENERAL);
+}
+
+TYPED_TEST(Projective, AFigureInAPlaneOfTheVolumeIsNotCutFarAway) {
+  using T = TypeParam;
+  int cuts = 0;
+  for (int i = 0; i < 3000; ++i) {
+    const Camera<T> camera = this->RandomCamera(i % 2 != 0);
+    CQXVector3<T> origin, a1, a2, a3;
+    camera.GetLocalCoordinates(origin, a1, a2, a3);
+    CQXVector3<T> triangle[3];
+    CQXVector2<T> lo(100, 60), hi, images[3];
+    std::int32_t flags[3];
+    for (CQXVector3<T>& p : triangle) {
+      p = origin + a1 * this->random.In(40, 60) + a2 * this->random.In(20, 40) + a3 * T(i % 4 < 2 ? -50 : 60);
+    }
+    Camera<T> open = camera;
+    open.UseBackFrontPlanes(0);
+    open.Initialize();
+    ASSERT_EQ(open.ProjectPoints(3, triangle, images, flags), QX_LOCATION_INSIDE);
+    for (const CQXVector2<T>& q : images) {
+      lo = {std::min(lo.X(), q.X()), std::min(lo.Y(), q.Y())};
+      hi = {std::max(hi.X(), q.X()), std::max(hi.Y(), q.Y())};
+    }
+    const T slack = 4096 * this->eps;
+    const auto expectInside = [&](const CQXVector2<T>& q) {
+      EXPECT_TRUE(q.X() >= lo.X() - slack && q.X() <= hi.X() + slack) << q.X() << ' ' << lo.X() << ' ' << hi.X();
+      EXPECT_TRUE(q.Y() >= lo.Y() - slack && q.Y() <= hi.Y() + slack) << q.Y() << ' ' << lo.Y() << ' ' << hi.Y();
+    };
+    CQXVector2<T> q1, q2, out[16];
+    std::int32_t count;
+    const auto location = camera.ProjectClippedSegment(triangle[0], triangle[1], q1, q2);
+    cuts += int(location) >= 2;
+    if (location != QX_LOCATION_OUTSIDE) {
+      expectInside(q1);
+      expectInside(q2);
+    }
+    camera.ProjectClippedTriangle(triangle, out, count);
+    for (std::int32_t k = 0; k < count; ++k) expectInside(out[k]);
+  }
+  EXPECT_GT(cuts, 100);
+}
+
 TYPED_TEST(Projective, SegmentsAreClippedByAPlaneThenByTheWindow) {
   using T = TypeParam;
   const Camera<T> camera = this->AxisAligned();

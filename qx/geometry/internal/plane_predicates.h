@@ -57,17 +57,6 @@ inline constexpr double closeness = 1e-6;
 template <qxReal T>
 inline constexpr double roundingUnit = 4 * static_cast<double>(std::numeric_limits<T>::epsilon());
 
-/// The parameter of the point of the segment a b that is nearest to @p p, from 0 to 1; 0 for a segment that is a point.
-[[nodiscard]] inline double NearestParameter(Point p, Point a, Point b) {
-  const Point edge = b - a;
-  const double square = SquareLength(edge);
-  return std::clamp(square > 0 ? Dot(p - a, edge) / square : 0, 0.0, 1.0);
-}
-
-[[nodiscard]] inline double SquareDistanceToSegment(Point p, Point a, Point b) {
-  return SquareLength(p - Between(a, b, NearestParameter(p, a, b)));
-}
-
 /// Length with the guard of type T.
 template <qxReal T>
 [[nodiscard]] inline T GuardedLength(double square) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/geometry/internal/plane_predicates.h>
+#include <qx/geometry/internal/wide.h>
 
 /// @file
 /// A polygon as the algorithms see it, and where a point lies in it. Internal, not part of the interface.
@@ -30,10 +31,11 @@ class Polygon {
     return area;
   }
 
-  [[nodiscard]] double SquareDistanceToBorder(Point p) const {
+  [[nodiscard]] double SquareDistanceToBorder(const CQXVector2<T>& p) const {
     double square = std::numeric_limits<double>::infinity();
     for (std::int32_t i = 0; i < m_count; ++i) {
-      square = std::min(square, SquareDistanceToSegment(p, (*this)[i], Next(i)));
+      const CQXVector2<T>& next = m_vertices[i + 1 < m_count ? i + 1 : 0];
+      square = std::min(square, SquareDistanceToSegment(Wide(p), Wide(m_vertices[i]), Wide(next)));
     }
     return square;
   }

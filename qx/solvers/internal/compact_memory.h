@@ -2,6 +2,7 @@
 
 #include <qx/foundation/scalar.h>
 #include <qx/matrices/matrix_mn.h>
+#include <qx/solvers/internal/pair_ring.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -21,20 +22,6 @@ void ForEachStrip(std::size_t count, Visit visit) {
     visit(first, std::min(count - first, static_cast<std::size_t>(stripSize)));
   }
 }
-
-/// Cholesky factor of a symmetric matrix, in place: reads and writes the upper triangle from (first, first) on, where
-/// A = R' R.
-/// @return false at a pivot that is not positive; the triangle is then of no use.
-template <qxReal T>
-[[nodiscard]] bool FactorByCholesky(std::int32_t first, std::int32_t size, CQXMatrixMN<T>& a);
-
-/// v := R'^-1 v for the upper triangle from (0, 0) on.
-template <qxReal T>
-void SolveTransposed(std::int32_t size, const CQXMatrixMN<T>& r, T* v);
-
-/// v := R^-1 v for the upper triangle from (0, 0) on.
-template <qxReal T>
-void SolveUpper(std::int32_t size, const CQXMatrixMN<T>& r, T* v);
 
 /// The last pairs of a step s and the difference y of the gradients over it, with the compact form
 /// B = theta I - W M W' of the approximate Hessian, W = (Y, theta S).
@@ -62,8 +49,10 @@ class CompactMemory {
   /// @return false when the middle matrix is not positive definite: the memory has to be reset.
   [[nodiscard]] bool Complete(const T* v, T* product);
 
-  [[nodiscard]] const T* Step(std::int32_t pair) const { return m_steps.Data() + Offset(pair); }
-  [[nodiscard]] const T* Difference(std::int32_t pair) const { return m_differences.Data() + Offset(pair); }
+  [[nodiscard]] const T* Step(std::int32_t pair) const { return m_pairs.Step(static_cast<std::size_t>(pair)); }
+  [[nodiscard]] const T* Difference(std::int32_t pair) const {
+    return m_pairs.Difference(static_cast<std::size_t>(pair));
+  }
   /// s y of one pair.
   [[nodiscard]] T Curvature(std::int32_t pair) const { return m_sy(pair, pair); }
 
@@ -77,19 +66,12 @@ class CompactMemory {
   void MultiplyByMiddle(const T* v, T* product) const;
 
  private:
-  [[nodiscard]] std::size_t Offset(std::int32_t pair) const {
-    const std::int32_t row = pair < m_m - m_first ? m_first + pair : pair - (m_m - m_first);
-    return static_cast<std::size_t>(row) * static_cast<std::size_t>(m_n);
-  }
-
-  std::int32_t m_n;
+  std::size_t m_n;
   std::int32_t m_m;
-  std::int32_t m_first = 0;  // row of the oldest pair: the rows are a ring
   std::int32_t m_count = 0;
   T m_theta = 1;
   bool m_isAppended = false;  // a pair whose inner products are still to be formed
-  CQXMatrixMN<T> m_steps;     // a pair in each row, along memory
-  CQXMatrixMN<T> m_differences;
+  PairRing<T> m_pairs;
   CQXMatrixMN<T> m_sy;      // s_i y_j: the diagonal is D, below it is L
   CQXMatrixMN<T> m_ss;      // s_i s_j, lower triangle
   CQXMatrixMN<T> m_factor;  // upper triangle

@@ -1,60 +1,30 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/kernels/array_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
+#include <qx/solvers/internal/cholesky.h>
 #include <qx/solvers/internal/compact_memory.h>
 
-#include <cmath>
 #include <cstddef>
 
 namespace qxSolvers {
 
 template <qxReal T>
-bool FactorByCholesky(std::int32_t first, std::int32_t size, CQXMatrixMN<T>& a) {
-  for (std::int32_t j = first; j < first + size; ++j) {
-    for (std::int32_t i = first; i <= j; ++i) {
-      T sum = a(i, j);
-      for (std::int32_t k = first; k < i; ++k) sum -= a(k, i) * a(k, j);
-      if (i < j) {
-        a(i, j) = sum / a(i, i);
-      } else {
-        if (!(sum > 0)) return false;
-        a(j, j) = std::sqrt(sum);
-      }
-    }
-  }
-  return true;
-}
-
-template <qxReal T>
-void SolveTransposed(std::int32_t size, const CQXMatrixMN<T>& r, T* v) {
-  for (std::int32_t i = 0; i < size; ++i) {
-    T sum = v[i];
-    for (std::int32_t k = 0; k < i; ++k) sum -= r(k, i) * v[k];
-    v[i] = sum / r(i, i);
-  }
-}
-
-template <qxReal T>
-void SolveUpper(std::int32_t size, const CQXMatrixMN<T>& r, T* v) {
-  for (std::int32_t i = size; i-- > 0;) {
-    T sum = v[i];
-    for (std::int32_t k = i + 1; k < size; ++k) sum -= r(i, k) * v[k];
-    v[i] = sum / r(i, i);
-  }
-}
-
-template <qxReal T>
 CompactMemory<T>::CompactMemory(std::int32_t n, std::int32_t m)
-    : m_n(n), m_m(m), m_steps(m, n), m_differences(m, n), m_sy(m), m_ss(m), m_factor(m) {}
+    : m_n(static_cast<std::size_t>(n)),
+      m_m(m),
+      m_pairs(m_n, static_cast<std::size_t>(m)),
+      m_sy(m),
+      m_ss(m),
+      m_factor(m) {}
 
 template <qxReal T>
 bool CompactMemory<T>::HasMemory() const {
-  return m_steps.Data() != nullptr && m_differences.Data() != nullptr && m_sy.Data() != nullptr &&
-         m_ss.Data() != nullptr && m_factor.Data() != nullptr;
+  return m_pairs.HasMemory() && m_sy.Data() != nullptr && m_ss.Data() != nullptr && m_factor.Data() != nullptr;
 }
 
 template <qxReal T>
 void CompactMemory<T>::Reset() {
-  m_first = 0;
+  m_pairs.Clear();
   m_count = 0;
   m_theta = 1;
   m_isAppended = false;
@@ -62,23 +32,21 @@ void CompactMemory<T>::Reset() {
 
 template <qxReal T>
 void CompactMemory<T>::Append(const T* direction, T factor, const T* gradient, const T* formerGradient, T sy) {
-  const std::size_t count = static_cast<std::size_t>(m_n);
   if (m_count < m_m) {
     ++m_count;
   } else {
-    m_first = m_first + 1 < m_m ? m_first + 1 : 0;
     for (std::int32_t j = 0; j + 1 < m_count; ++j) {
       const std::int32_t below = m_count - 1 - j;
       m_sy.CopyPartColumn(j, j, below, j + 1, j + 1, m_sy);
       m_ss.CopyPartColumn(j, j, below, j + 1, j + 1, m_ss);
     }
   }
+  qxKernels::Product(m_n, direction, factor, m_pairs.NextStep());
+  T* const difference = m_pairs.NextDifference();
+  qxKernels::Difference(m_n, gradient, formerGradient, difference);
+  m_theta = qxKernels::SumOfSquares(m_n, difference) / sy;
+  m_pairs.Advance();
   const std::int32_t last = m_count - 1;
-  T* step = m_steps.Data() + Offset(last);
-  T* difference = m_differences.Data() + Offset(last);
-  qxKernels::Product(count, direction, factor, step);
-  qxKernels::Difference(count, gradient, formerGradient, difference);
-  m_theta = qxKernels::SumOfSquares(count, difference) / sy;
   for (std::int32_t j = 0; j < m_count; ++j) {
     m_sy(last, j) = 0;
     m_ss(last, j) = 0;
@@ -91,7 +59,7 @@ template <qxReal T>
 bool CompactMemory<T>::Complete(const T* v, T* product) {
   for (std::int32_t j = 0; j < 2 * m_count; ++j) product[j] = 0;
   const std::int32_t last = m_count - 1;
-  ForEachStrip(static_cast<std::size_t>(m_n), [&](std::size_t first, std::size_t size) {
+  ForEachStrip(m_n, [&](std::size_t first, std::size_t size) {
     for (std::int32_t j = 0; m_isAppended && j < m_count; ++j) {
       const T* step = Step(last) + first;
       if (j < last) m_sy(last, j) += qxKernels::Dot(size, Difference(j) + first, step);
@@ -153,13 +121,8 @@ void CompactMemory<T>::MultiplyByMiddle(const T* v, T* product) const {
   }
 }
 
-#define INSTANTIATE(T)                                                         \
-  template bool FactorByCholesky(std::int32_t, std::int32_t, CQXMatrixMN<T>&); \
-  template void SolveTransposed(std::int32_t, const CQXMatrixMN<T>&, T*);      \
-  template void SolveUpper(std::int32_t, const CQXMatrixMN<T>&, T*);           \
-  template class CompactMemory<T>
-INSTANTIATE(float);
-INSTANTIATE(double);
-#undef INSTANTIATE
+#define QX_INSTANTIATE(T) template class CompactMemory<T>;
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE
 
 }  // namespace qxSolvers

@@ -1,8 +1,8 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/kernels/array_kernels.h>
-#include <qx/kernels/rotation_kernels.h>
-#include <qx/solvers/internal/bounded_minimizer.h>
+#include <qx/solvers/internal/cholesky.h>
+#include <qx/solvers/internal/subspace_matrix.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <limits>
 
@@ -132,75 +132,8 @@ void SubspaceMatrix<T>::Solve(T* v) const {
   SolveUpper(2 * m_count, m_matrix, v);
 }
 
-/// The minimum of the model over the variables that are free at the Cauchy point, by the direct primal method; the step
-/// to it is cut back to the bounds. False when the matrix could not be factored.
-template <qxReal T>
-bool BoundedMinimizer<T>::MinimizeInSubspace() {
-  std::int32_t isNew = m_isAppended;
-  LBFGSB_Freev(m_n, m_freeCount, m_freeIndex.get(), m_enterCount, m_leaveCount, m_entering.get(), m_boundState.get(),
-               m_memory.Count(), isNew, 1, m_iterations);
-  if (m_memory.Count() == 0) return true;
-  const bool isAppended = m_isAppended != 0;
-  m_isAppended = 0;
-  if (isAppended) m_subspace.AppendPair(m_memory);
-
-  // In one pass over the pairs: the products of the newest pair, the reduced gradient of the model at the Cauchy point,
-  // negated (zero for the bound variables), and its product with W'.
-  const std::int32_t size2 = 2 * m_memory.Count();
-  const T theta = m_memory.Theta();
-  const T* c = SmallVector(1);  // W'(Cauchy point - x)
-  T* product = SmallVector(2);
-  T* v = SmallVector(3);
-  T* residual = m_direction.get();
-  const std::int32_t* states = m_boundState.get();
-  const T* x = m_x.Data();
-  const T* gradient = m_gradient.Data();
-  T* target = m_target.get();
-  m_memory.MultiplyByMiddle(c, product);
-  std::fill_n(v, size2, T(0));
-  ForEachStrip(m_count, [&](std::size_t first, std::size_t size) {
-    if (isAppended) m_subspace.AddStrip(m_memory, first, size, states, m_freeCount == m_n);
-    if (m_freeCount == 0) return;
-    for (std::size_t i = first; i < first + size; ++i) residual[i] = -theta * (target[i] - x[i]) - gradient[i];
-    m_memory.AddProduct(first, size, product, residual + first);
-    for (std::size_t i = first; i < first + size; ++i) residual[i] = states[i] > 0 ? T(0) : residual[i];
-    m_memory.AddTransposedProduct(first, size, residual + first, v);
-  });
-  // The newest pair was summed over the present sets; the older ones follow the changes.
-  const std::int32_t olderPairs = isAppended ? m_memory.Count() - 1 : m_memory.Count();
-  const std::int32_t* entering = m_entering.get();
-  for (std::int32_t i = 0; i < m_enterCount; ++i) m_subspace.MoveVariable(m_memory, olderPairs, entering[i], 1);
-  for (std::int32_t i = m_n - m_leaveCount; i < m_n; ++i) {
-    m_subspace.MoveVariable(m_memory, olderPairs, entering[i], -1);
-  }
-  m_isFactored = m_isFactored && isNew == 0;
-  if (m_freeCount == 0) return true;
-  if (!m_isFactored && !m_subspace.Factor(m_memory)) return false;
-  m_isFactored = true;
-
-  m_subspace.Solve(v);
-  for (std::int32_t j = 0; j < size2; ++j) v[j] /= theta;
-  ForEachStrip(m_count, [&](std::size_t first, std::size_t size) {
-    m_memory.AddProduct(first, size, v, residual + first);
-    for (std::size_t i = first; i < first + size; ++i) {
-      const T scaled = residual[i] * (1 / theta);
-      residual[i] = states[i] > 0 ? T(0) : scaled;
-    }
-  });
-
-  std::size_t blocking = m_count;
-  const T part = FeasiblePart(target, 1, blocking);
-  if (blocking < m_count) {
-    target[blocking] = residual[blocking] > 0 ? m_upper[blocking] : m_lower[blocking];
-    residual[blocking] = 0;
-  }
-  qxKernels::AddMultiple(m_count, part, residual, target);
-  return true;
-}
-
-template class SubspaceMatrix<float>;
-template class SubspaceMatrix<double>;
-template bool BoundedMinimizer<float>::MinimizeInSubspace();
-template bool BoundedMinimizer<double>::MinimizeInSubspace();
+#define QX_INSTANTIATE(T) template class SubspaceMatrix<T>;
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE
 
 }  // namespace qxSolvers
