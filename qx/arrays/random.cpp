@@ -43,6 +43,9 @@ T GuardedLog(T x) noexcept {
   return std::log(x <= QX_TOLERANCE<T> ? QX_TOLERANCE<T> : x);
 }
 
+/// Bound of the draws for one normal number.
+constexpr std::int32_t largestDrawsNb = 1000;
+
 double RoundingShift(double x) noexcept { return x >= 0 ? x + 0.5 : x - 0.5; }
 
 /// Truncates a number that is not negative to 64 bits without a sign.
@@ -230,36 +233,40 @@ T CQXRandom<T>::GetUniformSWB() noexcept {
   return m_range * SWB() + m_lower;
 }
 
-/// The ziggurat. Numbers outside [0, 1], which only a foreign SWB table yields, must not keep it going for ever: they
-/// end it with what they give.
+/// Beyond layer 0. What a table of SWB yields in turn may fit no number there, so that the draws are counted.
+template <qxReal T>
+template <typename Unit>
+T CQXRandom<T>::GetNormalTail(Unit unit) noexcept {
+  T tail = 0;
+  T y = 0;
+  std::int32_t drawsNb = 0;
+  do {
+    tail = GuardedLog(unit()) / zigguratR<T>;
+    y = GuardedLog(unit());
+  } while (-2 * y < tail * tail && y <= 0 && ++drawsNb < largestDrawsNb);
+  return zigguratR<T> - tail;
+}
+
+/// The ziggurat. Numbers outside [0, 1], which only a foreign SWB table yields, end it with what they give; so does a
+/// table whose numbers are refused again and again. One draw in 80 is refused by chance, some thousand never are.
 template <qxReal T>
 template <typename Unit, typename Word>
 T CQXRandom<T>::GetNormal(Unit unit, Word word) noexcept {
   T result = 0;
-  for (;;) {
+  for (std::int32_t drawsNb = 0; drawsNb < largestDrawsNb; ++drawsNb) {
     const T u = 2 * unit() - 1;
     const auto layer = word() % layersNb;
-    const T x = u * m_zigX[layer];
-    if (std::abs(u) < m_zigR[layer] || !(std::abs(u) <= 1)) {
-      result = x;
-      break;
-    }
+    result = u * m_zigX[layer];
+    if (std::abs(u) < m_zigR[layer] || !(std::abs(u) <= 1)) break;
     if (layer == 0) {
-      T tail = 0;
-      T y = 0;
-      do {
-        tail = GuardedLog(unit()) / zigguratR<T>;
-        y = GuardedLog(unit());
-      } while (-2 * y < tail * tail && y <= 0);
-      result = u >= 0 ? zigguratR<T> - tail : tail - zigguratR<T>;
+      const T tail = GetNormalTail(unit);
+      result = u >= 0 ? tail : -tail;
       break;
     }
-    const T f0 = std::exp(T(-0.5) * (m_zigX[layer] * m_zigX[layer] - x * x));
-    const T f1 = std::exp(T(-0.5) * (m_zigX[layer + 1] * m_zigX[layer + 1] - x * x));
-    if (f1 + unit() * (f0 - f1) < 1) {
-      result = x;
-      break;
-    }
+    const T square = result * result;
+    const T f0 = std::exp(T(-0.5) * (m_zigX[layer] * m_zigX[layer] - square));
+    const T f1 = std::exp(T(-0.5) * (m_zigX[layer + 1] * m_zigX[layer + 1] - square));
+    if (f1 + unit() * (f0 - f1) < 1) break;
   }
   return result * m_sigma + m_mean;
 }

@@ -76,7 +76,7 @@ void CQXComplex<T>::CalculateAlgebrForm() noexcept {
 
 template <qxReal T>
 void CQXComplex<T>::FillTrigonForm() const noexcept {
-  const T square = m_real * m_real + m_imag * m_imag;
+  const T square = qxProduct(m_real, m_real) + qxProduct(m_imag, m_imag);
   if (IsWithinTolerance(square) != 0) {
     m_magnitude = 0;
     m_angle = 0;
@@ -90,7 +90,7 @@ void CQXComplex<T>::FillTrigonForm() const noexcept {
 template <qxReal T>
 T CQXComplex<T>::AngleInDegrees() const noexcept {
   if (m_trigCalculated != 0) return m_angle;
-  const T magnitude = qxGuardedSqrt(m_real * m_real + m_imag * m_imag);
+  const T magnitude = qxGuardedSqrt(qxProduct(m_real, m_real) + qxProduct(m_imag, m_imag));
   if (IsWithinTolerance(magnitude) != 0) return 0;
   return WithSideOf(m_imag, InDegrees(std::acos(m_real / magnitude)), T(360));
 }
@@ -98,7 +98,7 @@ T CQXComplex<T>::AngleInDegrees() const noexcept {
 template <qxReal T>
 T CQXComplex<T>::AngleInRadians() const noexcept {
   if (m_trigCalculated != 0) return WrappedRadians(m_angle);
-  const T magnitude = qxGuardedSqrt(m_real * m_real + m_imag * m_imag);
+  const T magnitude = qxGuardedSqrt(qxProduct(m_real, m_real) + qxProduct(m_imag, m_imag));
   if (IsWithinTolerance(magnitude) != 0) return 0;
   return WithSideOf(m_imag, std::acos(m_real / magnitude), 2 * pi<T>);
 }
