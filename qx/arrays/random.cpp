@@ -485,7 +485,7 @@ template <qxReal T>
 template <typename Integer>
 void CQXRandom<T>::TestIntegers(Integer left, Integer right, std::int32_t n, const Integer* data,
                                 std::int32_t firstToPrint) {
-  const qxBlock<T> values = qxMakeBlock<T>(qxElementCount(n, 1));
+  const qxBlock<T> values = qxMakeBlock<T>(qxElementCount(n));
   if (values == nullptr) return;
   for (std::int32_t i = 0; i < n; ++i) values.get()[i] = static_cast<T>(data[i]);
   m_lower = static_cast<T>(left);

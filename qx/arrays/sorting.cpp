@@ -54,7 +54,7 @@ void SortWithIndices(std::int32_t n, const T* source, T* target, std::int32_t* i
                      std::int32_t absolute) {
   if (source == nullptr || n <= 0) return;
   static_cast<void>(
-      qxKernels::SortWithIndices(qxElementCount(n, 1), source, target, indices, ascending != 0, absolute != 0));
+      qxKernels::SortWithIndices(qxElementCount(n), source, target, indices, ascending != 0, absolute != 0));
 }
 
 /// Whether low + tolerance < high, exactly; the tolerance may be negative.
@@ -160,7 +160,7 @@ CQXSorting<T>& CQXSorting<T>::operator=(const CQXSorting& other) {
 
 template <typename T>
 void CQXSorting<T>::CopyFrom(std::int32_t n, const T* array) {
-  const std::size_t count = static_cast<std::size_t>(n);
+  const std::size_t count = qxElementCount(n);
   qxBlock<T> copy = qxMakeBlock<T>(count);  // before the old one goes: the source may stand in it
   if (copy != nullptr) std::copy_n(array, count, copy.get());
   m_copy = std::move(copy);
@@ -307,7 +307,7 @@ template <typename T>
 void qxSort2DArray(std::int32_t n, const T* source, T* target, qxNonDeduced<T> tolerance, std::int32_t firstKey,
                    std::int32_t ascending, std::int32_t absolute) {
   if (n <= 0) return;
-  const qxBlock<KeyPair<T>> block = qxMakeBlock<KeyPair<T>>(static_cast<std::size_t>(n));
+  const qxBlock<KeyPair<T>> block = qxMakeBlock<KeyPair<T>>(qxElementCount(n));
   if (block == nullptr) return;
   KeyPair<T>* const pairs = block.get();
   const std::ptrdiff_t first = firstKey != 0 ? 1 : 0;

@@ -3,6 +3,7 @@
 #include <qx/arrays/sorting.h>
 #include <qx/arrays/statistics.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/tolerance.h>
 
 #include <algorithm>
 #include <cmath>
@@ -93,9 +94,8 @@ double CQXStatistics<T>::VarianceInDouble(double mean) const noexcept {
 
 template <qxReal T>
 double CQXStatistics<T>::DeviationInDouble(double mean) const noexcept {
-  constexpr double smallestVariance = 1e-6;
   const double variance = VarianceInDouble(mean);
-  return variance >= smallestVariance ? std::sqrt(variance) : 0;
+  return variance >= QX_PREDICATE_TOLERANCE<double> ? std::sqrt(variance) : 0;
 }
 
 template <qxReal T>
@@ -107,7 +107,7 @@ template <qxReal T>
 T CQXStatistics<T>::Median() const {
   constexpr T notANumber = std::numeric_limits<T>::quiet_NaN();
   if (m_size <= 0) return notANumber;
-  const qxBlock<T> copy = qxMakeBlock<T>(static_cast<std::size_t>(m_size));
+  const qxBlock<T> copy = qxMakeBlock<T>(qxElementCount(m_size));
   if (copy == nullptr) return notANumber;
   T* const begin = copy.get();
   T* const end = std::copy_n(m_data, m_size, begin);
@@ -299,7 +299,7 @@ std::int32_t CQXStatistics<T>::TestNormalVariance(T variance, qxSignificanceLeve
 template <qxReal T>
 std::int32_t CQXStatistics<T>::PermutationValue(std::int32_t k, const T* block) {
   const std::int32_t count = std::max(k, 0);
-  const qxBlock<T> copy = qxMakeBlock<T>(static_cast<std::size_t>(count));
+  const qxBlock<T> copy = qxMakeBlock<T>(qxElementCount(count));
   if (copy == nullptr) return 0;
   std::copy_n(block, count, copy.get());
   return qxArrays::RankOrdering(count, copy.get());

@@ -7,8 +7,6 @@
 
 namespace {
 
-std::size_t Size(std::int32_t n) { return qxElementCount(n, 1); }
-
 /// Assigns elements that may lie among those to be written as if all were read first; targetStride >= sourceStride.
 template <typename T>
 void CopyStrided(std::size_t count, const T* source, std::size_t sourceStride, T* target, std::size_t targetStride) {
@@ -94,7 +92,7 @@ T CQXBaseMatrix<T>::Trace() const noexcept {
 
 template <typename T>
 void CQXBaseMatrix<T>::Row(std::int32_t r, T* target) const noexcept {
-  if (Count() > 0) qxKernels::Copy(Size(m_columns), Data() + Position(r, 0), target);
+  if (Count() > 0) qxKernels::Copy(qxElementCount(m_columns), Data() + Position(r, 0), target);
 }
 
 template <typename T>
@@ -105,12 +103,12 @@ void CQXBaseMatrix<T>::Column(std::int32_t c, T* target) const noexcept {
 
 template <typename T>
 void CQXBaseMatrix<T>::SetRow(std::int32_t r, const T* source) noexcept {
-  if (Count() > 0) CopyStrided(Size(m_columns), source, 1, Data() + Position(r, 0), 1);
+  if (Count() > 0) CopyStrided(qxElementCount(m_columns), source, 1, Data() + Position(r, 0), 1);
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetColumn(std::int32_t c, const T* source) noexcept {
-  if (Count() > 0) CopyStrided(Size(m_rows), source, 1, Data() + c, Size(m_columns));
+  if (Count() > 0) CopyStrided(qxElementCount(m_rows), source, 1, Data() + c, qxElementCount(m_columns));
 }
 
 template <typename T>
@@ -131,7 +129,7 @@ template <typename T>
 void CQXBaseMatrix<T>::CopyPartRow(std::int32_t row, std::int32_t column, std::int32_t count, std::int32_t sourceRow,
                                    std::int32_t sourceColumn, const CQXBaseMatrix& source) noexcept {
   if (count <= 0 || CountWith(source) == 0) return;
-  CopyStrided(Size(count), &source(sourceRow, sourceColumn), 1, &(*this)(row, column), 1);
+  CopyStrided(qxElementCount(count), &source(sourceRow, sourceColumn), 1, &(*this)(row, column), 1);
 }
 
 template <typename T>
@@ -141,21 +139,21 @@ void CQXBaseMatrix<T>::CopyPartColumn(std::int32_t column, std::int32_t row, std
   if (count <= 0 || CountWith(source) == 0) return;
   const T* const from = &source(sourceRow, sourceColumn);
   T* const to = &(*this)(row, column);
-  CopyStrided(Size(count), from, Size(source.m_columns), to, Size(m_columns));
+  CopyStrided(qxElementCount(count), from, qxElementCount(source.m_columns), to, qxElementCount(m_columns));
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetPartRowVector(std::int32_t row, std::int32_t column, std::int32_t count,
                                         std::int32_t vectorStart, const CQXBaseVector<T>& vector) noexcept {
   if (count <= 0 || Count() == 0 || vector.Data() == nullptr) return;
-  qxKernels::Copy(Size(count), vector.Data() + vectorStart, &(*this)(row, column));
+  qxKernels::Copy(qxElementCount(count), vector.Data() + vectorStart, &(*this)(row, column));
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetPartColVector(std::int32_t column, std::int32_t row, std::int32_t count,
                                         std::int32_t vectorStart, const CQXBaseVector<T>& vector) noexcept {
   if (count <= 0 || Count() == 0 || vector.Data() == nullptr) return;
-  CopyStrided(Size(count), vector.Data() + vectorStart, 1, &(*this)(row, column), Size(m_columns));
+  CopyStrided(qxElementCount(count), vector.Data() + vectorStart, 1, &(*this)(row, column), qxElementCount(m_columns));
 }
 
 /// Calls visit(position in the block, index in the flat array) for the positions of the rectangle inside the block, in
@@ -210,7 +208,8 @@ void CQXBaseMatrix<T>::PrintPartOfMatrix(std::int32_t firstRow, std::int32_t fir
 template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::Transpose() const {
   CQXBaseMatrix result(m_columns, m_rows, Unset());
-  if (Count() > 0 && result.Count() > 0) qxKernels::Transpose(Size(m_rows), Size(m_columns), Data(), result.Data());
+  if (Count() > 0 && result.Count() > 0)
+    qxKernels::Transpose(qxElementCount(m_rows), qxElementCount(m_columns), Data(), result.Data());
   return result;
 }
 
@@ -218,8 +217,9 @@ template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::operator*(const CQXBaseMatrix& m) const {
   CQXBaseMatrix result(m_rows, m.m_columns, Unset());
   if (result.Count() > 0) {
-    const std::size_t depth = CountWith(m) > 0 && m.m_rows >= m_columns ? Size(m_columns) : 0;
-    qxKernels::MultiplyMatrices(Size(m_rows), depth, Size(m.m_columns), Data(), m.Data(), result.Data());
+    const std::size_t depth = CountWith(m) > 0 && m.m_rows >= m_columns ? qxElementCount(m_columns) : 0;
+    qxKernels::MultiplyMatrices(qxElementCount(m_rows), depth, qxElementCount(m.m_columns), Data(), m.Data(),
+                                result.Data());
   }
   return result;
 }
@@ -228,8 +228,9 @@ template <typename T>
 CQXBaseVector<T> CQXBaseMatrix<T>::operator*(const CQXBaseVector<T>& v) const {
   CQXBaseVector<T> result(m_rows);
   if (result.Data() != nullptr) {
-    const std::size_t depth = Count() > 0 && v.Data() != nullptr && v.Dim() >= m_columns ? Size(m_columns) : 0;
-    qxKernels::MultiplyMatrixByVector(Size(m_rows), depth, Data(), v.Data(), result.Data());
+    const std::size_t depth =
+        Count() > 0 && v.Data() != nullptr && v.Dim() >= m_columns ? qxElementCount(m_columns) : 0;
+    qxKernels::MultiplyMatrixByVector(qxElementCount(m_rows), depth, Data(), v.Data(), result.Data());
   }
   return result;
 }

@@ -37,7 +37,7 @@ CQXBaseVector<T>& CQXBaseVector<T>::operator=(CQXBaseVector&& other) noexcept {
 template <typename T>
 std::size_t CQXBaseVector<T>::CountOfPart(std::int32_t start, std::int32_t count) const noexcept {
   if (start < 0 || start >= m_rows || Count() == 0) return 0;
-  return qxElementCount(std::min(count, m_rows - start), 1);
+  return qxElementCount(std::min(count, m_rows - start));
 }
 
 template <typename T>
@@ -56,7 +56,7 @@ template <typename T>
 void CQXBaseVector<T>::ReplacePart(std::int32_t start, std::int32_t sourceStart, std::int32_t count,
                                    const CQXBaseVector& source) noexcept {
   if (count <= 0 || CountWith(source) == 0) return;
-  qxKernels::Copy(qxElementCount(count, 1), source.Data() + sourceStart, Data() + start);
+  qxKernels::Copy(qxElementCount(count), source.Data() + sourceStart, Data() + start);
 }
 
 template <typename T>
