@@ -1,6 +1,6 @@
 #pragma once
 
-#include <qx/foundation/scalar.h>
+#include <qx/foundation/api.h>
 
 #include <concepts>
 #include <type_traits>

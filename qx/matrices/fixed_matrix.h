@@ -14,9 +14,9 @@
 ///
 /// An empty base over the derived class, whose N x N elements stand by rows: element (r, c) at position N r + c.
 /// Indices count from 0 and are not tested. Outputs may be the matrix itself or alias each other's inputs; they stay
-/// untouched on every result that is no success, unless the declaration says otherwise. Singular numbers, symmetric
-/// eigenvalues and what is built on them are handed to CQXMatrixMN and CQXMatrixN, which allocate; nothing else does.
-/// Refused memory is no success: 0, -1 for a rank, QX_STATUS_OUT_OF_MEMORY where the result is a status.
+/// untouched on every result that is no success, unless the declaration says otherwise. Decompositions give the same
+/// results as those of CQXMatrixMN and CQXMatrixN. Nothing allocates but the sort of symmetric eigenvalues; refused
+/// memory is no success there: 0, or QX_STATUS_OUT_OF_MEMORY where the result is a status.
 template <typename Derived, typename Vector, typename T, std::size_t N>
 class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   using Array = CQXFixedArray<Derived, T, N * N>;
@@ -76,13 +76,15 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   constexpr void Row(std::int32_t r, T* target) const noexcept { RowVector(r).Dump(target); }
   /// Copies column @p c to an array of N numbers.
   constexpr void Column(std::int32_t c, T* target) const noexcept { ColVector(c).Dump(target); }
-  /// Copies an array of N numbers into row @p r.
+  /// Copies an array of N numbers, which may lie in this matrix, into row @p r.
   constexpr void SetRow(std::int32_t r, const T* source) noexcept {
-    qxUnroll<N>([&](std::size_t i) { (*this)(r, static_cast<std::int32_t>(i)) = source[i]; });
+    const Vector row = MakeVector([&](std::size_t i) { return source[i]; });
+    qxUnroll<N>([&](std::size_t i) { (*this)(r, static_cast<std::int32_t>(i)) = row.Data()[i]; });
   }
-  /// Copies an array of N numbers into column @p c.
+  /// Copies an array of N numbers, which may lie in this matrix, into column @p c.
   constexpr void SetColumn(std::int32_t c, const T* source) noexcept {
-    qxUnroll<N>([&](std::size_t i) { (*this)(static_cast<std::int32_t>(i), c) = source[i]; });
+    const Vector column = MakeVector([&](std::size_t i) { return source[i]; });
+    qxUnroll<N>([&](std::size_t i) { (*this)(static_cast<std::int32_t>(i), c) = column.Data()[i]; });
   }
   [[nodiscard]] constexpr Vector RowVector(std::int32_t r) const noexcept {
     return MakeVector([&](std::size_t i) { return (*this)(r, static_cast<std::int32_t>(i)); });
@@ -208,8 +210,8 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   [[nodiscard]] T CorrelationCoefficient(const Derived& m) const noexcept;
 
   /// The norm of the given kind; not a number when an element is not. The Euclidean one goes through the guarded root;
-  /// the spectral one allocates, and is not a number when the singular numbers cannot be had.
-  [[nodiscard]] T Norm(qxMatrixNorm norm) const;
+  /// the spectral one is not a number either when the singular numbers cannot be had.
+  [[nodiscard]] T Norm(qxMatrixNorm norm) const noexcept;
 
   /// Solves this x = b through Inverse().
   /// @param tolerance what the absolute determinant is compared with
@@ -222,13 +224,14 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   }
   /// Solves this x = b, and gives the condition number in the given norm.
   /// @return 1; 0 when the matrix is singular: @p x is untouched and the condition number is QX_OVERFLOW_VALUE.
-  std::int32_t SolveSystem(const Vector& b, Vector& x, qxMatrixNorm norm, T tolerance, T& conditionNumber) const;
+  std::int32_t SolveSystem(const Vector& b, Vector& x, qxMatrixNorm norm, T tolerance,
+                           T& conditionNumber) const noexcept;
 
-  /// Inverse and condition number in the given norm, through CQXMatrixMN::Inverse.
+  /// Inverse and condition number in the given norm: norm times norm of the inverse.
   ///
   /// The results differ from those of the plain form, which gives 0 for success.
   /// @return 1; 0 when the matrix is singular: @p target is untouched and the condition number is QX_OVERFLOW_VALUE.
-  std::int32_t Inverse(Derived& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const;
+  std::int32_t Inverse(Derived& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const noexcept;
 
   /// Inverse of a diagonal matrix; elements off the diagonal must be within 1e-6 of zero. The target is set to 0 first.
   /// @param tolerance what the absolute diagonal elements are compared with
@@ -239,48 +242,47 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// @param tolerance what the absolute pivots are compared with
   /// @return 1; 0 when a pivot is below the tolerance, and both factors are left half filled.
   std::int32_t LU_Decomposition(Derived& L, Derived& U, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
-  /// Householder's factors this = Q R: Q orthogonal, R upper triangular. Through CQXMatrixMN.
+  /// Householder's factors this = Q R: Q orthogonal, R upper triangular.
   /// @return 1 for every finite matrix.
-  std::int32_t QR_Decomposition(Derived& Q, Derived& R, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  std::int32_t QR_Decomposition(Derived& Q, Derived& R, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 
-  /// Singular values, this = U diag(singular) V^T, descending and not negative. Through CQXMatrixMN.
-  /// @return 0; 1 when the iteration did not converge, 2 when memory was refused.
+  /// Singular values, this = U diag(singular) V^T, descending and not negative.
+  /// @return 0; 1 when the iteration did not converge, an element is not finite or a singular number is beyond the
+  /// range.
   std::int32_t SV_Decomposition(Derived& U, Derived& V, Vector& singular,
-                                T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+                                T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
   /// The singular numbers alone; results as in SV_Decomposition().
-  std::int32_t CalculateSingularNumbers(Vector& singular, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  std::int32_t CalculateSingularNumbers(Vector& singular, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
   /// Number of singular numbers above the tolerance; -1 when they cannot be had.
-  [[nodiscard]] std::int32_t CalculateRank(T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t CalculateRank(T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
   /// Condition number in the given norm; QX_OVERFLOW_VALUE for a singular matrix.
   ///
   /// Spectral: the largest over the smallest singular number, singular when the smallest is not above 1e-6. Other
   /// norms: norm times norm of the inverse, singular when the absolute determinant is below 1e-6.
-  [[nodiscard]] T ConditionNumber(qxMatrixNorm norm) const;
+  [[nodiscard]] T ConditionNumber(qxMatrixNorm norm) const noexcept;
 
-  /// Eigenvalues, ascending, and eigenvectors, in the columns, of a symmetric matrix. Through CQXMatrixN.
+  /// Eigenvalues, ascending, and eigenvectors, in the columns, of a symmetric matrix.
   /// @param tolerance bound of the symmetry and of the sum of the elements off the diagonal
   /// @return status of CQXMatrixN::SymmetricEigensolve; the outputs are untouched unless it is QX_STATUS_OK.
   qxStatus SymmetricEigensolve(Vector& values, Derived& vectors, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// Spectral form of a symmetric matrix: with @p flag 0 this = P D P^T, the eigenvectors in the columns of P; with
-  /// another flag they stand in its rows, this = P^T D P. Eigenvalues ascend along the diagonal of D. Through
-  /// CQXMatrixN.
+  /// another flag they stand in its rows, this = P^T D P. Eigenvalues ascend along the diagonal of D.
   /// @param tolerance as in SymmetricEigensolve()
   /// @return 1; 0 when the matrix is not symmetric within the tolerance.
   std::int32_t SpectralDecomposition(Derived& P, Derived& D, std::int32_t flag,
                                      T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Polar form: @p flag other than 0 gives this = Q S, flag 0 gives this = S Q, with Q orthogonal and S symmetric and
-  /// positive definite. Through CQXMatrixN. CQXMatrix2 has it the other way round.
+  /// positive definite. CQXMatrix2 has it the other way round.
   ///
   /// Q has the sign of the determinant of this: it may contain a reflection.
-  /// @param tolerance what the absolute determinant is compared with, and the bound of IsOrthogonal() at which the
-  /// iteration ends, after 100 steps at the latest
-  /// @return 1; 0 when the determinant is below the tolerance, or the iteration met not a number.
+  /// @param tolerance what the absolute determinant is compared with
+  /// @return as CQXMatrixN::PolarDecomposition()
   std::int32_t PolarDecomposition(Derived& Q, Derived& S, std::int32_t flag,
-                                  T tolerance = QX_PREDICATE_TOLERANCE<T>) const requires(N > 2);
+                                  T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept requires(N > 2);
   /// The orthogonal factor of the polar form.
   /// @return 1; 0 when the absolute determinant is below the tolerance.
-  std::int32_t ExtractOrthogonal(Derived& Q, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  std::int32_t ExtractOrthogonal(Derived& Q, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 
  protected:
   [[nodiscard]] static constexpr std::size_t Position(std::int32_t r, std::int32_t c) noexcept {

@@ -1,5 +1,13 @@
+#include <qx/foundation/status.h>
 #include <qx/kernels/array_kernels.h>
 #include <qx/kernels/matrix_kernels.h>
+#include <qx/kernels/rotation_kernels.h>
+#include <qx/matrices/internal/bidiagonal.h>
+#include <qx/matrices/internal/closed_form.h>
+#include <qx/matrices/internal/elimination.h>
+#include <qx/matrices/internal/householder.h>
+#include <qx/matrices/internal/measures.h>
+#include <qx/matrices/internal/singular_values.h>
 #include <qx/matrices/matrix_mn.h>
 
 #include <algorithm>
@@ -10,6 +18,9 @@
 namespace {
 
 std::size_t Size(std::int32_t n) { return qxElementCount(n, 1); }
+
+template <qxReal T>
+constexpr T notANumber = std::numeric_limits<T>::quiet_NaN();
 
 }  // namespace
 
@@ -118,10 +129,7 @@ void CQXMatrixMN<T>::TakeResult(std::int32_t count, const T* source, CQXBaseVect
   if (target.Data() != nullptr) target.FillPart(source, 0, count);
 }
 
-template <qxReal T>
-bool CQXMatrixMN<T>::IsFinite() const noexcept {
-  return std::all_of(Data(), Data() + this->Count(), [](T x) { return std::isfinite(x); });
-}
+// ---- Parts, structure and measures
 
 template <qxReal T>
 void CQXMatrixMN<T>::InsertMatrix(const Base& source, std::int32_t row, std::int32_t column, std::int32_t rows,
@@ -155,14 +163,7 @@ void CQXMatrixMN<T>::AnnulateSmallElements(T tolerance) noexcept {
 
 template <qxReal T>
 void CQXMatrixMN<T>::AnnulateRelativelyDiagonal(std::int32_t power) noexcept {
-  const T factor = std::pow(T(10), static_cast<T>(power));
-  const std::int32_t size = this->DiagonalCount();
-  for (std::int32_t i = 0; i < size; ++i) {
-    for (std::int32_t j = 0; j < size; ++j) {
-      const T smaller = std::min(std::abs((*this)(i, i)), std::abs((*this)(j, j)));
-      if (i != j && std::abs((*this)(i, j)) * factor < smaller) (*this)(i, j) = 0;
-    }
-  }
+  qxMatrices::AnnulateRelativelyDiagonal(Size(this->DiagonalCount()), Width(), Data(), power);
 }
 
 template <qxReal T>
@@ -203,24 +204,258 @@ T CQXMatrixMN<T>::Mean() const noexcept {
 
 template <qxReal T>
 T CQXMatrixMN<T>::InnerProduct(const Base& m) const noexcept {
-  return qxKernels::Dot(this->CountWith(m), Data(), m.Data());
+  return AreHeldWith(m) ? qxKernels::Dot(this->Count(), Data(), m.Data()) : notANumber<T>;
 }
 
 template <qxReal T>
 T CQXMatrixMN<T>::CorrelationCoefficient(const Base& m) const noexcept {
-  const std::size_t count = this->CountWith(m);
-  const T mean = Mean();
-  const T otherMean = qxKernels::SumOfElements(count, m.Data()) / static_cast<T>(count);
-  T variance = 0, otherVariance = 0, covariance = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const T x = Data()[i] - mean;
-    const T y = m.Data()[i] - otherMean;
-    variance += x * x;
-    otherVariance += y * y;
-    covariance += x * y;
+  return AreHeldWith(m) ? qxMatrices::Correlation(this->Count(), Data(), m.Data()) : notANumber<T>;
+}
+
+template <qxReal T>
+T CQXMatrixMN<T>::Norm(qxMatrixNorm norm) const {
+  return IsHeld() ? qxMatrices::Norm(Height(), Width(), Data(), norm) : notANumber<T>;
+}
+
+// ---- Decompositions
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::QR_Decomposition(CQXMatrixMN& Q, CQXMatrixMN& R, T) const {
+  CQXMatrixMN r(*this);
+  CQXMatrixMN q(this->RowsNb(), this->RowsNb());
+  if (!IsHeld() || !r.IsHeld() || !q.IsHeld() || !qxMatrices::FactorQR(Height(), Width(), r.Data(), q.Data())) return 0;
+  Q.TakeResult(q.RowsNb(), q.ColsNb(), q.Data());
+  R.TakeResult(r.RowsNb(), r.ColsNb(), r.Data());
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::SV_Decomposition(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<T>& singular,
+                                              T tolerance) const {
+  const std::int32_t rows = this->RowsNb();
+  const std::int32_t columns = this->ColsNb();
+  const std::int32_t count = SingularCount();
+  qxMatrices::SingularForm<T> form;
+  qxBlock<T> remembered = qxMakeBlock<T>(Size(count));
+  if (!IsHeld() || remembered == nullptr) return QX_STATUS_OUT_OF_MEMORY;
+  const std::int32_t code =
+      qxMatrices::FindSingularForm(Height(), Width(), Data(), {U.Width(), V.Width()}, tolerance, form);
+  if (code != 0) return code;
+  U.TakeTransposedResult(static_cast<std::int32_t>(form.leftCount), rows, form.left.Data());
+  V.TakeTransposedResult(static_cast<std::int32_t>(form.rightCount), columns, form.right.Data());
+  TakeResult(count, form.values.Data(), singular);
+  if (this != &U && this != &V) {
+    qxKernels::Copy(Size(count), form.values.Data(), remembered.get());
+    m_singularNumbers = std::move(remembered);
+    m_singularFlag = 1;
   }
-  const T scale = std::sqrt(variance) * std::sqrt(otherVariance);
-  return scale == 0 ? T(0) : covariance / scale;
+  return 0;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::ThinSVD(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<T>& singular) const {
+  const std::int32_t rows = this->RowsNb();
+  const std::int32_t columns = this->ColsNb();
+  const std::int32_t count = SingularCount();
+  qxMatrices::SingularForm<T> form;
+  if (!IsHeld() ||
+      qxMatrices::FindSingularForm(Height(), Width(), Data(), {Size(count), Size(count)}, T(0), form) != 0) {
+    return 0;
+  }
+  U.TakeTransposedResult(count, rows, form.left.Data());
+  V.TakeTransposedResult(count, columns, form.right.Data());
+  TakeResult(count, form.values.Data(), singular);
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::ThinSVDUnitOffsetInPlace(CQXMatrixMN& a, CQXVectorN<T>& singular, CQXMatrixMN& v) const {
+  const std::int32_t rows = this->RowsNb();
+  const std::int32_t columns = this->ColsNb();
+  if (rows < columns) return 0;
+  const CQXMatrixMN matrix = a.ExtractMatrix(1, 1, rows, columns);
+  CQXMatrixMN left(rows, columns);
+  CQXMatrixMN right(columns);
+  CQXVectorN<T> values(columns);
+  const bool isHeld = left.IsHeld() && right.IsHeld() && (columns <= 0 || values.Data() != nullptr);
+  if (!isHeld || matrix.ThinSVD(left, right, values) == 0) return 0;
+  a.InsertMatrix(left, 1, 1, rows, columns);
+  v.InsertMatrix(right, 1, 1, columns, columns);
+  singular.ReplacePart(1, 0, columns, values);
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::CalculateRank(T tolerance) const {
+  qxMatrices::SingularForm<T> form;
+  m_rank = unknownRank;
+  if (!IsHeld() || qxMatrices::FindSingularForm(Height(), Width(), Data(), {0, 0}, T(0), form) != 0) return m_rank;
+  const T* const values = form.values.Data();
+  m_rank = static_cast<std::int32_t>(
+      std::count_if(values, values + SingularCount(), [=](T value) { return value > tolerance; }));
+  return m_rank;
+}
+
+// ---- Inverses
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, T tolerance) const {
+  const std::int32_t size = this->RowsNb();
+  if (this->IsSquare() == 0) return 0;
+  CQXMatrixMN inverse(size);
+  if (!IsHeld() || !inverse.IsHeld()) return 0;
+  const bool isInverted =
+      size == 4 ? qxInvertInClosedForm(size, Data(), inverse.Data(), tolerance) == 0
+                : qxMatrices::InvertBySingularValues(Size(size), Data(), qxMatrices::fixedBound<T>, inverse.Data());
+  if (isInverted) target.TakeResult(size, size, inverse.Data());
+  return isInverted;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const {
+  const std::int32_t size = this->RowsNb();
+  conditionNumber = QX_OVERFLOW_VALUE<T>;
+  if (this->IsSquare() == 0) return 0;
+  CQXMatrixMN inverse(size);
+  if (!IsHeld() || !inverse.IsHeld()) return 0;
+  const bool isInverted = size >= 2 && size <= 4 ? qxInvertInClosedForm(size, Data(), inverse.Data(), tolerance) == 0
+                                                 : Inverse(inverse, tolerance) == 1;
+  if (!isInverted) return 0;
+  conditionNumber = Norm(norm) * inverse.Norm(norm);
+  target.TakeResult(size, size, inverse.Data());
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::PseudoInverse(CQXMatrixMN& target, qxMatrixNorm, T& conditionNumber) const {
+  const std::size_t size = Size(SingularCount());
+  conditionNumber = QX_OVERFLOW_VALUE<T>;
+  CQXMatrixMN inverse(this->ColsNb(), this->RowsNb());
+  qxMatrices::SingularForm<T> form;
+  if (!IsHeld() || !inverse.IsHeld() ||
+      qxMatrices::FindSingularForm(Height(), Width(), Data(), {size, size}, T(0), form) != 0) {
+    return 0;
+  }
+  const T* const values = form.values.Data();
+  std::size_t used = 0;
+  while (used < size && values[used] > qxMatrices::fixedBound<T> * values[0]) ++used;
+  qxMatrices::MultiplyInverted(Height(), Width(), form, used, inverse.Data());
+  if (used > 0) conditionNumber = values[0] / values[used - 1];
+  target.TakeResult(inverse.RowsNb(), inverse.ColsNb(), inverse.Data());
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::PseudoSolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm,
+                                               T& conditionNumber) const {
+  CQXMatrixMN inverse(this->ColsNb(), this->RowsNb());
+  return PseudoInverse(inverse, norm, conditionNumber) == 1 && MultiplyInto(inverse, b, x);
+}
+
+template <qxReal T>
+bool CQXMatrixMN<T>::MultiplyInto(const CQXMatrixMN& matrix, const CQXBaseVector<T>& b, CQXBaseVector<T>& x) {
+  const CQXVectorN<T> product = matrix * b;
+  const bool isHeld = matrix.IsHeld() && (product.Data() != nullptr || matrix.RowsNb() <= 0);
+  if (isHeld && x.Data() != nullptr) x.FillPart(product.Data(), 0, product.Dim());
+  return isHeld;
+}
+
+// ---- Steps of the decompositions
+
+template <qxReal T>
+T CQXMatrixMN<T>::SignA(T a, T b) noexcept {
+  return qxMatrices::WithSign(a, b);
+}
+
+template <qxReal T>
+T CQXMatrixMN<T>::Pythagoras(T a, T b) noexcept {
+  return qxMatrices::Pythagoras(a, b);
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::Householder1(std::int32_t pivot, std::int32_t first, std::int32_t last, std::int32_t count,
+                                          T& up, T* vector, T* matrix, T tolerance) noexcept {
+  return qxMatrices::Householder1(pivot, first, last, count, up, vector, matrix, tolerance);
+}
+
+template <qxReal T>
+void CQXMatrixMN<T>::Householder2(std::int32_t pivot, std::int32_t first, std::int32_t last, T up, const T* vector,
+                                  CQXMatrixMN& matrix, T tolerance) noexcept {
+  qxMatrices::Householder2(pivot, first, last, up, vector, matrix.Data(), matrix.ColsNb(), tolerance);
+}
+
+template <qxReal T>
+void CQXMatrixMN<T>::Givens1(T a, T b, T& c, T& s, T& r, T tolerance) noexcept {
+  qxMatrices::Givens1(a, b, c, s, r, tolerance);
+}
+
+template <qxReal T>
+void CQXMatrixMN<T>::Givens2(T c, T s, T& x, T& y) noexcept {
+  qxKernels::Rotate(1, c, s, &x, &y);
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::QRT_2D(std::int32_t rows, std::int32_t columns, T* a, std::int32_t leftCount, T* d, T* e,
+                                    T* left, T* right) {
+  qxMatrices::Bidiagonal<T> b{Size(columns), d, e, left, Size(rows), right, Size(columns)};
+  return qxMatrices::ReduceToBidiagonal(Size(rows), Size(columns), a, Size(leftCount), b);
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::SingDecomp2D(std::int32_t n, T* d, T* e, T* left, std::int32_t leftLength, T* right,
+                                          std::int32_t rightLength, T tolerance) {
+  qxMatrices::Bidiagonal<T> b{Size(n), d, e, left, Size(leftLength), right, Size(rightLength)};
+  return qxMatrices::FindSingularNumbers(b, tolerance);
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::Apply_QRBD(std::int32_t n, T* d, T* e, T* left, std::int32_t leftLength, T* right,
+                                        std::int32_t rightLength, T tolerance) {
+  qxMatrices::Bidiagonal<T> b{Size(n), d, e, left, Size(leftLength), right, Size(rightLength)};
+  return qxMatrices::IterateOnBlocks(b, tolerance);
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::QRBD(std::int32_t n, T* d, T* e, T* left, std::int32_t leftLength, T* right,
+                                  std::int32_t rightLength, std::int32_t first, std::int32_t last, std::int32_t& index,
+                                  T* rotations, T tolerance) noexcept {
+  qxMatrices::Bidiagonal<T> b{Size(n), d, e, left, Size(leftLength), right, Size(rightLength)};
+  std::size_t split = 0, sweeps = 0;
+  const std::int32_t code = qxMatrices::IterateOnBlock(b, Size(first), Size(last), tolerance, split, sweeps, rotations);
+  if (code == 0) index = static_cast<std::int32_t>(split);
+  return code;
+}
+
+template <qxReal T>
+void CQXMatrixMN<T>::ZeroRightTransform(T* d, T* e, T* left, std::int32_t leftLength, std::int32_t zero,
+                                        std::int32_t last) noexcept {
+  qxMatrices::Bidiagonal<T> b{Size(last) + 1, d, e, left, Size(leftLength), nullptr, 0};
+  qxMatrices::ZeroRightTransform(b, Size(zero), Size(last));
+}
+
+template <qxReal T>
+void CQXMatrixMN<T>::ZeroUpperTransform(T* d, T* e, T* right, std::int32_t rightLength, std::int32_t first,
+                                        std::int32_t zero) noexcept {
+  qxMatrices::Bidiagonal<T> b{Size(zero) + 1, d, e, nullptr, 0, right, Size(rightLength)};
+  qxMatrices::ZeroUpperTransform(b, Size(first), Size(zero));
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixMN<T>::TestZeroRowsColumns(std::int32_t rows, std::int32_t columns, const T* a, T tolerance,
+                                                 std::int32_t* rowOrder, std::int32_t* columnOrder) noexcept {
+  return qxMatrices::TestZeroRowsColumns(Size(rows), Size(columns), a, tolerance, rowOrder, columnOrder);
+}
+
+template <qxReal T>
+void CQXMatrixMN<T>::MoveZeroRows(std::int32_t rows, std::int32_t columns, const T* source, const std::int32_t* order,
+                                  T* target) noexcept {
+  qxMatrices::MoveZeroRows(Size(rows), Size(columns), source, order, target);
+}
+
+template <qxReal T>
+void CQXMatrixMN<T>::MoveZeroColumns(std::int32_t rows, std::int32_t columns, T* a, const std::int32_t* order,
+                                     T* work) noexcept {
+  qxMatrices::MoveZeroColumns(Size(rows), Size(columns), a, order, work);
 }
 
 template <qxReal T>

@@ -113,8 +113,9 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
 
   /// Inverse of a square matrix: in closed form for size 4, otherwise through the singular values.
   ///
-  /// @param tolerance size 4: bound of the absolute determinant. Other sizes: the matrix is singular when its smallest
-  ///        singular number is not above it, nor above 1e-6, nor above the rounding of the largest.
+  /// @param tolerance size 4: bound of the absolute determinant. Other sizes: plays no part, the matrix is singular
+  /// when
+  ///        its smallest singular number is not above 1e-6
   /// @return 1; 0 when the matrix is singular, not square or not finite.
   std::int32_t Inverse(CQXMatrixMN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// Inverse and condition number in the given norm: norm times norm of the inverse. Sizes 2, 3 and 4 in closed form,
@@ -135,7 +136,8 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   std::int32_t PseudoSolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm,
                                  T& conditionNumber) const;
 
-  /// Norm of the given kind; the spectral one is not a number when the singular numbers cannot be had.
+  /// Norm of the given kind; not a number when an element is not. The spectral one is not a number either when the
+  /// singular numbers cannot be had.
   [[nodiscard]] T Norm(qxMatrixNorm norm) const;
 
   /// Copies the leading rows x columns elements of @p source to the rectangle that begins at (row, column).
@@ -176,37 +178,6 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
  protected:
   static constexpr std::int32_t unknownRank = -1;
 
-  /// Bidiagonal matrix on its way to diagonal form: d[i] on the diagonal, e[i] joins d[i-1] and d[i], e[0] is unused.
-  /// The rows of left and right are the columns of U and V; null where they are not wanted.
-  struct Bidiagonal {
-    std::int32_t size;
-    T* d;
-    T* e;
-    T* left;
-    std::int32_t leftLength;
-    T* right;
-    std::int32_t rightLength;
-    T* rotations;  ///< 4 size elements: cosines and sines of one sweep, left and right
-  };
-
-  /// Result of Decompose(); the rows of left and right are the columns of U and V.
-  struct SingularForm {
-    qxBlock<T> values;
-    qxBlock<T> left;
-    std::int32_t leftCount = 0;
-    qxBlock<T> right;
-    std::int32_t rightCount = 0;
-  };
-  /// Which vectors Decompose() has to find: so many columns of U and V, but none for 0, and no fewer than the smaller
-  /// of rows and columns otherwise.
-  struct Wanted {
-    std::int32_t left;
-    std::int32_t right;
-  };
-
-  /// The singular value engine: result codes as SV_Decomposition().
-  std::int32_t Decompose(Wanted wanted, T tolerance, SingularForm& form) const;
-
   /// abs(a) with the sign of @p b; 0 counts as positive.
   [[nodiscard]] static T SignA(T a, T b) noexcept;
   /// sqrt(a^2 + b^2) without overflow; 0 when @p b is the larger and within QX_TOLERANCE of zero.
@@ -227,34 +198,38 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// pivot < last, last is not 0 and vector[pivot] up < -tolerance.
   static void Householder2(std::int32_t pivot, std::int32_t first, std::int32_t last, T up, const T* vector,
                            CQXMatrixMN& matrix, T tolerance) noexcept;
-  /// Reflection of a vector that was brought near 1 by a power of two, so that no product leaves the range.
-  struct Reflection {
-    T up;
-    T b;      ///< 0 for the unit matrix
-    T value;  ///< what the pivot element becomes, at the scale of the given vector
-  };
-  /// Makes the reflection that leaves only the first of @p count elements; the others, scaled, are its tail.
-  [[nodiscard]] static Reflection MakeReflection(std::int32_t count, T* vector) noexcept;
   /// Rotation that turns (a, b) into (r, 0): c = a / r, s = b / r. An r below 1.5 tolerance gives c = 1, s = 0.
   static void Givens1(T a, T b, T& c, T& s, T& r, T tolerance) noexcept;
   /// (x, y) := (c x + s y, c y - s x).
   static void Givens2(T c, T s, T& x, T& y) noexcept;
 
-  /// Reduces @p a, no wider than high, to bidiagonal form and collects the reflections as rows of the first
-  /// @p leftCount columns of U, and of V. @return 0; 2 when memory was refused.
-  static std::int32_t QRT_2D(std::int32_t rows, std::int32_t columns, T* a, std::int32_t leftCount, Bidiagonal& target);
+  // The steps of SV_Decomposition(). A bidiagonal matrix of n columns is held in d, its diagonal, and e: e[i] joins
+  // d[i - 1] and d[i], e[0] is unused. The columns of U and V lie in the rows of left and right, of leftLength and
+  // rightLength elements; either is null where it is not wanted.
+
+  /// Reduces @p a, which is not wider than high and is destroyed, to bidiagonal form, and collects the reflections as
+  /// the first @p leftCount columns of U, and V. @return 0; 2 when memory was refused.
+  static std::int32_t QRT_2D(std::int32_t rows, std::int32_t columns, T* a, std::int32_t leftCount, T* d, T* e, T* left,
+                             T* right);
   /// Turns the bidiagonal into descending non-negative singular numbers. @return as Apply_QRBD()
-  static std::int32_t SingDecomp2D(Bidiagonal& b, T tolerance);
+  static std::int32_t SingDecomp2D(std::int32_t n, T* d, T* e, T* left, std::int32_t leftLength, T* right,
+                                   std::int32_t rightLength, T tolerance);
   /// Drives QRBD() over the blocks between negligible superdiagonal elements.
   /// @return 0; 1 without convergence, 2 when memory was refused.
-  static std::int32_t Apply_QRBD(Bidiagonal& b, T tolerance);
-  /// Implicitly shifted QR sweeps over the block first .. last, until it splits before @p index: 0. After 30 sweeps: 1.
-  static std::int32_t QRBD(Bidiagonal& b, std::int32_t first, std::int32_t last, T tolerance, std::int32_t& index,
-                           std::int32_t& sweeps) noexcept;
+  static std::int32_t Apply_QRBD(std::int32_t n, T* d, T* e, T* left, std::int32_t leftLength, T* right,
+                                 std::int32_t rightLength, T tolerance);
+  /// Implicitly shifted QR sweeps over the block first .. last, until it splits before @p index.
+  /// @param rotations work array of 4 n elements
+  /// @return 0; 1 after 30 sweeps.
+  static std::int32_t QRBD(std::int32_t n, T* d, T* e, T* left, std::int32_t leftLength, T* right,
+                           std::int32_t rightLength, std::int32_t first, std::int32_t last, std::int32_t& index,
+                           T* rotations, T tolerance) noexcept;
   /// Clears the row of a zero diagonal element: rotates its superdiagonal element out to the right.
-  static void ZeroRightTransform(Bidiagonal& b, std::int32_t zero, std::int32_t last) noexcept;
+  static void ZeroRightTransform(T* d, T* e, T* left, std::int32_t leftLength, std::int32_t zero,
+                                 std::int32_t last) noexcept;
   /// Clears the column of a zero last diagonal element: rotates the superdiagonal element above it out upwards.
-  static void ZeroUpperTransform(Bidiagonal& b, std::int32_t first, std::int32_t zero) noexcept;
+  static void ZeroUpperTransform(T* d, T* e, T* right, std::int32_t rightLength, std::int32_t first,
+                                 std::int32_t zero) noexcept;
 
   /// Orders of rows and columns that put those with all abs(x) <= tolerance last and keep the others in sequence.
   /// @return 1 when the order is not the natural one.
@@ -281,17 +256,19 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   void ForgetResults() const noexcept;
   /// Takes what fits of matrix b into @p x, which may be @p b. @return false when memory was refused.
   static bool MultiplyInto(const CQXMatrixMN& matrix, const CQXBaseVector<T>& b, CQXBaseVector<T>& x);
-  /// True when every element is finite.
-  [[nodiscard]] bool IsFinite() const noexcept;
+  /// False when memory was refused to the block.
+  [[nodiscard]] bool IsHeld() const noexcept { return this->Count() == qxElementCount(this->RowsNb(), this->ColsNb()); }
+  /// False when memory was refused to this block or to that of @p m, which must have as many elements.
+  [[nodiscard]] bool AreHeldWith(const Base& m) const noexcept {
+    return IsHeld() && this->CountWith(m) == this->Count();
+  }
+  /// Rows and columns for loops; 0 where the size is negative.
+  [[nodiscard]] std::size_t Height() const noexcept { return qxElementCount(this->RowsNb(), 1); }
+  [[nodiscard]] std::size_t Width() const noexcept { return qxElementCount(this->ColsNb(), 1); }
 
  private:
   void CopySingularNumbers(const CQXMatrixMN& other);
   [[nodiscard]] std::int32_t IsInBand(std::ptrdiff_t low, std::ptrdiff_t high, T tolerance) const noexcept;
-  /// Inverse through the singular values, into a block. @return 1 or 0.
-  std::int32_t InvertBySingularValues(T tolerance, T* target) const;
-  /// V diag(1 / s) U^T over the first @p count singular numbers, columns x rows.
-  void MultiplyInverted(const SingularForm& form, std::int32_t count, T* target) const noexcept;
-
   mutable std::int32_t m_rank = 0;
   mutable qxBlock<T> m_singularNumbers;
   mutable std::int32_t m_singularFlag = 0;

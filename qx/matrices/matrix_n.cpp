@@ -1,9 +1,15 @@
-#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
+#include <qx/matrices/internal/closed_form.h>
+#include <qx/matrices/internal/elimination.h>
+#include <qx/matrices/internal/jacobi.h>
+#include <qx/matrices/internal/measures.h>
+#include <qx/matrices/internal/polar.h>
+#include <qx/matrices/internal/workspace.h>
 #include <qx/matrices/matrix_n.h>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 template <qxReal T>
@@ -142,40 +148,236 @@ std::int32_t CQXMatrixN<T>::IsUnit(T tolerance) const noexcept {
 
 template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsSymmetric(T tolerance) const noexcept {
-  for (std::int32_t i = 0; i < this->DiagonalCount(); ++i) {
-    for (std::int32_t j = i + 1; j < m_size; ++j) {
-      if (std::abs((*this)(i, j) - (*this)(j, i)) > tolerance) return 0;
-    }
-  }
-  return 1;
+  return qxMatrices::IsSymmetric(static_cast<std::size_t>(this->DiagonalCount()), Data(), tolerance);
 }
 
 template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsOrthogonal(T tolerance) const {
   const CQXMatrixN product = Transpose() * *this;
-  return product.IsHeld() && product.IsUnit(tolerance) != 0;
+  return this->IsHeld() && product.IsHeld() && product.IsUnit(tolerance) != 0;
 }
 
 template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsPositive(T tolerance) const {
-  CQXMatrixN a(m_size);
-  if (!IsHeld() || !a.IsHeld()) return 0;
-  for (std::int32_t i = 0; i < m_size; ++i) {
-    for (std::int32_t j = 0; j < m_size; ++j) a(i, j) = T(0.5) * ((*this)(i, j) + (*this)(j, i));
-  }
-  for (std::int32_t k = 0; k < m_size; ++k) {
-    if (!(a(k, k) > tolerance)) return 0;
-    const std::size_t count = qxElementCount(m_size - k - 1, 1);
-    for (std::int32_t i = k + 1; i < m_size; ++i) {
-      qxKernels::AddMultiple(count, -a(i, k) / a(k, k), &a(k, k) + 1, &a(i, k) + 1);
-    }
-  }
-  return 1;
+  return this->IsHeld() && qxMatrices::IsPositiveDefinite(this->Height(), Data(), tolerance);
 }
 
 template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsSingular(T tolerance) const {
   return std::abs(Det()) < tolerance;
+}
+
+// ---- Elimination
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::LU_Decomposition(CQXMatrixN& L, CQXMatrixN& U, T tolerance) const {
+  CQXMatrixN lowerT(m_size), upper(m_size);  // L or U may be this matrix
+  qxMatrices::Workspace<T, 4> sums;
+  const bool isHeld = this->IsHeld() && lowerT.IsHeld() && upper.IsHeld() && sums.Reserve(this->Height());
+  const bool isFactored =
+      isHeld && qxMatrices::FactorLU(this->Height(), Data(), lowerT.Data(), upper.Data(), sums.Data(), tolerance);
+  L.SetToZero();
+  U.SetToZero();
+  if (!isHeld) return 0;
+  L.TakeTransposedResult(m_size, m_size, lowerT.Data());
+  U.TakeResult(m_size, m_size, upper.Data());
+  return isFactored;
+}
+
+template <qxReal T>
+T CQXMatrixN<T>::Det() const {
+  return this->IsHeld() ? qxMatrices::Determinant(this->Height(), Data()) : std::numeric_limits<T>::quiet_NaN();
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, T tolerance) const {
+  CQXMatrixN inverse(m_size);
+  if (!this->IsHeld() || !inverse.IsHeld()) return CodeOfFailure();
+  if (HasClosedForm()) {
+    const std::int32_t code = qxInvertInClosedForm(m_size, Data(), inverse.Data(), tolerance);
+    if (!IsInverted(code)) return code;
+  } else {
+    switch (qxMatrices::InvertByLU(this->Height(), Data(), tolerance, inverse.Data())) {
+      case qxMatrices::InverseByLU::done:
+        break;
+      case qxMatrices::InverseByLU::smallPivot:
+        if (Base::Inverse(inverse, tolerance) == 0) return 0;
+        break;
+      case qxMatrices::InverseByLU::smallDeterminant:
+        return 3;
+      case qxMatrices::InverseByLU::outOfMemory:
+        return CodeOfFailure();
+    }
+  }
+  target.TakeResult(m_size, m_size, inverse.Data());
+  return HasClosedForm() ? 0 : 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const {
+  CQXMatrixN inverse(m_size);
+  conditionNumber = QX_OVERFLOW_VALUE<T>;
+  if (!inverse.IsHeld()) return CodeOfFailure();
+  const std::int32_t code = Inverse(inverse, tolerance);
+  if (IsInverted(code)) {
+    conditionNumber = this->Norm(norm) * inverse.Norm(norm);
+    target.TakeResult(m_size, m_size, inverse.Data());
+  }
+  return code;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::DiagInverse(CQXMatrixN& target, T tolerance) const {
+  const CQXMatrixN a(*this);
+  target.SetToZero();
+  target.ForgetResults();
+  if (!a.IsHeld() || a.IsDiagonal(qxMatrices::fixedBound<T>) == 0) return 0;
+  if (!qxMatrices::HasInvertibleDiagonal(this->Height(), a.Data(), tolerance)) return 0;
+  for (std::int32_t i = 0; i < std::min(m_size, target.DiagonalCount()); ++i) target(i, i) = 1 / a(i, i);
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::InverseOfTriangular(CQXMatrixN& target, T tolerance, bool isLower) const {
+  const CQXMatrixN a(*this);
+  CQXMatrixN inverse(m_size);
+  target.SetToZero();
+  target.ForgetResults();
+  if (!a.IsHeld() || !inverse.IsHeld()) return 0;
+  constexpr T bound = qxMatrices::fixedBound<T>;
+  if ((isLower ? a.IsLLTriangular(bound) : a.IsURTriangular(bound)) == 0) return 0;
+  if (!qxMatrices::HasInvertibleDiagonal(this->Height(), a.Data(), tolerance)) return 0;
+  qxMatrices::InvertTriangular(this->Height(), a.Data(), isLower, inverse.Data());
+  target.TakeResult(m_size, m_size, inverse.Data());
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::LowLeftInverse(CQXMatrixN& target, T tolerance) const {
+  return InverseOfTriangular(target, tolerance, true);
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::UpperRightInverse(CQXMatrixN& target, T tolerance) const {
+  return InverseOfTriangular(target, tolerance, false);
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::InvPreconditioner(CQXMatrixN& target, T tolerance) const {
+  CQXMatrixN kept(*this), inverse(m_size);
+  if (!this->IsHeld() || !kept.IsHeld() || !inverse.IsHeld()) return 0;
+  for (std::int32_t i = 0; i < m_size; ++i) {
+    if (std::abs((*this)(i, i)) < QX_TOLERANCE<T>) return 0;
+    inverse(i, i) = 1 / (*this)(i, i);
+    for (std::int32_t j = 0; j < m_size; ++j) {
+      const T bound = tolerance * std::sqrt(std::abs((*this)(i, i) * (*this)(j, j)));
+      if (i != j && std::abs((*this)(i, j)) <= bound) kept(i, j) = 0;
+    }
+  }
+  if (kept.IsDiagonal(T(0)) == 0) kept.Inverse(inverse, QX_TOLERANCE<T>);
+  target.TakeResult(m_size, m_size, inverse.Data());
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, T tolerance) const {
+  CQXMatrixN inverse(m_size);
+  return IsInverted(Inverse(inverse, tolerance)) && Base::MultiplyInto(inverse, b, x);
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm, T tolerance,
+                                        T& conditionNumber) const {
+  CQXMatrixN inverse(m_size);
+  return IsInverted(Inverse(inverse, norm, tolerance, conditionNumber)) && Base::MultiplyInto(inverse, b, x);
+}
+
+template <qxReal T>
+T CQXMatrixN<T>::ConditionNumber(qxMatrixNorm norm) const {
+  if (norm == QX_MATRIX_NORM_SPECTRAL) {
+    return this->IsHeld() ? qxMatrices::SpectralConditionNumber(this->Height(), Data()) : QX_OVERFLOW_VALUE<T>;
+  }
+  CQXMatrixN inverse(m_size);
+  T conditionNumber;
+  Inverse(inverse, norm, qxMatrices::fixedBound<T>, conditionNumber);
+  return conditionNumber;
+}
+
+// ---- Symmetric matrices and polar form
+
+template <qxReal T>
+void CQXMatrixN<T>::JacobiRotate(CQXMatrixN& a, std::int32_t i, std::int32_t j, std::int32_t k, std::int32_t l, T s,
+                                 T tau) const noexcept {
+  qxKernels::JacobiRotate(1, s, tau, &a(i, j), &a(k, l));
+}
+
+template <qxReal T>
+qxStatus CQXMatrixN<T>::DestructiveJacobiUnitOffset(CQXMatrixN& a, CQXVectorN<T>& values, CQXMatrixN& vectors,
+                                                    std::int32_t& sweeps, T tolerance) const {
+  CQXMatrixN matrix(m_size), rows(m_size);
+  CQXVectorN<T> found(m_size);
+  const bool isFound = m_size <= 0 || found.Data() != nullptr;
+  if (!matrix.IsHeld() || !rows.IsHeld() || !isFound) return QX_STATUS_OUT_OF_MEMORY;
+  for (std::int32_t r = 0; r < m_size; ++r) {
+    for (std::int32_t c = r; c < m_size; ++c) matrix(c, r) = a(r + 1, c + 1);
+  }
+  const qxStatus status =
+      qxMatrices::SweepByJacobi(this->Height(), matrix.Data(), found.Data(), rows.Data(), sweeps, tolerance);
+  if (status != QX_STATUS_OK) return status;
+  for (std::int32_t r = 0; r < m_size; ++r) {
+    for (std::int32_t c = r + 1; c < m_size; ++c) a(r + 1, c + 1) = matrix(c, r);
+    for (std::int32_t c = 0; c < m_size; ++c) vectors(c + 1, r + 1) = rows(r, c);
+  }
+  values.ReplacePart(1, 0, m_size, found);
+  return status;
+}
+
+template <qxReal T>
+qxStatus CQXMatrixN<T>::SymmetricEigensolve(CQXVectorN<T>& values, CQXMatrixN& vectors, T tolerance) const {
+  CQXMatrixN rows(m_size);
+  CQXVectorN<T> found(m_size);
+  const bool isFound = m_size <= 0 || found.Data() != nullptr;
+  if (!this->IsHeld() || !rows.IsHeld() || !isFound) return QX_STATUS_OUT_OF_MEMORY;
+  std::int32_t rotations = 0;
+  const qxStatus status =
+      qxMatrices::FindSymmetricForm(this->Height(), Data(), tolerance, found.Data(), rows.Data(), rotations);
+  if (status != QX_STATUS_OK) return status;
+  if (rotations == 50) return QX_STATUS_TOO_MANY_ROTATIONS;
+  vectors.TakeTransposedResult(m_size, m_size, rows.Data());
+  Base::TakeResult(m_size, found.Data(), values);
+  return QX_STATUS_OK;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::SpectralDecomposition(CQXMatrixN& P, CQXMatrixN& D, std::int32_t flag, T tolerance) const {
+  CQXMatrixN rows(m_size);
+  CQXVectorN<T> found(m_size);
+  const bool isFound = m_size <= 0 || found.Data() != nullptr;
+  if (!this->IsHeld() || !rows.IsHeld() || !isFound) return 0;
+  std::int32_t rotations = 0;
+  const qxStatus status =
+      qxMatrices::FindSymmetricForm(this->Height(), Data(), tolerance, found.Data(), rows.Data(), rotations);
+  if (status != QX_STATUS_OK) return 0;
+  if (flag == 0) {
+    P.TakeTransposedResult(m_size, m_size, rows.Data());
+  } else {
+    P.TakeResult(m_size, m_size, rows.Data());
+  }
+  D.SetToZero();
+  D.ForgetResults();
+  for (std::int32_t i = 0; i < std::min(m_size, D.DiagonalCount()); ++i) D(i, i) = found[i];
+  return 1;
+}
+
+template <qxReal T>
+std::int32_t CQXMatrixN<T>::PolarDecomposition(CQXMatrixN& R, CQXMatrixN& S, std::int32_t flag, T tolerance) const {
+  CQXMatrixN r(m_size), s(m_size);
+  const auto side = flag != 0 ? qxMatrices::OrthogonalFactor::left : qxMatrices::OrthogonalFactor::right;
+  if (!this->IsHeld() || !r.IsHeld() || !s.IsHeld()) return 0;
+  if (!qxMatrices::FindPolarForm(this->Height(), Data(), side, tolerance, r.Data(), s.Data())) return 0;
+  R.TakeResult(m_size, m_size, r.Data());
+  S.TakeResult(m_size, m_size, s.Data());
+  return 1;
 }
 
 template class CQXMatrixN<float>;

@@ -46,7 +46,8 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   CQXMatrixN& operator=(CQXMatrixN&& other) noexcept;
 
   /// Determinant: the product of the pivots of LU_Decomposition(); when a pivot is below 1e-6, of elimination with
-  /// exchange of rows, and 0 when a pivot is below 1e-9 there too. 1 for size 0.
+  /// exchange of rows, and 0 when a pivot is below 1e-9 there too. 1 for size 0. Not a
+  /// number when memory was refused.
   [[nodiscard]] virtual T Det() const;
 
   [[nodiscard]] std::int32_t Size() const noexcept { return m_size; }
@@ -168,10 +169,12 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// Polar form with @p R orthogonal and @p S symmetric and positive definite: this = R S, or this = S R for @p flag 0.
   /// The determinant of R has the sign of that of this.
   ///
-  /// Averages the matrix with the inverse of its transpose until it is orthogonal, and once more; 100 times at most.
-  /// N. J. Higham, Computing the polar decomposition, SIAM J. Sci. Stat. Comput. 7 (1986).
-  /// @param tolerance bound of the absolute determinant, and of IsOrthogonal() for the end of the iteration
-  /// @return 1; 0 when the determinant is below the tolerance, or not a number was met
+  /// Averages the matrix with the inverse of its transpose, both scaled, until it is orthogonal within the root of the
+  /// rounding error, and once more; 100 times at most.
+  /// N. J. Higham, Computing the polar decomposition - with applications, SIAM J. Sci. Stat. Comput. 7 (1986).
+  /// @param tolerance bound of the absolute determinant; 0 refuses singular matrices alone
+  /// @return 1; 0 when the determinant is below the tolerance, the matrix is singular or not finite, the iteration did
+  ///         not converge, or memory was refused.
   std::int32_t PolarDecomposition(CQXMatrixN& R, CQXMatrixN& S, std::int32_t flag,
                                   T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
@@ -184,11 +187,7 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   [[nodiscard]] bool IsInverted(std::int32_t code) const noexcept { return code == (HasClosedForm() ? 0 : 1); }
   /// The code of Inverse() when memory was refused.
   [[nodiscard]] std::int32_t CodeOfFailure() const noexcept { return HasClosedForm() ? 3 : 0; }
-  [[nodiscard]] bool IsHeld() const noexcept { return this->Count() == qxElementCount(m_size, m_size); }
   std::int32_t InverseOfTriangular(CQXMatrixN& target, T tolerance, bool isLower) const;
-  /// Eigenvalues ascending and eigenvectors in the rows; @p rotations counts.
-  qxStatus SolveByJacobi(T tolerance, T* values, T* vectors, std::int32_t& rotations) const;
-  [[nodiscard]] std::size_t Stride() const noexcept { return qxElementCount(m_size, 1); }
 
   std::int32_t m_size;
 };

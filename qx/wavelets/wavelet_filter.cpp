@@ -159,18 +159,18 @@ void CQXWaveletFilter<T>::Build(qxWaveletType type) {
 }
 
 // clang-format off
-template <typename T> void CQXWaveletFilter<T>::Set1_1() { Build(QX_WAVELET_1_1); }
-template <typename T> void CQXWaveletFilter<T>::Set1_3() { Build(QX_WAVELET_1_3); }
-template <typename T> void CQXWaveletFilter<T>::Set1_5() { Build(QX_WAVELET_1_5); }
-template <typename T> void CQXWaveletFilter<T>::Set2_2() { Build(QX_WAVELET_2_2); }
-template <typename T> void CQXWaveletFilter<T>::Set2_4() { Build(QX_WAVELET_2_4); }
-template <typename T> void CQXWaveletFilter<T>::Set2_6() { Build(QX_WAVELET_2_6); }
-template <typename T> void CQXWaveletFilter<T>::Set3_1() { Build(QX_WAVELET_3_1); }
-template <typename T> void CQXWaveletFilter<T>::Set3_3() { Build(QX_WAVELET_3_3); }
-template <typename T> void CQXWaveletFilter<T>::Set3_5() { Build(QX_WAVELET_3_5); }
-template <typename T> void CQXWaveletFilter<T>::Set4_2() { Build(QX_WAVELET_4_2); }
-template <typename T> void CQXWaveletFilter<T>::Set4_4() { Build(QX_WAVELET_4_4); }
-template <typename T> void CQXWaveletFilter<T>::Set4_6() { Build(QX_WAVELET_4_6); }
+template <qxReal T> void CQXWaveletFilter<T>::Set1_1() { Build(QX_WAVELET_1_1); }
+template <qxReal T> void CQXWaveletFilter<T>::Set1_3() { Build(QX_WAVELET_1_3); }
+template <qxReal T> void CQXWaveletFilter<T>::Set1_5() { Build(QX_WAVELET_1_5); }
+template <qxReal T> void CQXWaveletFilter<T>::Set2_2() { Build(QX_WAVELET_2_2); }
+template <qxReal T> void CQXWaveletFilter<T>::Set2_4() { Build(QX_WAVELET_2_4); }
+template <qxReal T> void CQXWaveletFilter<T>::Set2_6() { Build(QX_WAVELET_2_6); }
+template <qxReal T> void CQXWaveletFilter<T>::Set3_1() { Build(QX_WAVELET_3_1); }
+template <qxReal T> void CQXWaveletFilter<T>::Set3_3() { Build(QX_WAVELET_3_3); }
+template <qxReal T> void CQXWaveletFilter<T>::Set3_5() { Build(QX_WAVELET_3_5); }
+template <qxReal T> void CQXWaveletFilter<T>::Set4_2() { Build(QX_WAVELET_4_2); }
+template <qxReal T> void CQXWaveletFilter<T>::Set4_4() { Build(QX_WAVELET_4_4); }
+template <qxReal T> void CQXWaveletFilter<T>::Set4_6() { Build(QX_WAVELET_4_6); }
 // clang-format on
 
 template class CQXWaveletFilter<float>;

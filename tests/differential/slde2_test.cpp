@@ -1,13 +1,13 @@
 #include <qx/differential/slde2.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <new>
 #include <random>
 
+#include "tests/differential/reference.h"
 #include "tests/typed_test.h"
 
 namespace {
@@ -26,33 +26,7 @@ bool isMemoryRefused = false;
 
 namespace {
 
-using State = std::array<double, 2>;
-
-/// x' = a x + f in 64-bit floats, solved apart from the eigenvalues.
-struct Reference {
-  double a[2][2];
-  State f;
-
-  /// The state after @p time from @p start by the Taylor series of the exponential in small steps; four of its terms
-  /// are the classical method of Runge and Kutta.
-  State Exact(const State& start, double time) const {
-    constexpr int steps = 64;
-    const long double h = static_cast<long double>(time) / steps;
-    long double x[2] = {start[0], start[1]};
-    for (int step = 0; step < steps; ++step) {
-      long double term[2] = {x[0], x[1]};
-      for (int n = 1; n < 16; ++n) {
-        const long double constant = n == 1 ? 1 : 0;
-        const long double y[2] = {term[0], term[1]};
-        for (std::size_t r = 0; r < 2; ++r) {
-          term[r] = (a[r][0] * y[0] + a[r][1] * y[1] + constant * f[r]) * h / n;
-          x[r] += term[r];
-        }
-      }
-    }
-    return {double(x[0]), double(x[1])};
-  }
-};
+using State = Reference<2>::State;
 
 template <typename T>
 class SLDE2 : public ::testing::Test {
@@ -69,7 +43,7 @@ class SLDE2 : public ::testing::Test {
     return upper * lower * m * lowerInverse * upperInverse;
   }
   /// The system that the solution solves: the constant of the regular type stands with the other sign.
-  static Reference SystemOf(const CQXMatrix2<T>& a, const CQXVector2<T>& f, qxSLDE2InhomogenType type) {
+  static Reference<2> SystemOf(const CQXMatrix2<T>& a, const CQXVector2<T>& f, qxSLDE2InhomogenType type) {
     const double sign = type == QX_SLDE2_INHOM_REGULAR ? -1 : 1;
     return {{{double(a[0]), double(a[1])}, {double(a[2]), double(a[3])}}, {sign * double(f.X()), sign * double(f.Y())}};
   }
@@ -122,7 +96,7 @@ TYPED_TEST(SLDE2, EveryClassFollowsTheExponentialOfItsMatrix) {
     EXPECT_EQ(system.GetInhomogenType(), isForced ? expected.forced : QX_SLDE2_HOMOGENEOUS) << i;
     EXPECT_EQ(system.TestHomogGeneralSolution(), 1) << i;
     system.CalculateParticularSolution();
-    const Reference reference = this->SystemOf(a, f, system.GetInhomogenType());
+    const Reference<2> reference = this->SystemOf(a, f, system.GetInhomogenType());
     const State x0 = {double(x), double(y)};
     // Rounding grows with the elements of the basis and with e^(l t).
     const double scale = 1 + double(a.Norm(QX_MATRIX_NORM_ROW_SUM)) * double(a.Norm(QX_MATRIX_NORM_ROW_SUM));

@@ -79,6 +79,60 @@ TYPED_TEST(Rectangular, SingularValuesComposeTheMatrix) {
   });
 }
 
+/// Checks QR and singular values of a 2^power, where success must mean a small residual. @return how many succeeded.
+template <typename T>
+std::int32_t ExpectFactors(const CQXMatrixMN<T>& a, std::int32_t power) {
+  const auto scaled = [](const CQXMatrixMN<T>& m, std::int32_t exponent) {
+    CQXMatrixMN<T> result(m);
+    for (std::int32_t i = 0; i < m.RowsNb() * m.ColsNb(); ++i) result[i] = std::ldexp(m[i], exponent);
+    return result;
+  };
+  const std::int32_t rows = a.RowsNb(), columns = a.ColsNb(), count = std::min(rows, columns);
+  const CQXMatrixMN<T> given = scaled(a, power), rounded = scaled(given, -power);
+  CQXMatrixMN<T> q(rows), r(rows, columns), u(rows), v(columns), d(rows, columns);
+  CQXVectorN<T> s(count);
+  // In units of the last place of the result, which is larger where the matrix reaches below the normal numbers.
+  const double lowest = std::ldexp(static_cast<double>(std::numeric_limits<T>::denorm_min()), -power);
+  const double unit = std::max(static_cast<double>(std::numeric_limits<T>::epsilon()) * Size(a), lowest);
+  const double bound = 8.0 * std::max(rows, columns);
+  const bool hasQR = given.QR_Decomposition(q, r) == 1, hasSVD = given.SV_Decomposition(u, v, s, 0) == 0;
+  if (hasQR) {
+    EXPECT_LE(Size(q * scaled(r, -power) - rounded) / unit, bound) << power;
+    EXPECT_LE(LossOfOrthogonality(q) / static_cast<double>(std::numeric_limits<T>::epsilon()), bound) << power;
+  }
+  if (hasSVD) {
+    for (std::int32_t i = 0; i < count; ++i) d(i, i) = std::ldexp(s[i], -power);
+    EXPECT_LE(Size(u * d * v.Transpose() - rounded) / unit, bound) << power;
+    EXPECT_LE(LossOfOrthogonality(u) / static_cast<double>(std::numeric_limits<T>::epsilon()), bound) << power;
+  }
+  return hasQR + hasSVD;
+}
+
+TYPED_TEST(Rectangular, TailsOfEverySizeReflectOrthogonally) {
+  using T = TypeParam;
+  using Limits = std::numeric_limits<T>;
+  for (std::int32_t k = 0; k <= Limits::digits - Limits::min_exponent; ++k) {
+    SCOPED_TRACE(k);
+    const T tail = std::ldexp(T(1), -k), elements[] = {1, 1, tail, 1, tail / 3, -2}, square[] = {1, 1, tail, 1};
+    EXPECT_EQ(ExpectFactors(CQXMatrixMN<T>(2, square), 0), 2);
+    EXPECT_EQ(ExpectFactors(CQXMatrixMN<T>(3, 2, elements), 0), 2);
+    EXPECT_EQ(ExpectFactors(CQXMatrixMN<T>(3, 2, elements).Transpose(), 0), 2);
+  }
+  const T large[] = {T(1e20), T(1e20), 10, T(1e20)};
+  EXPECT_EQ(ExpectFactors(CQXMatrixMN<T>(2, large), 0), 2);
+}
+
+TYPED_TEST(Rectangular, FactorsOverTheWholeRangeOfExponents) {
+  using T = TypeParam;
+  using Limits = std::numeric_limits<T>;
+  for (const auto& [rows, columns] : {std::pair{3, 3}, {5, 2}, {2, 4}}) {
+    const CQXMatrixMN<T> a = Make<T>("random", rows, columns);
+    for (std::int32_t k = Limits::min_exponent - Limits::digits; k <= Limits::max_exponent; ++k) {
+      EXPECT_GE(ExpectFactors(a, k), k < Limits::max_exponent - 2 ? 2 : 0) << k;  // beyond, they may have no room
+    }
+  }
+}
+
 TYPED_TEST(Rectangular, PseudoInversesSatisfyTheConditionsOfPenrose) {
   using T = TypeParam;
   this->Sweep([](const CQXMatrixMN<T>& a) {
@@ -128,6 +182,17 @@ TYPED_TEST(Rectangular, InversesAndTheirCodes) {
     EXPECT_EQ(wide.Inverse(unit, T(0)), 0);
     EXPECT_EQ(wide.Inverse(unit, QX_MATRIX_NORM_ROW_SUM, T(0), condition), 0);
     EXPECT_EQ(condition, QX_OVERFLOW_VALUE<T>);
+  }
+}
+
+TYPED_TEST(Rectangular, OnlyTheFixedBoundRefusesAnInverse) {
+  using T = TypeParam;
+  for (const T smallest : {T(0.5), T(1.1e-6), T(0.9e-6)}) {
+    const T diagonal[] = {T(1e6), 1, smallest, 1, 1};
+    CQXMatrixMN<T> a(5), inverse(5);
+    for (std::int32_t i = 0; i < 5; ++i) a(i, i) = diagonal[i];
+    EXPECT_EQ(a.Inverse(inverse, T(0.7)), smallest > T(1e-6));  // the tolerance is that of size 4
+    EXPECT_EQ(inverse(2, 2), smallest > T(1e-6) ? 1 / smallest : 0);
   }
 }
 

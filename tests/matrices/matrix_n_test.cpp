@@ -351,28 +351,48 @@ TYPED_TEST(Square, StatusesOfTheEigenSolver) {
 
 TYPED_TEST(Square, PolarFormsOfBothSides) {
   using T = TypeParam;
-  const T tolerance = static_cast<T>(std::sqrt(this->eps) / 16);  // the last step squares the distance
+  const auto expectPolar = [](const CQXMatrixN<T>& a, T sign) {
+    const std::int32_t n = a.Size();
+    CQXMatrixN<T> r(n), s(n);
+    for (const std::int32_t flag : {1, 0}) {
+      ASSERT_EQ(a.PolarDecomposition(r, s, flag, 0), 1);
+      EXPECT_GT(r.Det() * sign, 0);
+      EXPECT_EQ(s.IsSymmetric(0), 1);
+      const T largest = static_cast<T>(Largest(a));
+      EXPECT_EQ((s / largest).IsPositive(0), 1);
+      ExpectSmall<T>("polar: A - RS over n norm", residuals::Size(((flag != 0 ? r * s : s * r) - a) / largest),
+                     n * residuals::Size(a / largest), 8);
+      ExpectSmall<T>("polar: I - R^T R over n", LossOfOrthogonality(r), n, 4);
+    }
+  };
   for (const std::int32_t n : this->sizes) {
+    SCOPED_TRACE(n);
     for (const T sign : {T(1), T(-1)}) {
-      CQXMatrixN<T> a = this->Dominant(n) / T(n), r(n), s(n);
+      CQXMatrixN<T> a = this->Dominant(n) / T(n);
       for (std::int32_t c = 0; c < n; ++c) a(0, c) *= sign;
-      for (const std::int32_t flag : {1, 0}) {
-        ASSERT_EQ(a.PolarDecomposition(r, s, flag, tolerance), 1);
-        EXPECT_GT(r.Det() * sign, 0);
-        EXPECT_EQ(s.IsSymmetric(0), 1);
-        EXPECT_EQ(s.IsPositive(0), 1);
-        ExpectSmall<T>("polar: A - RS over n norm", residuals::Size((flag != 0 ? r * s : s * r) - a),
-                       n * residuals::Size(a), 4);
-        ExpectSmall<T>("polar: I - R^T R over n", LossOfOrthogonality(r), n, 4);
+      for (const T scale : {T(1), T(1e30), T(1e-30)}) expectPolar(a * scale, sign);
+      // Condition numbers up to 1e10, where the type knows them.
+      CQXMatrixN<T> u(n), v(n), d(n);
+      CQXVectorN<T> singular(n);
+      ASSERT_EQ(a.SV_Decomposition(u, v, singular, 0), 0);
+      for (const T condition : {T(1e2), T(1e5), T(1e10)}) {
+        if (n == 1 || condition * static_cast<T>(this->eps) > T(0.02)) continue;
+        for (std::int32_t i = 0; i < n; ++i) d(i, i) = std::pow(condition, -T(i) / T(n - 1));
+        const CQXMatrixN<T> hard = u * d * v.Transpose();
+        expectPolar(hard, u.Det() * v.Det());
       }
     }
   }
   CQXMatrixN<T> a(5), r(5), s(5);
-  EXPECT_EQ(a.PolarDecomposition(r, s, 1, T(1e-9)), 0);
-  a.Unit();
-  a(2, 3) = std::numeric_limits<T>::quiet_NaN();
-  EXPECT_EQ(a.PolarDecomposition(r, s, 1, T(1e-9)), 0);
+  EXPECT_EQ(a.PolarDecomposition(r, s, 1, 0), 0);
+  a.SetDiagonal(T(0.5));
+  EXPECT_EQ(a.PolarDecomposition(r, s, 1, T(0.03126)), 0);  // the determinant is 1 / 32
   EXPECT_EQ(Largest(r) + Largest(s), 0);
+  EXPECT_EQ(a.PolarDecomposition(r, s, 1, T(0.03124)), 1);
+  EXPECT_EQ(r.IsUnit(0), 1);
+  EXPECT_TRUE(s == a);
+  a(2, 3) = std::numeric_limits<T>::quiet_NaN();
+  EXPECT_EQ(a.PolarDecomposition(r, s, 1, 0), 0);
 }
 
 }  // namespace

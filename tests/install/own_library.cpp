@@ -1,0 +1,1 @@
+int OwnFunction() { return 1; }
