@@ -37,7 +37,7 @@ template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::TakeSize() noexcept {
   m_size = std::min(this->RowsNb(), this->ColsNb());
   if (this->IsSquare() != 0) return *this;
-  const std::size_t size = this->Count() > 0 ? Stride() : 0;
+  const std::size_t size = this->Count() > 0 ? qxElementCount(m_size, 1) : 0;
   for (std::int32_t r = 0; r < m_size; ++r) {
     qxKernels::Copy(size, this->Data() + this->Position(r, 0), this->Data() + qxElementCount(r, m_size));
   }
