@@ -3,6 +3,7 @@
 /// @file
 /// Includes every public header of the library.
 
+#include <qx/arrays/gauss.h>
 #include <qx/arrays/random.h>
 #include <qx/arrays/sorting.h>
 #include <qx/arrays/statistics.h>

@@ -1,3 +1,4 @@
+#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
 #include <qx/matrices/internal/closed_form.h>
 #include <qx/matrices/internal/elimination.h>
