@@ -155,4 +155,101 @@ void Intersect_boost(benchmark::State& state) {
 BENCHMARK(Intersect_boost)->Arg(8)->Arg(100);
 #endif
 
+/// A simple polygon with reentrant corners, about (500, 500).
+std::vector<CQXVector2<double>> Star(std::int64_t n) {
+  std::vector<CQXVector2<double>> star;
+  for (std::int64_t i = 0; i < n; ++i) {
+    const double angle = 2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(n);
+    const double radius = i % 2 == 0 ? 480 : 300;
+    star.emplace_back(500 + radius * std::cos(angle), 500 + radius * std::sin(angle));
+  }
+  return star;
+}
+
+/// A noisy wave.
+std::vector<CQXVector2<double>> Wave(std::int64_t n) {
+  std::mt19937_64 generator(3);
+  std::uniform_real_distribution<double> uniform(-0.5, 0.5);
+  std::vector<CQXVector2<double>> wave;
+  for (std::int64_t i = 0; i < n; ++i) {
+    const double x = static_cast<double>(i);
+    wave.emplace_back(x, 100 * std::sin(0.01 * x) + uniform(generator));
+  }
+  return wave;
+}
+
+void Inside_qx(benchmark::State& state) {
+  const auto star = Star(state.range(0));
+  const auto points = MakePoints(1024, false);
+  std::int64_t inside = 0;
+  for (auto _ : state) {
+    for (const auto& p : points) {
+      inside +=
+          CQXGeometry::IsPointInPolygon(p, static_cast<std::int32_t>(star.size()), star.data()) == QX_LOCATION_INSIDE;
+    }
+  }
+  benchmark::DoNotOptimize(inside);
+  state.SetItemsProcessed(state.iterations() * 1024);
+}
+BENCHMARK(Inside_qx)->Arg(8)->Arg(1000)->Unit(benchmark::kMicrosecond);
+
+void Simple_qx(benchmark::State& state) {
+  const auto star = Star(state.range(0));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(CQXGeometry::IsPolygonSimple(static_cast<std::int32_t>(star.size()), star.data()));
+  }
+}
+BENCHMARK(Simple_qx)->Arg(1000)->Unit(benchmark::kMicrosecond);
+
+void Simplify_qx(benchmark::State& state) {
+  const auto wave = Wave(state.range(0));
+  std::vector<CQXVector2<double>> result(wave.size());
+  std::int32_t m = 0;
+  for (auto _ : state) {
+    CQXGeometry::SimplifyPolyline(static_cast<std::int32_t>(wave.size()), wave.data(), 1.0, m, result.data());
+    benchmark::ClobberMemory();
+  }
+  state.counters["points"] = m;
+}
+BENCHMARK(Simplify_qx)->Arg(10000)->Unit(benchmark::kMicrosecond);
+
+#ifdef HAS_BOOST
+BoostPolygon BoostStar(std::int64_t n) {
+  BoostPolygon polygon;
+  for (const auto& p : Star(n)) bg::append(polygon, BoostPoint(p.X(), p.Y()));
+  bg::correct(polygon);
+  return polygon;
+}
+
+void Inside_boost(benchmark::State& state) {
+  const BoostPolygon star = BoostStar(state.range(0));
+  const auto points = MakePoints(1024, false);
+  std::int64_t inside = 0;
+  for (auto _ : state) {
+    for (const auto& p : points) inside += bg::covered_by(BoostPoint(p.X(), p.Y()), star) ? 1 : 0;
+  }
+  benchmark::DoNotOptimize(inside);
+  state.SetItemsProcessed(state.iterations() * 1024);
+}
+BENCHMARK(Inside_boost)->Arg(8)->Arg(1000)->Unit(benchmark::kMicrosecond);
+
+void Simple_boost(benchmark::State& state) {
+  const BoostPolygon star = BoostStar(state.range(0));
+  for (auto _ : state) benchmark::DoNotOptimize(bg::is_valid(star));
+}
+BENCHMARK(Simple_boost)->Arg(1000)->Unit(benchmark::kMicrosecond);
+
+void Simplify_boost(benchmark::State& state) {
+  bg::model::linestring<BoostPoint> wave, result;
+  for (const auto& p : Wave(state.range(0))) wave.emplace_back(p.X(), p.Y());
+  for (auto _ : state) {
+    result.clear();
+    bg::simplify(wave, result, 1.0);
+    benchmark::ClobberMemory();
+  }
+  state.counters["points"] = static_cast<double>(result.size());
+}
+BENCHMARK(Simplify_boost)->Arg(10000)->Unit(benchmark::kMicrosecond);
+#endif
+
 }  // namespace

@@ -66,9 +66,8 @@ class Stencils {
   static constexpr std::int32_t largestSize = 8;
 
   void Find(std::int32_t size, std::int32_t at, double scale, double* weights) const {
-    double places[largestSize];
+    constexpr double places[largestSize] = {0, 1, 2, 3, 4, 5, 6, 7};
     double table[largestSize * 3];
-    for (std::int32_t k = 0; k < size; ++k) places[k] = k;
     FindAllWeights(size, places, at, m_order, table);
     for (std::int32_t k = 0; k < size; ++k) weights[k] = table[k * (m_order + 1) + m_order] * scale;
   }

@@ -1,9 +1,14 @@
 #include <qx/foundation/callable.h>
 #include <qx/foundation/internal/instantiate.h>
 #include <qx/solvers/internal/bounded_lbfgs.h>
+#include <qx/solvers/internal/conjugate_directions.h>
+#include <qx/solvers/internal/descent.h>
 #include <qx/solvers/internal/free_variables.h>
 #include <qx/solvers/internal/lbfgs.h>
+#include <qx/solvers/internal/levenberg_marquardt.h>
+#include <qx/solvers/internal/linear_programming.h>
 #include <qx/solvers/internal/scalar_minimization.h>
+#include <qx/solvers/internal/simplex_descent.h>
 #include <qx/solvers/internal/user_function.h>
 #include <qx/solvers/optimization.h>
 
@@ -92,7 +97,85 @@ void CQXOptimization::LBFGSB_Freev(std::int32_t n, std::int32_t& freeCount, std:
   leaveCount = variables.leaveCount;
 }
 
+// ---- Descent
+
+template <qxReal T>
+T CQXOptimization::FastestDescend(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                                  qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user,
+                                  VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
+                                  QX_OPTIMIZATION_INFO& info) {
+  return qxSolvers::MinimizeBySteepestDescent<T>({n, xTol, fTol, gTol, maxIterations}, x, {user, f, g}, info);
+}
+
+template <qxReal T>
+T CQXOptimization::ConjugateGradient(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                                     qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user,
+                                     VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
+                                     QX_OPTIMIZATION_INFO& info) {
+  return qxSolvers::MinimizeByConjugateGradient<T>({n, xTol, fTol, gTol, maxIterations}, x, {user, f, g}, info);
+}
+
+template <qxReal T>
+T CQXOptimization::QuasiNewtonBFGS(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                                   qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user,
+                                   VectorFunctionWithUser<T> f, GradientFunctionWithUser<T> g,
+                                   QX_OPTIMIZATION_INFO& info) {
+  return qxSolvers::MinimizeByBFGS<T>({n, xTol, fTol, gTol, maxIterations}, x, {user, f, g}, info);
+}
+
+// ---- Without derivatives
+
+template <qxReal T>
+T CQXOptimization::SimplexDescent(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> step, qxNonDeduced<T> xTol,
+                                  qxNonDeduced<T> fTol, std::int32_t limit, void* user, VectorFunctionWithUser<T> f,
+                                  QX_OPTIMIZATION_INFO& info) {
+  return qxSolvers::MinimizeBySimplex<T>({n, step, xTol, fTol, limit}, x, {user, f}, info);
+}
+
+template <qxReal T>
+T CQXOptimization::PowellConjugateDirections(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> step,
+                                             qxNonDeduced<T> xTol, qxNonDeduced<T> fTol, std::int32_t limit, void* user,
+                                             VectorFunctionWithUser<T> f, QX_OPTIMIZATION_INFO& info) {
+  return qxSolvers::MinimizeByConjugateDirections<T>({n, step, xTol, fTol, limit}, x, {user, f}, info);
+}
+
+// ---- Linear programmes, least squares
+
+template <qxReal T>
+T CQXOptimization::LinerProgrammingSimplex(const CQXMatrixMN<T>& A, const CQXVectorN<T>& b, const CQXVectorN<T>& c,
+                                           const QX_LINEAR_RELATION* relations, CQXVectorN<T>& x, qxNonDeduced<T> tol,
+                                           std::int32_t maxIterations, QX_OPTIMIZATION_INFO& info) {
+  return qxSolvers::MinimizeLinearProgramme(A, b, c, relations, x, tol, maxIterations, info);
+}
+
+template <qxReal T>
+T CQXOptimization::LevenbergMarquardt(std::int32_t n, std::int32_t m, CQXVectorN<T>& x,
+                                      const CQXLeastSquaresOptions<qxNonDeduced<T>>& options, void* user,
+                                      ResidualFunctionWithUser<T> residuals, JacobianFunctionWithUser<T> jacobian,
+                                      QX_OPTIMIZATION_INFO& info) {
+  return qxSolvers::MinimizeSquares<T>(n, m, x, options, {user, residuals, jacobian}, info);
+}
+
 #define QX_INSTANTIATE(T)                                                                                              \
+  template T CQXOptimization::FastestDescend(std::int32_t, CQXVectorN<T>&, T, T, T, std::int32_t, void*,               \
+                                             VectorFunctionWithUser<T>, GradientFunctionWithUser<T>,                   \
+                                             QX_OPTIMIZATION_INFO&);                                                   \
+  template T CQXOptimization::ConjugateGradient(std::int32_t, CQXVectorN<T>&, T, T, T, std::int32_t, void*,            \
+                                                VectorFunctionWithUser<T>, GradientFunctionWithUser<T>,                \
+                                                QX_OPTIMIZATION_INFO&);                                                \
+  template T CQXOptimization::QuasiNewtonBFGS(std::int32_t, CQXVectorN<T>&, T, T, T, std::int32_t, void*,              \
+                                              VectorFunctionWithUser<T>, GradientFunctionWithUser<T>,                  \
+                                              QX_OPTIMIZATION_INFO&);                                                  \
+  template T CQXOptimization::SimplexDescent(std::int32_t, CQXVectorN<T>&, T, T, T, std::int32_t, void*,               \
+                                             VectorFunctionWithUser<T>, QX_OPTIMIZATION_INFO&);                        \
+  template T CQXOptimization::PowellConjugateDirections(std::int32_t, CQXVectorN<T>&, T, T, T, std::int32_t, void*,    \
+                                                        VectorFunctionWithUser<T>, QX_OPTIMIZATION_INFO&);             \
+  template T CQXOptimization::LinerProgrammingSimplex(const CQXMatrixMN<T>&, const CQXVectorN<T>&,                     \
+                                                      const CQXVectorN<T>&, const QX_LINEAR_RELATION*, CQXVectorN<T>&, \
+                                                      T, std::int32_t, QX_OPTIMIZATION_INFO&);                         \
+  template T CQXOptimization::LevenbergMarquardt(std::int32_t, std::int32_t, CQXVectorN<T>&,                           \
+                                                 const CQXLeastSquaresOptions<T>&, void*, ResidualFunctionWithUser<T>, \
+                                                 JacobianFunctionWithUser<T>, QX_OPTIMIZATION_INFO&);                  \
   template void CQXOptimization::FindInitTriple(T&, T&, T&, T&, T&, T&, ScalarFunction<T>);                            \
   template void CQXOptimization::FindInitTriple(T&, T&, T&, T&, T&, T&, void*, ScalarFunctionWithUser<T>);             \
   template T CQXOptimization::GoldenSection(T, T, T, T, T&, ScalarFunction<T>);                                        \

@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <type_traits>
 
+template <qxReal T>
+class CQXMatrixMN;
+
 /// Bounds of one variable.
 enum QX_OPTIMIZATION_CONSTRAINTS : std::int32_t {
   QX_UNCONSTRAINED = 0,  ///< no bound
@@ -24,7 +27,35 @@ enum QX_OPTIMIZATION_INFO : std::int32_t {
   QX_OPT_STEP_CONVERGED = 2,      ///< the change of x is small
   QX_OPT_GRADIENT_CONVERGED = 3,  ///< the gradient is small, the projected one when there are bounds
   QX_OPT_ITERATION_LIMIT = 4,     ///< more iterations than allowed
-  QX_OPT_LINE_SEARCH_FAILED = 6   ///< with bounds only: no step along the steepest descent makes the function smaller
+  QX_OPT_LINE_SEARCH_FAILED = 6,  ///< no step along the steepest descent makes the function smaller
+  QX_OPT_INFEASIBLE = 7,          ///< linear programmes: no point keeps all constraints
+  QX_OPT_UNBOUNDED = 8            ///< linear programmes: the function falls without end within the constraints
+};
+
+/// How a constraint of a linear programme compares its left side with its right side.
+enum QX_LINEAR_RELATION : std::int32_t { QX_LESS_EQUAL = -1, QX_EQUAL = 0, QX_GREATER_EQUAL = 1 };
+
+/// What a residual r costs in a nonlinear least squares problem, with z = (r / scale)^2 in units of scale^2. All but
+/// the first let outliers count less than their squares.
+enum QX_ROBUST_LOSS : std::int32_t {
+  QX_LOSS_SQUARE = 0,   ///< z
+  QX_LOSS_HUBER = 1,    ///< z up to 1, then 2 sqrt(z) - 1
+  QX_LOSS_SOFT_L1 = 2,  ///< 2 (sqrt(1 + z) - 1)
+  QX_LOSS_CAUCHY = 3    ///< ln(1 + z)
+};
+
+/// What CQXOptimization::LevenbergMarquardt() may be told beside the problem.
+template <qxReal T>
+struct CQXLeastSquaresOptions {
+  T xTol = sizeof(T) == 8 ? T(1e-10) : T(1e-5);  ///< step, relative to x, both in the scales of the variables
+  T fTol = sizeof(T) == 8 ? T(1e-12) : T(1e-6);  ///< decrease, relative to the value: the real and the expected one
+  T gTol = sizeof(T) == 8 ? T(1e-10) : T(1e-5);  ///< largest magnitude of the projected gradient of the returned value
+  std::int32_t maxIterations = 200;
+  const QX_OPTIMIZATION_CONSTRAINTS* constraints = nullptr;  ///< kind of bounds of each variable; null: none
+  const T* lower = nullptr;                                  ///< bounds; what a kind does not have is not read
+  const T* upper = nullptr;
+  QX_ROBUST_LOSS loss = QX_LOSS_SQUARE;
+  T lossScale = 1;  ///< size from which on a residual counts as large
 };
 
 /// Minimisation of functions of one variable and of many.
@@ -250,6 +281,200 @@ class QX_API CQXOptimization {
                                        const QX_OPTIMIZATION_CONSTRAINTS* constraints, const qxNonDeduced<T>* lower,
                                        const qxNonDeduced<T>* upper, void* user, VectorFunctionWithUser<T> f,
                                        GradientFunctionWithUser<T> g, QX_OPTIMIZATION_INFO& info);
+
+  /// Minimises a smooth function of @p n variables along its steepest descent. Slow in narrow valleys: take
+  /// ConjugateGradient() or QuasiNewtonBFGS() unless there is a reason not to.
+  ///
+  /// Ends, before the first iteration or after one, at the first of these tests that holds:
+  /// - |g| <= @p gTol: QX_OPT_GRADIENT_CONVERGED;
+  /// - decrease <= @p fTol max(|f before|, |f|, 1): QX_OPT_FUNCTION_CONVERGED;
+  /// - |x before - x| <= @p xTol: QX_OPT_STEP_CONVERGED;
+  /// - @p maxIterations iterations: QX_OPT_ITERATION_LIMIT.
+  ///
+  /// The norms are Euclidean, without the guard of Length(). Where no step along the steepest descent makes the
+  /// function smaller the end is QX_OPT_LINE_SEARCH_FAILED: x is a minimum as far as rounding lets one see, or the
+  /// gradient does not belong to the function, or is not finite. The value never rises. A line search has 20 trials,
+  /// and up to 20 more to come back from where the function is not finite.
+  ///
+  /// The line search is that of More and Thuente (1994).
+  /// @param[in,out] x start of at least n elements, in the end the point reached
+  /// @param xTol,fTol,gTol tolerances of the tests, all above 0
+  /// @param maxIterations at least 1
+  /// @param[out] info how it ended; QX_OPT_INVALID for bad arguments and when memory is refused by a null, after one
+  ///        evaluation of the function: x is as it came then
+  /// @return the value of the function at @p x.
+  template <qxReal T>
+  static T FastestDescend(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                          qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user, VectorFunctionWithUser<T> f,
+                          GradientFunctionWithUser<T> g, QX_OPTIMIZATION_INFO& info);
+  template <qxReal T, typename F, typename G>
+  static T FastestDescend(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                          qxNonDeduced<T> gTol, std::int32_t maxIterations, F&& f, G&& g, QX_OPTIMIZATION_INFO& info) {
+    qxCallables both(f, g);
+    return FastestDescend(n, x, xTol, fTol, gTol, maxIterations, &both, CallValue<T>(both), CallGradient<T>(both),
+                          info);
+  }
+
+  /// The same by conjugate gradients: each direction is the steepest descent and a part of the direction before, by the
+  /// formula of Polak and Ribiere with the part kept from being negative. Begins anew after n steps, and where a
+  /// direction does not lead down. Three vectors beside x are all the memory.
+  /// Sources: E. Polak and G. Ribiere (1969); J. C. Gilbert and J. Nocedal, SIAM J. Optim. 2 (1992).
+  template <qxReal T>
+  static T ConjugateGradient(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                             qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user, VectorFunctionWithUser<T> f,
+                             GradientFunctionWithUser<T> g, QX_OPTIMIZATION_INFO& info);
+  template <qxReal T, typename F, typename G>
+  static T ConjugateGradient(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                             qxNonDeduced<T> gTol, std::int32_t maxIterations, F&& f, G&& g,
+                             QX_OPTIMIZATION_INFO& info) {
+    qxCallables both(f, g);
+    return ConjugateGradient(n, x, xTol, fTol, gTol, maxIterations, &both, CallValue<T>(both), CallGradient<T>(both),
+                             info);
+  }
+
+  /// The same by the method of Broyden, Fletcher, Goldfarb and Shanno with the inverse of the approximate Hessian as a
+  /// full matrix: n^2 elements of memory, O(n^2) for an iteration. The method of choice up to some hundred variables.
+  /// Source: J. Nocedal and S. J. Wright, Numerical Optimization (2006), chapter 6.
+  template <qxReal T>
+  static T QuasiNewtonBFGS(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                           qxNonDeduced<T> gTol, std::int32_t maxIterations, void* user, VectorFunctionWithUser<T> f,
+                           GradientFunctionWithUser<T> g, QX_OPTIMIZATION_INFO& info);
+  template <qxReal T, typename F, typename G>
+  static T QuasiNewtonBFGS(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> xTol, qxNonDeduced<T> fTol,
+                           qxNonDeduced<T> gTol, std::int32_t maxIterations, F&& f, G&& g, QX_OPTIMIZATION_INFO& info) {
+    qxCallables both(f, g);
+    return QuasiNewtonBFGS(n, x, xTol, fTol, gTol, maxIterations, &both, CallValue<T>(both), CallGradient<T>(both),
+                           info);
+  }
+
+  /// Minimises a function of @p n variables without derivatives by the simplex of Nelder and Mead, for functions that
+  /// are noisy or have kinks; above some ten variables it gets slow.
+  ///
+  /// When the values at all points of the simplex are within @p fTol max(|f|, 1) of the best
+  /// (QX_OPT_FUNCTION_CONVERGED), or all coordinates within @p xTol (QX_OPT_STEP_CONVERGED), it begins anew around the
+  /// best point; it ends when that has brought no decrease above @p fTol max(|f before|, |f|, 1). Ends also after
+  /// @p maxEvaluations evaluations, give or take those of one simplex: QX_OPT_ITERATION_LIMIT. Not a number counts as
+  /// infinite.
+  /// Sources: J. A. Nelder and R. Mead, Computer Journal 7 (1965); F. Gao and L. Han, Comput. Optim. Appl. 51 (2012).
+  /// @param[in,out] x start of at least n elements, in the end the best point
+  /// @param step edge of the first simplex, above 0: the distance that the solution may have from the start
+  /// @param xTol,fTol tolerances, above 0
+  /// @param maxEvaluations at least 1
+  /// @param[out] info how it ended; QX_OPT_INVALID for bad arguments and when memory is refused by a null, after one
+  ///        evaluation: x is as it came then
+  /// @return the value of the function at @p x.
+  template <qxReal T>
+  static T SimplexDescent(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> step, qxNonDeduced<T> xTol,
+                          qxNonDeduced<T> fTol, std::int32_t maxEvaluations, void* user, VectorFunctionWithUser<T> f,
+                          QX_OPTIMIZATION_INFO& info);
+  template <qxReal T, typename F>
+  static T SimplexDescent(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> step, qxNonDeduced<T> xTol,
+                          qxNonDeduced<T> fTol, std::int32_t maxEvaluations, F&& f, QX_OPTIMIZATION_INFO& info) {
+    qxCallables one(f);
+    return SimplexDescent(n, x, step, xTol, fTol, maxEvaluations, &one, CallValue<T>(one), info);
+  }
+
+  /// Minimises a smooth function of @p n variables without derivatives by searches along directions that become
+  /// conjugate.
+  ///
+  /// An iteration searches along n directions and, where it pays, along the way that they made, which takes the place
+  /// of one of them. When the decrease of an iteration is <= @p fTol max(|f before|, |f|, 1)
+  /// (QX_OPT_FUNCTION_CONVERGED) or its way <= @p xTol (QX_OPT_STEP_CONVERGED), the coordinates are taken again for
+  /// directions; it ends when an iteration along them has found no more either, or after @p maxIterations iterations
+  /// (QX_OPT_ITERATION_LIMIT), each of at most 163 (n + 1) + 1 evaluations, usually about 10 n. Not a number counts as
+  /// infinite. Source: M. J. D. Powell, Computer Journal 7 (1964), with the direction of the largest decrease given up.
+  /// @param[in,out] x start of at least n elements, in the end the best point
+  /// @param step first step along each coordinate, above 0
+  /// @param xTol,fTol tolerances, above 0
+  /// @param maxIterations at least 1
+  /// @param[out] info how it ended; QX_OPT_INVALID as for SimplexDescent()
+  /// @return the value of the function at @p x.
+  template <qxReal T>
+  static T PowellConjugateDirections(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> step, qxNonDeduced<T> xTol,
+                                     qxNonDeduced<T> fTol, std::int32_t maxIterations, void* user,
+                                     VectorFunctionWithUser<T> f, QX_OPTIMIZATION_INFO& info);
+  template <qxReal T, typename F>
+  static T PowellConjugateDirections(std::int32_t n, CQXVectorN<T>& x, qxNonDeduced<T> step, qxNonDeduced<T> xTol,
+                                     qxNonDeduced<T> fTol, std::int32_t maxIterations, F&& f,
+                                     QX_OPTIMIZATION_INFO& info) {
+    qxCallables one(f);
+    return PowellConjugateDirections(n, x, step, xTol, fTol, maxIterations, &one, CallValue<T>(one), info);
+  }
+
+  /// Solves a linear programme: the x >= 0 with the least c x under the constraints that each row of A x is at most,
+  /// equal to or at least the element of b. Simplex method in two phases on a dense tableau, by Bland's rule, which
+  /// does not circle.
+  ///
+  /// Source: R. G. Bland, Math. Oper. Res. 2 (1977).
+  /// @param A a row for each constraint, a column for each variable
+  /// @param b,c right sides, costs
+  /// @param relations kind of each constraint
+  /// @param[in,out] x at least as many elements as variables; the solution when there is one, else untouched
+  /// @param tol above 0; pivots, costs and the rest that makes a programme infeasible are zero up to it, in units of
+  /// the
+  ///        largest coefficient of the row. 1e-9 (float: 1e-5) is usual
+  /// @param maxIterations exchanges of both phases together, at least 1
+  /// @param[out] info QX_OPT_FUNCTION_CONVERGED for a solution, QX_OPT_INFEASIBLE, QX_OPT_UNBOUNDED,
+  ///        QX_OPT_ITERATION_LIMIT, or QX_OPT_INVALID for sizes that do not fit, bad arguments and refused memory
+  /// @return c x; infinity when infeasible, minus infinity when unbounded, else not a number.
+  template <qxReal T>
+  static T LinerProgrammingSimplex(const CQXMatrixMN<T>& A, const CQXVectorN<T>& b, const CQXVectorN<T>& c,
+                                   const QX_LINEAR_RELATION* relations, CQXVectorN<T>& x, qxNonDeduced<T> tol,
+                                   std::int32_t maxIterations, QX_OPTIMIZATION_INFO& info);
+
+  /// r(x, residuals, user): writes the m residuals at x.
+  template <qxReal T>
+  using ResidualFunctionWithUser = std::type_identity_t<void (*)(const CQXVectorN<T>&, CQXVectorN<T>&, void*)>;
+  /// J(x, jacobian, user): writes the derivatives of the residuals at x, a row for each residual.
+  template <qxReal T>
+  using JacobianFunctionWithUser = std::type_identity_t<void (*)(const CQXVectorN<T>&, CQXMatrixMN<T>&, void*)>;
+
+  /// Minimises the sum of the squares of @p m residuals of @p n variables, or of a loss that bears outliers, with
+  /// bounds if wanted: the way to fit a curve.
+  ///
+  /// Levenberg-Marquardt: the linear least squares problem at x, damped in the scales of the variables, is solved by
+  /// reflections; the step is cut to the bounds; the damping grows until the value falls. Variables at a bound that the
+  /// gradient presses against are held. A robust loss weights the residuals by its derivative.
+  ///
+  /// Ends when the projected gradient is <= gTol (QX_OPT_GRADIENT_CONVERGED), when expected and real decrease are <=
+  /// fTol f (QX_OPT_FUNCTION_CONVERGED), when the step is short beside x (QX_OPT_STEP_CONVERGED), after maxIterations
+  /// iterations (QX_OPT_ITERATION_LIMIT), each of at most 60 trials, or where there are no numbers around x
+  /// (QX_OPT_LINE_SEARCH_FAILED). The value never rises. A solution far from 0 with x = 0 in all elements is not
+  /// recognised by the step.
+  ///
+  /// Sources: K. Levenberg (1944); D. W. Marquardt (1963); J. J. More, The Levenberg-Marquardt algorithm (1978); H. B.
+  /// Nielsen, Damping parameter in Marquardt's method (1999).
+  /// @param[in,out] x start of at least n elements, moved onto the bounds first; in the end the point reached
+  /// @param residuals,jacobian the functions; with null for the Jacobian it is estimated by differences, n evaluations
+  ///        each time, at points within the bounds unless these are closer than the step of a difference
+  /// @param[out] info how it ended; QX_OPT_INVALID for bad arguments and refused memory, before any evaluation and with
+  /// x
+  ///        as it came, and for residuals at the start that are not finite
+  /// @return the sum of the losses at @p x, not a number for bad arguments.
+  template <qxReal T>
+  static T LevenbergMarquardt(std::int32_t n, std::int32_t m, CQXVectorN<T>& x,
+                              const CQXLeastSquaresOptions<qxNonDeduced<T>>& options, void* user,
+                              ResidualFunctionWithUser<T> residuals, JacobianFunctionWithUser<T> jacobian,
+                              QX_OPTIMIZATION_INFO& info);
+  template <qxReal T, typename R, typename J>
+  static T LevenbergMarquardt(std::int32_t n, std::int32_t m, CQXVectorN<T>& x,
+                              const CQXLeastSquaresOptions<qxNonDeduced<T>>& options, R&& residuals, J&& jacobian,
+                              QX_OPTIMIZATION_INFO& info) {
+    qxCallables both(residuals, jacobian);
+    using Both = decltype(both);
+    return LevenbergMarquardt(n, m, x, options, &both,
+                              Both::template CallFirst<void, const CQXVectorN<T>&, CQXVectorN<T>&>,
+                              Both::template CallSecond<void, const CQXVectorN<T>&, CQXMatrixMN<T>&>, info);
+  }
+  template <qxReal T, typename R>
+  static T LevenbergMarquardt(std::int32_t n, std::int32_t m, CQXVectorN<T>& x,
+                              const CQXLeastSquaresOptions<qxNonDeduced<T>>& options, R&& residuals,
+                              QX_OPTIMIZATION_INFO& info) {
+    qxCallables one(residuals);
+    return LevenbergMarquardt(n, m, x, options, &one,
+                              decltype(one)::template CallFirst<void, const CQXVectorN<T>&, CQXVectorN<T>&>, nullptr,
+                              info);
+  }
 
  protected:
   /// Brings the list of free variables up to date with the bound states and tells what changed.

@@ -86,14 +86,18 @@ template <qxReal T>
 void Coverage::WriteRow(std::int32_t y, qxFillRule rule, T* row) const {
   const std::uint64_t* const sums = Row(y);
   std::uint64_t sum = 0;
+  T value = 0;
   for (std::int32_t x = 0; x < m_width; ++x) {
-    sum += sums[x];
-    double covered = std::abs(static_cast<double>(static_cast<std::int64_t>(sum))) / whole;
-    if (rule == QX_FILL_EVEN_ODD) {
-      covered = std::fmod(covered, 2.0);
-      covered = std::min(covered, 2 - covered);
+    if (sums[x] != 0) {  // most pixels are like the one before
+      sum += sums[x];
+      double covered = std::abs(static_cast<double>(static_cast<std::int64_t>(sum))) / whole;
+      if (rule == QX_FILL_EVEN_ODD) {
+        covered = std::fmod(covered, 2.0);
+        covered = std::min(covered, 2 - covered);
+      }
+      value = static_cast<T>(std::min(covered, 1.0));
     }
-    row[x] = static_cast<T>(std::min(covered, 1.0));
+    row[x] = value;
   }
 }
 

@@ -46,6 +46,8 @@ class LineSearch {
   LineSearch(const LineSearchRules<T>& rules, T value, T slope, T step, T stepMax);
 
   [[nodiscard]] T Step() const { return m_step; }
+  /// The trial with the smallest value so far, 0 for the start.
+  [[nodiscard]] T BestStep() const { return m_interval.best.step; }
   /// Whether the trial meets both conditions.
   [[nodiscard]] bool IsGood(T value, T slope) const;
   /// Another largest step; to be set before the first Advance().
