@@ -49,13 +49,16 @@
 #include <qx/transforms/quaternion.h>
 #include <qx/transforms/transform_type.h>
 #include <qx/vectors/base_vector.h>
+#include <qx/vectors/dynamic_array.h>
 #include <qx/vectors/fixed_array.h>
 #include <qx/vectors/fixed_vector.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>
+#include <qx/vectors/vector_access.h>
 #include <qx/vectors/vector_functions.h>
 #include <qx/vectors/vector_n.h>
+#include <qx/vectors/vector_text.h>
 #include <qx/wavelets/channel.h>
 #include <qx/wavelets/lifting.h>
 #include <qx/wavelets/wavelet_decomposition.h>

@@ -54,7 +54,7 @@ class QX_API CQXStatistics {
   /// The middle element of the sorted array, or half the sum of the two middle ones. The array is not changed; O(n).
   ///
   /// With not-a-numbers among the elements it is the middle of what CQXSorting makes of them.
-  /// @return not a number for an empty array.
+  /// @return not a number for an empty array, and where memory was refused by a null.
   [[nodiscard]] T Median() const;
 
   /// Sample variance (sum of x^2 - n mean^2) / (n - 1) by the one-pass form.

@@ -95,8 +95,8 @@ class QX_API CQXBaseVector : public CQXDynamicArray<T> {
   /// Sum of this[i] v[i], 0 for dimension 0. Complex numbers are not conjugated.
   ///
   /// Up to 16 elements, and for integers and complex numbers always, the sum runs in order. Above, floating-point
-  /// numbers are added in eight partial sums (element i goes to sum i mod 8) folded in one fixed tree: the order
-  /// depends on the dimension alone.
+  /// numbers are added in 16 partial sums (element i goes to sum i mod 16) that are folded by halves: the order depends
+  /// on the dimension alone.
   [[nodiscard]] T Dot(const CQXBaseVector& v) const noexcept;
   /// The same sum over i from @p first to @p last, both included; 0 when @p first is above @p last.
   [[nodiscard]] T DotForPart(std::int32_t first, std::int32_t last, const CQXBaseVector& v) const noexcept;
