@@ -4,15 +4,14 @@
 #include <qx/vectors/vector_n.h>
 
 #include <cstddef>
-#include <ostream>
+#include <iosfwd>
 
 /// @file
-/// Text of vectors, "(1, 2, 3)", to streams. It needs <ostream>, which no other header of the
-/// vectors does.
+/// Text of vectors, "(1, 2, 3)", to streams. Who writes to a stream has included <ostream>; this header does not.
 
 /// Writes the components by the rules of the stream, the width taken for each of them.
-template <qxFixedVector V>
-std::ostream& operator<<(std::ostream& stream, const V& v) {
+template <typename Traits, qxFixedVector V>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream, const V& v) {
   const auto width = stream.width(0);
   for (std::size_t i = 0; i < V::dimension; ++i) {
     stream << (i == 0 ? "(" : ", ");
@@ -23,8 +22,8 @@ std::ostream& operator<<(std::ostream& stream, const V& v) {
 }
 
 /// The same of a run-time-sized vector; "()" without elements.
-template <typename T>
-std::ostream& operator<<(std::ostream& stream, const CQXBaseVector<T>& v) {
+template <typename Traits, typename T>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream, const CQXBaseVector<T>& v) {
   const auto width = stream.width(0);
   stream << "(";
   for (const T& x : v) {
