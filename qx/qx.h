@@ -3,6 +3,7 @@
 /// @file
 /// Includes every public header of the library.
 
+#include <qx/arrays/gauss.h>
 #include <qx/arrays/random.h>
 #include <qx/arrays/sorting.h>
 #include <qx/arrays/statistics.h>
@@ -54,13 +55,16 @@
 #include <qx/transforms/quaternion.h>
 #include <qx/transforms/transform_type.h>
 #include <qx/vectors/base_vector.h>
+#include <qx/vectors/dynamic_array.h>
 #include <qx/vectors/fixed_array.h>
 #include <qx/vectors/fixed_vector.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>
+#include <qx/vectors/vector_access.h>
 #include <qx/vectors/vector_functions.h>
 #include <qx/vectors/vector_n.h>
+#include <qx/vectors/vector_text.h>
 #include <qx/wavelets/bivariate_shrinkage.h>
 #include <qx/wavelets/channel.h>
 #include <qx/wavelets/image_noise_reduction.h>

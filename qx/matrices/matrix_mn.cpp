@@ -60,6 +60,29 @@ CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(const CQXMatrixMN& other) {
 }
 
 template <qxReal T>
+CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(Base&& other) noexcept {
+  if (this == &other) return *this;
+  Base::operator=(std::move(other));
+  ForgetResults();
+  return *this;
+}
+
+template <qxReal T>
+CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(CQXMatrixMN&& other) noexcept {
+  if (this == &other) return *this;
+  const bool hasSameShape = this->RowsNb() == other.RowsNb() && this->ColsNb() == other.ColsNb();
+  const bool takesResults = this->IsMovedFrom() || hasSameShape;
+  Base::operator=(static_cast<Base&&>(other));
+  ForgetResults();
+  if (takesResults) {
+    m_rank = other.m_rank;
+    m_singularNumbers = std::move(other.m_singularNumbers);
+    m_singularFlag = std::exchange(other.m_singularFlag, 0);
+  }
+  return *this;
+}
+
+template <qxReal T>
 void CQXMatrixMN<T>::GetSingularNumbers(T* target) const noexcept {
   if (m_singularFlag != 0) qxKernels::Copy(Size(SingularCount()), m_singularNumbers.get(), target);
 }

@@ -52,6 +52,9 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// Copies the elements; the sizes stay. Rank and singular numbers come along, unless the shapes differ: then the
   /// rank is unknown and the singular numbers are dropped.
   virtual CQXMatrixMN& operator=(const CQXMatrixMN& other);
+  // A matrix that was moved from takes everything over; any other one copies.
+  CQXMatrixMN& operator=(Base&& other) noexcept override;
+  virtual CQXMatrixMN& operator=(CQXMatrixMN&& other) noexcept;
 
   [[nodiscard]] CQXMatrixMN operator+(const Base& m) const { return Base::operator+(m); }
   [[nodiscard]] CQXMatrixMN operator-(const Base& m) const { return Base::operator-(m); }

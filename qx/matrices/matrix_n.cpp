@@ -1,3 +1,4 @@
+#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/matrix_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
 #include <qx/matrices/internal/closed_form.h>
@@ -51,21 +52,52 @@ template <qxReal T>
 CQXMatrixN<T>::~CQXMatrixN() = default;
 
 template <qxReal T>
+CQXMatrixN<T>& CQXMatrixN<T>::TakeSize() noexcept {
+  m_size = std::min(this->RowsNb(), this->ColsNb());
+  if (this->IsSquare() != 0) return *this;
+  const std::size_t size = this->Count() > 0 ? qxElementCount(m_size, 1) : 0;
+  for (std::int32_t r = 0; r < m_size; ++r) {
+    qxKernels::Copy(size, this->Data() + this->Position(r, 0), this->Data() + qxElementCount(r, m_size));
+  }
+  this->Shrink(m_size, m_size);
+  this->ForgetResults();
+  return *this;
+}
+
+template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::operator=(const CQXBaseMatrix<T>& other) {
   Base::operator=(other);
-  return *this;
+  return TakeSize();
 }
 
 template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::operator=(const CQXMatrixMN<T>& other) {
   Base::operator=(other);
-  return *this;
+  return TakeSize();
 }
 
 template <qxReal T>
 CQXMatrixN<T>& CQXMatrixN<T>::operator=(const CQXMatrixN& other) {
   Base::operator=(static_cast<const CQXMatrixMN<T>&>(other));
-  return *this;
+  return TakeSize();
+}
+
+template <qxReal T>
+CQXMatrixN<T>& CQXMatrixN<T>::operator=(CQXBaseMatrix<T>&& other) noexcept {
+  Base::operator=(std::move(other));
+  return TakeSize();
+}
+
+template <qxReal T>
+CQXMatrixN<T>& CQXMatrixN<T>::operator=(CQXMatrixMN<T>&& other) noexcept {
+  Base::operator=(std::move(other));
+  return TakeSize();
+}
+
+template <qxReal T>
+CQXMatrixN<T>& CQXMatrixN<T>::operator=(CQXMatrixN&& other) noexcept {
+  Base::operator=(static_cast<CQXMatrixMN<T>&&>(other));
+  return TakeSize();
 }
 
 template <qxReal T>

@@ -39,6 +39,11 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   CQXMatrixN& operator=(const CQXMatrixMN<T>& other) override;
   /// Copies the elements and what is remembered; the size stays.
   virtual CQXMatrixN& operator=(const CQXMatrixN& other);
+  // A matrix that was moved from takes everything over, of a matrix that is not square the leading square; any other
+  // one copies.
+  CQXMatrixN& operator=(CQXBaseMatrix<T>&& other) noexcept override;
+  CQXMatrixN& operator=(CQXMatrixMN<T>&& other) noexcept override;
+  CQXMatrixN& operator=(CQXMatrixN&& other) noexcept;
 
   /// Determinant: the product of the pivots of LU_Decomposition(); when a pivot is below 1e-6, of elimination with
   /// exchange of rows, and 0 when a pivot is below 1e-9 there too. 1 for size 0. Not a
@@ -197,6 +202,8 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
                                                 T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
  private:
+  /// Ends every assignment: what a matrix that was moved from took over is cut to its leading square.
+  CQXMatrixN& TakeSize() noexcept;
   /// The sizes that Inverse() leaves to the fixed classes, whose codes it hands through.
   [[nodiscard]] bool HasClosedForm() const noexcept { return m_size >= 2 && m_size <= 4; }
   /// The one place that knows which code of Inverse() stands for success.

@@ -1,9 +1,9 @@
-#include <qx/arrays/sorting.h>
 #include <qx/foundation/block.h>
 #include <qx/foundation/internal/instantiate.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/kernels/array_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
+#include <qx/kernels/sorting_kernels.h>
 #include <qx/matrices/internal/bidiagonal.h>
 #include <qx/matrices/internal/jacobi.h>
 #include <qx/matrices/internal/workspace.h>
@@ -143,11 +143,7 @@ template <qxReal T>
 qxStatus SortAscending(std::size_t n, const T* values, const T* rows, T* sortedValues, T* sortedRows) {
   Workspace<std::int32_t, 4> order;
   if (!order.Reserve(n)) return QX_STATUS_OUT_OF_MEMORY;
-  std::copy_n(values, n, sortedValues);
-  std::fill_n(order.Data(), n, -1);
-  CQXSorting<T> sorting(static_cast<std::int32_t>(n), sortedValues, 1, 1, 0);
-  sorting.Sort(sortedValues, order.Data());
-  if (n > 0 && order.Data()[0] < 0) return QX_STATUS_OUT_OF_MEMORY;  // the sorting got none and wrote nothing
+  if (!qxKernels::SortWithIndices(n, values, sortedValues, order.Data(), true, false)) return QX_STATUS_OUT_OF_MEMORY;
   for (std::size_t i = 0; i < n; ++i) {
     std::copy_n(rows + static_cast<std::size_t>(order.Data()[i]) * n, n, sortedRows + i * n);
   }
