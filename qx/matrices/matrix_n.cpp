@@ -121,7 +121,7 @@ CQXMatrixN<T>& CQXMatrixN<T>::operator*=(const CQXMatrixN& m) {
 template <qxReal T>
 CQXMatrixN<T> CQXMatrixN<T>::operator^(std::int32_t n) const {
   CQXMatrixN result(m_size), factor(*this), product(m_size);
-  const CQXMatrixN refused = this->Shaped(0);
+  const CQXMatrixN refused(0);
   if (!this->IsHeld() || !result.IsHeld() || !factor.IsHeld() || !product.IsHeld()) return refused;
   if (n < 0) {
     const auto code = Invert(m_size, Data(), QX_PREDICATE_TOLERANCE<T>, factor.Data());

@@ -75,7 +75,8 @@ class Hash {
     Add(transform.GetMatrix());
   }
   template <std::ranges::range A>
-  void Add(const A& values) {
+  requires(!requires(const A& own) { own.Data(); })  // the library's own arrays are ranges too
+      void Add(const A& values) {
     for (const auto& value : values) Add(value);
   }
   template <typename T>
