@@ -18,9 +18,9 @@
                                            std::int64_t second, const char* file, int line) noexcept;
 
 /// Checks a condition that an operation takes as given; @p first and @p second are the integers it is about.
-#define QX_EXPECT(condition, operation, first, second)                                                            \
-  ((condition) ? static_cast<void>(0)                                                                             \
-               : qxReportViolation(operation, #condition, static_cast<std::int64_t>(first),                       \
+#define QX_EXPECT(condition, operation, first, second)                                      \
+  ((condition) ? static_cast<void>(0)                                                       \
+               : qxReportViolation(operation, #condition, static_cast<std::int64_t>(first), \
                                    static_cast<std::int64_t>(second), __FILE__, __LINE__))
 #else
 #define QX_EXPECT(condition, operation, first, second) static_cast<void>(0)
