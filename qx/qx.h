@@ -3,6 +3,7 @@
 /// @file
 /// Includes every public header of the library.
 
+#include <qx/arrays/gauss.h>
 #include <qx/arrays/random.h>
 #include <qx/arrays/sorting.h>
 #include <qx/arrays/statistics.h>
@@ -14,7 +15,9 @@
 #include <qx/foundation/callable.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
+#include <qx/foundation/owner.h>
 #include <qx/foundation/polynomial.h>
+#include <qx/foundation/progress.h>
 #include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/status.h>
@@ -27,6 +30,7 @@
 #include <qx/geometry/segments_intersection.h>
 #include <qx/grids/derivative.h>
 #include <qx/grids/grid.h>
+#include <qx/interpolation/curve_rules.h>
 #include <qx/interpolation/interpolation.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/fixed_matrix.h>
@@ -38,23 +42,29 @@
 #include <qx/matrices/matrix_norm.h>
 #include <qx/solvers/algebra.h>
 #include <qx/solvers/optimization.h>
+#include <qx/transforms/affine_2d_transform.h>
 #include <qx/transforms/affine_3d_transform.h>
 #include <qx/transforms/back_front_location.h>
+#include <qx/transforms/base_2d_transform.h>
 #include <qx/transforms/base_3d_transform.h>
 #include <qx/transforms/clip_space.h>
+#include <qx/transforms/coordinate_frames.h>
 #include <qx/transforms/parallel_3d_transform.h>
 #include <qx/transforms/perspective_3d_transform.h>
 #include <qx/transforms/projective_3d_transform.h>
 #include <qx/transforms/quaternion.h>
 #include <qx/transforms/transform_type.h>
 #include <qx/vectors/base_vector.h>
+#include <qx/vectors/dynamic_array.h>
 #include <qx/vectors/fixed_array.h>
 #include <qx/vectors/fixed_vector.h>
 #include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector4.h>
+#include <qx/vectors/vector_access.h>
 #include <qx/vectors/vector_functions.h>
 #include <qx/vectors/vector_n.h>
+#include <qx/vectors/vector_text.h>
 #include <qx/wavelets/bivariate_shrinkage.h>
 #include <qx/wavelets/channel.h>
 #include <qx/wavelets/image_noise_reduction.h>

@@ -1,4 +1,6 @@
+#include <qx/arrays/internal/random_report.h>
 #include <qx/arrays/random.h>
+#include <qx/foundation/block.h>
 #include <qx/foundation/conversion.h>
 #include <qx/foundation/tolerance.h>
 
@@ -40,6 +42,9 @@ template <qxReal T>
 T GuardedLog(T x) noexcept {
   return std::log(x <= QX_TOLERANCE<T> ? QX_TOLERANCE<T> : x);
 }
+
+/// Bound of the draws for one normal number.
+constexpr std::int32_t largestDrawsNb = 1000;
 
 double RoundingShift(double x) noexcept { return x >= 0 ? x + 0.5 : x - 0.5; }
 
@@ -228,36 +233,40 @@ T CQXRandom<T>::GetUniformSWB() noexcept {
   return m_range * SWB() + m_lower;
 }
 
-/// The ziggurat. Numbers outside [0, 1], which only a foreign SWB table yields, must not keep it going for ever: they
-/// end it with what they give.
+/// Beyond layer 0. What a table of SWB yields in turn may fit no number there, so that the draws are counted.
+template <qxReal T>
+template <typename Unit>
+T CQXRandom<T>::GetNormalTail(Unit unit) noexcept {
+  T tail = 0;
+  T y = 0;
+  std::int32_t drawsNb = 0;
+  do {
+    tail = GuardedLog(unit()) / zigguratR<T>;
+    y = GuardedLog(unit());
+  } while (-2 * y < tail * tail && y <= 0 && ++drawsNb < largestDrawsNb);
+  return zigguratR<T> - tail;
+}
+
+/// The ziggurat. Numbers outside [0, 1], which only a foreign SWB table yields, end it with what they give; so does a
+/// table whose numbers are refused again and again. One draw in 80 is refused by chance, some thousand never are.
 template <qxReal T>
 template <typename Unit, typename Word>
 T CQXRandom<T>::GetNormal(Unit unit, Word word) noexcept {
   T result = 0;
-  for (;;) {
+  for (std::int32_t drawsNb = 0; drawsNb < largestDrawsNb; ++drawsNb) {
     const T u = 2 * unit() - 1;
     const auto layer = word() % layersNb;
-    const T x = u * m_zigX[layer];
-    if (std::abs(u) < m_zigR[layer] || !(std::abs(u) <= 1)) {
-      result = x;
-      break;
-    }
+    result = u * m_zigX[layer];
+    if (std::abs(u) < m_zigR[layer] || !(std::abs(u) <= 1)) break;
     if (layer == 0) {
-      T tail = 0;
-      T y = 0;
-      do {
-        tail = GuardedLog(unit()) / zigguratR<T>;
-        y = GuardedLog(unit());
-      } while (-2 * y < tail * tail && y <= 0);
-      result = u >= 0 ? zigguratR<T> - tail : tail - zigguratR<T>;
+      const T tail = GetNormalTail(unit);
+      result = u >= 0 ? tail : -tail;
       break;
     }
-    const T f0 = std::exp(T(-0.5) * (m_zigX[layer] * m_zigX[layer] - x * x));
-    const T f1 = std::exp(T(-0.5) * (m_zigX[layer + 1] * m_zigX[layer + 1] - x * x));
-    if (f1 + unit() * (f0 - f1) < 1) {
-      result = x;
-      break;
-    }
+    const T square = result * result;
+    const T f0 = std::exp(T(-0.5) * (m_zigX[layer] * m_zigX[layer] - square));
+    const T f1 = std::exp(T(-0.5) * (m_zigX[layer + 1] * m_zigX[layer + 1] - square));
+    if (f1 + unit() * (f0 - f1) < 1) break;
   }
   return result * m_sigma + m_mean;
 }
@@ -464,6 +473,37 @@ void CQXRandom<T>::SetRandomSeeds(std::uint64_t seed) noexcept {
 template <qxReal T>
 void CQXRandom<T>::FillSWBTable() noexcept {
   for (T& lag : m_lags) lag = GetXorshift32();
+}
+
+template <qxReal T>
+void CQXRandom<T>::TestFloatRandomArray(std::int32_t n, const T* data, std::int32_t firstToPrint) const {
+  const qxArrays::RandomLaw<T> law = {m_algorithm, m_distribution, m_lower, m_range, m_mean, m_sigma, m_rate};
+  qxArrays::WriteRandomReport(law, n, data, firstToPrint);
+}
+
+template <qxReal T>
+template <typename Integer>
+void CQXRandom<T>::TestIntegers(Integer left, Integer right, std::int32_t n, const Integer* data,
+                                std::int32_t firstToPrint) {
+  const qxBlock<T> values = qxMakeBlock<T>(qxElementCount(n));
+  if (values == nullptr) return;
+  for (std::int32_t i = 0; i < n; ++i) values.get()[i] = static_cast<T>(data[i]);
+  m_lower = static_cast<T>(left);
+  m_range = static_cast<T>(right) - m_lower;
+  qxArrays::WriteSegment(left, right);
+  TestFloatRandomArray(n, values.get(), firstToPrint);
+}
+
+template <qxReal T>
+void CQXRandom<T>::TestIntegerRandomArray(std::int32_t left, std::int32_t right, std::int32_t n,
+                                          const std::int32_t* data, std::int32_t firstToPrint) {
+  TestIntegers(left, right, n, data, firstToPrint);
+}
+
+template <qxReal T>
+void CQXRandom<T>::TestIntegerRandomArray(std::int64_t left, std::int64_t right, std::int32_t n,
+                                          const std::int64_t* data, std::int32_t firstToPrint) {
+  TestIntegers(left, right, n, data, firstToPrint);
 }
 
 template class CQXRandom<float>;

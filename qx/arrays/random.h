@@ -104,7 +104,8 @@ class QX_API CQXRandom {
   /// The whole state, in order.
   void GetXorshift64Seeds(std::uint64_t& s0, std::uint64_t& s1, std::uint64_t& s2, std::uint64_t& s3) const noexcept;
 
-  /// Copies 32 numbers, which should be in [0, 1], into the SWB table. Index and borrow stay.
+  /// Copies 32 numbers, which should be in [0, 1], into the SWB table. Index and borrow stay. Normal numbers of a table
+  /// without chance, such as 0 and 1 in turn, are what comes after 1000 draws that the method refuses.
   void SetSWBSeeds(const T* lags) noexcept;
   /// Copies the 32 numbers of the SWB table.
   void GetSWBSeeds(T* lags) const noexcept;
@@ -170,6 +171,8 @@ class QX_API CQXRandom {
   T GetExponentialXorshift64() noexcept;
   T GetExponentialSWB() noexcept;
 
+  template <typename Unit>
+  T GetNormalTail(Unit unit) noexcept;
   template <typename Unit, typename Word>
   T GetNormal(Unit unit, Word word) noexcept;
   T GetExponential(T unit) const noexcept;

@@ -1,4 +1,6 @@
 #include <qx/arrays/sorting.h>
+#include <qx/kernels/quicksort.h>
+#include <qx/kernels/sorting_kernels.h>
 #include <qx/vectors/vector2.h>
 
 #include <algorithm>
@@ -10,134 +12,49 @@
 
 namespace {
 
-using Index = std::ptrdiff_t;
+using qxKernels::Magnitude;
 
-/// The absolute value; of integers in the unsigned type, where the smallest has one too.
-template <typename T>
-constexpr auto Magnitude(T x) noexcept {
-  if constexpr (std::floating_point<T>) {
-    return std::abs(x);
-  } else {
-    using Unsigned = std::make_unsigned_t<T>;
-    return static_cast<Unsigned>(x < 0 ? 0 - static_cast<Unsigned>(x) : static_cast<Unsigned>(x));
-  }
-}
+// Keys: what of an element is compared.
 
-/// Keys: what of an element is compared.
 constexpr auto valueKey = []<typename T>(T x) noexcept { return x; };
 constexpr auto magnitudeKey = []<typename T>(T x) noexcept { return Magnitude(x); };
 constexpr auto recordValueKey = [](const auto& record) noexcept { return record.value; };
 constexpr auto recordMagnitudeKey = [](const auto& record) noexcept { return record.absolute; };
 
-/// One step of quicksort. Keys equal to the pivot, and not-a-numbers, stop both scans: no scan leaves i .. j.
-template <typename Position, typename Element, typename Key, typename IsBefore>
-void Partition(Element* elements, Position& i, Position& j, Key key, IsBefore isBefore) noexcept {
-  const auto pivot = key(elements[(Index{i} + Index{j}) / 2]);
-  do {
-    while (isBefore(key(elements[i]), pivot)) ++i;
-    while (isBefore(pivot, key(elements[j]))) --j;
-    if (j < i) break;
-    std::swap(elements[i], elements[j]);
-    ++i;
-    --j;
-  } while (i <= j);
-}
-
-/// The recursion takes the smaller side, so that its depth is below 32; the sides are independent of one another.
+/// One step over indices of the interface.
 template <typename Element, typename Key, typename IsBefore>
-void Quicksort(Element* elements, Index first, Index last, Key key, IsBefore isBefore) noexcept {
-  while (first < last) {
-    Index i = first;
-    Index j = last;
-    Partition(elements, i, j, key, isBefore);
-    if (j - first < last - i) {
-      Quicksort(elements, first, j, key, isBefore);
-      first = i;
-    } else {
-      Quicksort(elements, i, last, key, isBefore);
-      last = j;
-    }
-  }
+void Partition(Element* elements, std::int32_t& i, std::int32_t& j, Key key, IsBefore isBefore) noexcept {
+  std::ptrdiff_t up = i;
+  std::ptrdiff_t down = j;
+  qxKernels::Partition(elements, up, down, key, isBefore);
+  i = static_cast<std::int32_t>(up);
+  j = static_cast<std::int32_t>(down);
 }
 
 template <typename Element, typename Key>
-void Quicksort(Element* elements, Index first, Index last, Key key, std::int32_t ascending) noexcept {
+void Quicksort(Element* elements, std::ptrdiff_t first, std::ptrdiff_t last, Key key, std::int32_t ascending) noexcept {
   if (ascending != 0) {
-    Quicksort(elements, first, last, key, std::less<>());
+    qxKernels::Quicksort(elements, first, last, key, std::less<>());
   } else {
-    Quicksort(elements, first, last, key, std::greater<>());
+    qxKernels::Quicksort(elements, first, last, key, std::greater<>());
   }
 }
 
-/// Whether elements that compare equal are the same, so that every way of sorting gives one result.
 template <typename T>
-bool IsOrderUnique(const T* values, Index count) noexcept {
-  if constexpr (std::floating_point<T>) {
-    std::int32_t isOther = 0;
-    for (Index i = 0; i < count; ++i) {
-      isOther |=
-          std::int32_t{values[i] != values[i]} | (std::int32_t{values[i] == 0} & std::int32_t{std::signbit(values[i])});
-    }
-    return isOther == 0;
-  }
-  return true;
-}
-
-template <typename T>
-void SortValues(T* values, Index first, Index last, std::int32_t ascending, std::int32_t absolute) noexcept {
+void SortRange(T* values, std::int32_t first, std::int32_t last, std::int32_t ascending,
+               std::int32_t absolute) noexcept {
   if (values == nullptr || first >= last) return;
-  if (absolute != 0 && std::is_signed_v<T>) {
-    Quicksort(values, first, last, magnitudeKey, ascending);
-  } else if (!IsOrderUnique(values + first, last - first + 1)) {
-    Quicksort(values, first, last, valueKey, ascending);
-  } else if (ascending != 0) {
-    std::sort(values + first, values + last + 1, std::less<>());
-  } else {
-    std::sort(values + first, values + last + 1, std::greater<>());
-  }
+  const std::size_t count = static_cast<std::size_t>(std::int64_t{last} - first + 1);
+  qxKernels::SortValues(count, values + first, ascending != 0, absolute != 0);
 }
 
-template <typename T>
-using IndexRecord = typename CQXSorting<T>::qxSortIndexData;
-template <typename T>
-using AbsIndexRecord = typename CQXSorting<T>::qxSortAbsIndexData;
-
-/// Sorts @p n records made of the values and writes what is wanted of them; a null target is passed over.
-template <typename T, typename Record, typename MakeRecord, typename Key>
-void SortRecords(std::int32_t n, const T* source, T* target, std::int32_t* indices, std::int32_t ascending,
-                 MakeRecord makeRecord, Key key) {
-  const qxBlock<Record> records = qxMakeBlock<Record>(static_cast<std::size_t>(n));
-  if (records == nullptr) return;
-  Record* const record = records.get();
-  for (std::int32_t i = 0; i < n; ++i) record[i] = makeRecord(source[i], i);
-  Quicksort(record, 0, Index{n} - 1, key, ascending);
-  if (target != nullptr) {
-    for (std::int32_t i = 0; i < n; ++i) target[i] = record[i].value;
-  }
-  for (std::int32_t i = 0; i < n; ++i) indices[i] = record[i].index;
-}
-
+/// Nothing is written where memory is refused.
 template <typename T>
 void SortWithIndices(std::int32_t n, const T* source, T* target, std::int32_t* indices, std::int32_t ascending,
                      std::int32_t absolute) {
   if (source == nullptr || n <= 0) return;
-  if (absolute != 0 && std::is_signed_v<T>) {
-    using Record = AbsIndexRecord<T>;
-    SortRecords<T, Record>(
-        n, source, target, indices, ascending,
-        [](T value, std::int32_t i) {
-          return Record{value, Magnitude(value), i};
-        },
-        recordMagnitudeKey);
-  } else {
-    using Record = IndexRecord<T>;
-    SortRecords<T, Record>(
-        n, source, target, indices, ascending,
-        [](T value, std::int32_t i) {
-          return Record{value, i};
-        },
-        recordValueKey);
-  }
+  static_cast<void>(
+      qxKernels::SortWithIndices(qxElementCount(n), source, target, indices, ascending != 0, absolute != 0));
 }
 
 /// Whether low + tolerance < high, exactly; the tolerance may be negative.
@@ -152,9 +69,9 @@ constexpr bool IsBelowByMore(V low, V high, T tolerance) noexcept {
 }
 
 template <typename T, typename Key>
-std::int32_t AreNeighboursSorted(const T* array, Index first, Index last, T tolerance, std::int32_t ascending,
-                                 Key key) noexcept {
-  for (Index i = first; i < last; ++i) {
+std::int32_t AreNeighboursSorted(const T* array, std::ptrdiff_t first, std::ptrdiff_t last, T tolerance,
+                                 std::int32_t ascending, Key key) noexcept {
+  for (std::ptrdiff_t i = first; i < last; ++i) {
     const auto a = key(array[i]);
     const auto b = key(array[i + 1]);
     if constexpr (std::floating_point<T>) {
@@ -167,8 +84,8 @@ std::int32_t AreNeighboursSorted(const T* array, Index first, Index last, T tole
 }
 
 template <typename T>
-std::int32_t IsRangeSorted(const T* array, Index first, Index last, T tolerance, std::int32_t ascending,
-                           std::int32_t absolute) noexcept {
+std::int32_t IsRangeSorted(const T* array, std::ptrdiff_t first, std::ptrdiff_t last, T tolerance,
+                           std::int32_t ascending, std::int32_t absolute) noexcept {
   return absolute != 0 ? AreNeighboursSorted(array, first, last, tolerance, ascending, magnitudeKey)
                        : AreNeighboursSorted(array, first, last, tolerance, ascending, valueKey);
 }
@@ -191,12 +108,12 @@ struct KeyPair {
 };
 
 template <typename T, typename Key>
-void SortPairs(KeyPair<T>* pairs, Index n, T tolerance, std::int32_t ascending, Key key) noexcept {
+void SortPairs(KeyPair<T>* pairs, std::ptrdiff_t n, T tolerance, std::int32_t ascending, Key key) noexcept {
   const auto firstKey = [key](const KeyPair<T>& pair) noexcept { return key(pair.first); };
   const auto secondKey = [key](const KeyPair<T>& pair) noexcept { return key(pair.second); };
   Quicksort(pairs, 0, n - 1, firstKey, ascending);
-  for (Index run = 0; run < n;) {
-    Index end = run + 1;
+  for (std::ptrdiff_t run = 0; run < n;) {
+    std::ptrdiff_t end = run + 1;
     while (end < n && AreKeysWithin(firstKey(pairs[run]), firstKey(pairs[end]), tolerance)) ++end;
     Quicksort(pairs, run, end - 1, secondKey, ascending);
     run = end;
@@ -243,7 +160,7 @@ CQXSorting<T>& CQXSorting<T>::operator=(const CQXSorting& other) {
 
 template <typename T>
 void CQXSorting<T>::CopyFrom(std::int32_t n, const T* array) {
-  const std::size_t count = static_cast<std::size_t>(n);
+  const std::size_t count = qxElementCount(n);
   qxBlock<T> copy = qxMakeBlock<T>(count);  // before the old one goes: the source may stand in it
   if (copy != nullptr) std::copy_n(array, count, copy.get());
   m_copy = std::move(copy);
@@ -301,7 +218,7 @@ void CQXSorting<T>::Sort() {
 
 template <typename T>
 void CQXSorting<T>::Sort(std::int32_t first, std::int32_t last) {
-  SortValues(m_array, first, last, m_ascending, m_absolute);
+  SortRange(m_array, first, last, m_ascending, m_absolute);
 }
 
 template <typename T>
@@ -377,30 +294,30 @@ void qxSort(std::int32_t first, std::int32_t last, std::int32_t n, const T* sour
             std::int32_t absolute) {
   if (n <= 0) return;
   if (source != target) std::copy_n(source, n, target);
-  SortValues(target, first, last, ascending, absolute);
+  SortRange(target, first, last, ascending, absolute);
 }
 
 template <typename T>
 std::int32_t qxIsArraySorted(std::int32_t n, const T* array, qxNonDeduced<T> tolerance, std::int32_t ascending,
                              std::int32_t absolute) noexcept {
-  return IsRangeSorted(array, 0, Index{n} - 1, tolerance, ascending, absolute);
+  return IsRangeSorted(array, 0, std::ptrdiff_t{n} - 1, tolerance, ascending, absolute);
 }
 
 template <typename T>
 void qxSort2DArray(std::int32_t n, const T* source, T* target, qxNonDeduced<T> tolerance, std::int32_t firstKey,
                    std::int32_t ascending, std::int32_t absolute) {
   if (n <= 0) return;
-  const qxBlock<KeyPair<T>> block = qxMakeBlock<KeyPair<T>>(static_cast<std::size_t>(n));
+  const qxBlock<KeyPair<T>> block = qxMakeBlock<KeyPair<T>>(qxElementCount(n));
   if (block == nullptr) return;
   KeyPair<T>* const pairs = block.get();
-  const Index first = firstKey != 0 ? 1 : 0;
-  for (Index i = 0; i < n; ++i) pairs[i] = {source[2 * i + first], source[2 * i + 1 - first]};
+  const std::ptrdiff_t first = firstKey != 0 ? 1 : 0;
+  for (std::ptrdiff_t i = 0; i < n; ++i) pairs[i] = {source[2 * i + first], source[2 * i + 1 - first]};
   if (absolute != 0) {
     SortPairs(pairs, n, tolerance, ascending, magnitudeKey);
   } else {
     SortPairs(pairs, n, tolerance, ascending, valueKey);
   }
-  for (Index i = 0; i < n; ++i) {
+  for (std::ptrdiff_t i = 0; i < n; ++i) {
     target[2 * i + first] = pairs[i].first;
     target[2 * i + 1 - first] = pairs[i].second;
   }

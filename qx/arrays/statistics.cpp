@@ -1,6 +1,9 @@
+#include <qx/arrays/internal/goodness_of_fit.h>
+#include <qx/arrays/random.h>
 #include <qx/arrays/sorting.h>
 #include <qx/arrays/statistics.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/tolerance.h>
 
 #include <algorithm>
 #include <cmath>
@@ -49,6 +52,24 @@ CentralSums SumAboutMeans(std::int32_t n, const T* x, const T* y) noexcept {
   return sums;
 }
 
+constexpr qxSignificanceLevel allLevels[] = {QX_SIGNIFICANCE_20, QX_SIGNIFICANCE_10, QX_SIGNIFICANCE_5};
+
+/// 0, 1 or 3 for the first level that the test passes, 10 for none.
+template <typename Test>
+std::int32_t Score(Test passes) {
+  constexpr std::int32_t scores[] = {0, 1, 3};
+  for (const qxSignificanceLevel level : allLevels) {
+    if (passes(level)) return scores[level];
+  }
+  return 10;
+}
+
+qxStatisticalTest Grade(std::int32_t sum, std::int32_t doubtfulFrom) noexcept {
+  if (sum == 0) return QX_TEST_PASSED_STRICT;
+  if (sum < doubtfulFrom) return QX_TEST_PASSED;
+  return sum < 10 ? QX_TEST_DOUBTFUL : QX_TEST_FAILED;
+}
+
 }  // namespace
 
 template <qxReal T>
@@ -73,9 +94,8 @@ double CQXStatistics<T>::VarianceInDouble(double mean) const noexcept {
 
 template <qxReal T>
 double CQXStatistics<T>::DeviationInDouble(double mean) const noexcept {
-  constexpr double smallestVariance = 1e-6;
   const double variance = VarianceInDouble(mean);
-  return variance >= smallestVariance ? std::sqrt(variance) : 0;
+  return variance >= QX_PREDICATE_TOLERANCE<double> ? std::sqrt(variance) : 0;
 }
 
 template <qxReal T>
@@ -87,7 +107,7 @@ template <qxReal T>
 T CQXStatistics<T>::Median() const {
   constexpr T notANumber = std::numeric_limits<T>::quiet_NaN();
   if (m_size <= 0) return notANumber;
-  const qxBlock<T> copy = qxMakeBlock<T>(static_cast<std::size_t>(m_size));
+  const qxBlock<T> copy = qxMakeBlock<T>(qxElementCount(m_size));
   if (copy == nullptr) return notANumber;
   T* const begin = copy.get();
   T* const end = std::copy_n(m_data, m_size, begin);
@@ -245,6 +265,87 @@ template <qxReal T>
 void CQXStatistics<T>::GaussFiltering(std::int32_t width, std::int32_t first, std::int32_t last) {
   const double sigma = (width / 2) / 3.0;
   Smooth(width, first, last, [sigma](double d) { return std::exp(-0.5 * (d / sigma) * (d / sigma)); });
+}
+
+template <qxReal T>
+std::int32_t CQXStatistics<T>::KolmogorovSmirnovTest(T a, T b, qxSignificanceLevel level, std::int32_t kind) const {
+  const double c = level >= QX_SIGNIFICANCE_20 && level <= QX_SIGNIFICANCE_5 ? qxArrays::KolmogorovFactor(level) : 0;
+  return !(qxArrays::KolmogorovDistance(m_size, m_data, a, b, kind) > qxArrays::KolmogorovLimit(m_size, c));
+}
+
+template <qxReal T>
+std::int32_t CQXStatistics<T>::TestEquidistribution(T a, T b, qxSignificanceLevel level) const noexcept {
+  return !(qxArrays::EquidistributionChiSquare(m_size, m_data, a, b) > qxArrays::EquidistributionLimit(level));
+}
+
+template <qxReal T>
+std::int32_t CQXStatistics<T>::RunsUpAndDownTest(qxSignificanceLevel level) const noexcept {
+  return !(qxArrays::CountRuns(m_size, m_data) <= qxArrays::RunsLimit(m_size, level));
+}
+
+template <qxReal T>
+std::int32_t CQXStatistics<T>::TestNormalMean(T mean, qxSignificanceLevel level) const noexcept {
+  const double ownMean = MeanInDouble();
+  return !(std::abs(ownMean - mean) / DeviationInDouble(ownMean) > qxArrays::NormalQuantile(level));
+}
+
+template <qxReal T>
+std::int32_t CQXStatistics<T>::TestNormalVariance(T variance, qxSignificanceLevel level) const noexcept {
+  const double ownVariance = VarianceInDouble(MeanInDouble());
+  const double wz = std::sqrt(2 / (static_cast<double>(m_size) - 1)) * qxArrays::NormalQuantile(level);
+  return (1 - wz) * variance <= ownVariance && ownVariance <= (1 + wz) * variance;
+}
+
+template <qxReal T>
+std::int32_t CQXStatistics<T>::PermutationValue(std::int32_t k, const T* block) {
+  const std::int32_t count = std::max(k, 0);
+  const qxBlock<T> copy = qxMakeBlock<T>(qxElementCount(count));
+  if (copy == nullptr) return 0;
+  std::copy_n(block, count, copy.get());
+  return qxArrays::RankOrdering(count, copy.get());
+}
+
+template <qxReal T>
+std::int32_t CQXStatistics<T>::PermutationTest(std::int32_t k, qxSignificanceLevel level) const {
+  const double chiSquare = qxArrays::PermutationChiSquare(m_size, m_data, k);
+  return chiSquare == std::numeric_limits<double>::infinity() ? 0 : !(chiSquare > qxArrays::PermutationLimit(k, level));
+}
+
+template <qxReal T>
+qxStatisticalTest CQXStatistics<T>::TestNormality(T mean, T variance) const {
+  const double distance = qxArrays::KolmogorovDistance(m_size, m_data, mean, variance, 1);
+  const std::int32_t sum = Score([&](qxSignificanceLevel level) {
+                             return !(distance > qxArrays::KolmogorovLimit(m_size, qxArrays::KolmogorovFactor(level)));
+                           }) +
+                           Score([&](qxSignificanceLevel level) { return TestNormalMean(mean, level) != 0; }) +
+                           Score([&](qxSignificanceLevel level) { return TestNormalVariance(variance, level) != 0; });
+  return Grade(sum, 4);
+}
+
+template <qxReal T>
+qxStatisticalTest CQXStatistics<T>::TestUniformity(T a, T b) const {
+  const double distance = qxArrays::KolmogorovDistance(m_size, m_data, a, b, 0);
+  const double chiSquare = qxArrays::EquidistributionChiSquare(m_size, m_data, a, b);
+  const std::int32_t sum =
+      Score([&](qxSignificanceLevel level) {
+        return !(distance > qxArrays::KolmogorovLimit(m_size, qxArrays::KolmogorovFactor(level)));
+      }) +
+      Score([&](qxSignificanceLevel level) { return !(chiSquare > qxArrays::EquidistributionLimit(level)); });
+  return Grade(sum, 3);
+}
+
+template <qxReal T>
+qxStatisticalTest CQXStatistics<T>::TestRandomness() const {
+  CQXRandom<T> random;
+  random.SetAlgorithm(0);
+  random.SetRandomSeeds();
+  random.Initialize();
+  const std::int32_t k = random.GetIntegerNumber32(3, 6);
+  const double chiSquare = qxArrays::PermutationChiSquare(m_size, m_data, k);
+  const std::int32_t sum =
+      Score([&](qxSignificanceLevel level) { return RunsUpAndDownTest(level) != 0; }) +
+      Score([&](qxSignificanceLevel level) { return !(chiSquare > qxArrays::PermutationLimit(k, level)); });
+  return Grade(sum, 3);
 }
 
 template class CQXStatistics<float>;

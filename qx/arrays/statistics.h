@@ -54,7 +54,7 @@ class QX_API CQXStatistics {
   /// The middle element of the sorted array, or half the sum of the two middle ones. The array is not changed; O(n).
   ///
   /// With not-a-numbers among the elements it is the middle of what CQXSorting makes of them.
-  /// @return not a number for an empty array.
+  /// @return not a number for an empty array, and where memory was refused by a null.
   [[nodiscard]] T Median() const;
 
   /// Sample variance (sum of x^2 - n mean^2) / (n - 1) by the one-pass form.
@@ -187,9 +187,6 @@ class QX_API CQXStatistics {
   [[nodiscard]] double SumOfProducts(std::int32_t n, const T* other) const noexcept;
   [[nodiscard]] double VarianceInDouble(double mean) const noexcept;
   [[nodiscard]] double DeviationInDouble(double mean) const noexcept;
-  [[nodiscard]] double KolmogorovDistance(double a, double b, std::int32_t kind) const;
-  [[nodiscard]] double EquidistributionChiSquare(double a, double b) const noexcept;
-  [[nodiscard]] double PermutationChiSquare(std::int32_t k) const;
   template <typename Weight>
   void Smooth(std::int32_t width, std::int32_t first, std::int32_t last, Weight weight);
 

@@ -19,8 +19,9 @@ template <qxReal T>
 }
 
 /// An angle in degrees as radians in [-pi, pi): the form in which the rotations by Euler angles take their angles.
+/// @param tolerance as in qxWrapAngle(), of a number of turns
 template <qxReal T>
-[[nodiscard]] inline T qxWrappedRadians(T angleInDegrees) noexcept {
+[[nodiscard]] inline T qxWrappedRadians(T angleInDegrees, T tolerance = T(1e-9)) noexcept {
   constexpr T pi = std::numbers::pi_v<T>;
-  return qxWrapAngle(angleInDegrees * pi / 180, 2 * pi, T(1e-9));
+  return qxWrapAngle(angleInDegrees * pi / 180, 2 * pi, tolerance);
 }

@@ -84,6 +84,9 @@ template <typename T>
   return rows > 0 && columns > 0 ? static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns) : 0;
 }
 
+/// A count of the interface as a size; 0 when it is not positive.
+[[nodiscard]] constexpr std::size_t qxElementCount(std::int32_t count) noexcept { return qxElementCount(count, 1); }
+
 /// qxMakeBlock() for callers that cannot go on without the block: null becomes std::bad_alloc.
 template <typename T>
 [[nodiscard]] qxBlock<T> qxMakeBlockOrThrow(std::size_t count) {

@@ -24,11 +24,6 @@ T InDegrees(T radians) {
 }
 
 template <qxReal T>
-T WrappedRadians(T angleInDegrees) {
-  return qxWrapAngle(angleInDegrees * pi<T> / 180, 2 * pi<T>, QX_TOLERANCE<T>);
-}
-
-template <qxReal T>
 T Truncate(T x) {
   return static_cast<T>(qxToInt32(x));
 }
@@ -69,14 +64,14 @@ void CQXComplex<T>::SetInTrigForm(T magnitude, T angleInDegrees) noexcept {
 
 template <qxReal T>
 void CQXComplex<T>::CalculateAlgebrForm() noexcept {
-  const T radians = WrappedRadians(m_angle);
+  const T radians = qxWrappedRadians(m_angle, QX_TOLERANCE<T>);
   m_real = m_magnitude * std::cos(radians);
   m_imag = m_magnitude * std::sin(radians);
 }
 
 template <qxReal T>
 void CQXComplex<T>::FillTrigonForm() const noexcept {
-  const T square = m_real * m_real + m_imag * m_imag;
+  const T square = qxProduct(m_real, m_real) + qxProduct(m_imag, m_imag);
   if (IsWithinTolerance(square) != 0) {
     m_magnitude = 0;
     m_angle = 0;
@@ -90,15 +85,15 @@ void CQXComplex<T>::FillTrigonForm() const noexcept {
 template <qxReal T>
 T CQXComplex<T>::AngleInDegrees() const noexcept {
   if (m_trigCalculated != 0) return m_angle;
-  const T magnitude = qxGuardedSqrt(m_real * m_real + m_imag * m_imag);
+  const T magnitude = qxGuardedSqrt(qxProduct(m_real, m_real) + qxProduct(m_imag, m_imag));
   if (IsWithinTolerance(magnitude) != 0) return 0;
   return WithSideOf(m_imag, InDegrees(std::acos(m_real / magnitude)), T(360));
 }
 
 template <qxReal T>
 T CQXComplex<T>::AngleInRadians() const noexcept {
-  if (m_trigCalculated != 0) return WrappedRadians(m_angle);
-  const T magnitude = qxGuardedSqrt(m_real * m_real + m_imag * m_imag);
+  if (m_trigCalculated != 0) return qxWrappedRadians(m_angle, QX_TOLERANCE<T>);
+  const T magnitude = qxGuardedSqrt(qxProduct(m_real, m_real) + qxProduct(m_imag, m_imag));
   if (IsWithinTolerance(magnitude) != 0) return 0;
   return WithSideOf(m_imag, std::acos(m_real / magnitude), 2 * pi<T>);
 }

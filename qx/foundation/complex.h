@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/api.h>
+#include <qx/foundation/internal/rounded.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/tolerance.h>
 
@@ -79,12 +80,12 @@ class QX_API CQXComplex {
   /// the guarded root of real^2 + imag^2, 0 below the square of this object's precision.
   [[nodiscard]] T Magn() const noexcept {
     if (m_trigCalculated != 0) return m_magnitude;
-    return qxGuardedSqrt(m_real * m_real + m_imag * m_imag, m_precision * m_precision);
+    return qxGuardedSqrt(qxProduct(m_real, m_real) + qxProduct(m_imag, m_imag), m_precision * m_precision);
   }
 
   /// Square of the stored magnitude when the trigonometric form was calculated, otherwise real^2 + imag^2.
   [[nodiscard]] constexpr T SquareMagn() const noexcept {
-    return m_trigCalculated != 0 ? m_magnitude * m_magnitude : m_real * m_real + m_imag * m_imag;
+    return m_trigCalculated != 0 ? m_magnitude * m_magnitude : qxProduct(m_real, m_real) + qxProduct(m_imag, m_imag);
   }
 
   /// Angle in degrees: the stored one when the trigonometric form was calculated, otherwise in [0, 360); 0 for a number
@@ -151,13 +152,15 @@ class QX_API CQXComplex {
     return {m_real - b.m_real, m_imag - b.m_imag};
   }
   [[nodiscard]] constexpr CQXComplex operator*(const CQXComplex& b) const noexcept {
-    return {m_real * b.m_real - m_imag * b.m_imag, m_real * b.m_imag + m_imag * b.m_real};
+    return {qxProduct(m_real, b.m_real) - qxProduct(m_imag, b.m_imag),
+            qxProduct(m_real, b.m_imag) + qxProduct(m_imag, b.m_real)};
   }
   /// Quotient; both parts are QX_OVERFLOW_VALUE when SquareMagn() of the divisor is below QX_TOLERANCE.
   [[nodiscard]] constexpr CQXComplex operator/(const CQXComplex& b) const noexcept {
     const T square = b.SquareMagn();
     if (square < QX_TOLERANCE<T>) return {QX_OVERFLOW_VALUE<T>, QX_OVERFLOW_VALUE<T>};
-    return {(m_real * b.m_real + m_imag * b.m_imag) / square, (m_imag * b.m_real - m_real * b.m_imag) / square};
+    return {(qxProduct(m_real, b.m_real) + qxProduct(m_imag, b.m_imag)) / square,
+            (qxProduct(m_imag, b.m_real) - qxProduct(m_real, b.m_imag)) / square};
   }
 
   [[nodiscard]] constexpr CQXComplex operator+(T b) const noexcept { return {m_real + b, m_imag}; }
@@ -197,7 +200,7 @@ class QX_API CQXComplex {
   [[nodiscard]] T GuardedDistance(const CQXComplex& b) const noexcept {
     const T real = m_real - b.m_real;
     const T imag = m_imag - b.m_imag;
-    return qxGuardedSqrt(real * real + imag * imag, QX_TOLERANCE_SQUARED<T>);
+    return qxGuardedSqrt(qxProduct(real, real) + qxProduct(imag, imag), QX_TOLERANCE_SQUARED<T>);
   }
 
   constexpr CQXComplex& SetParts(const CQXComplex& b) noexcept {
@@ -221,7 +224,7 @@ class QX_API CQXComplex {
 /// precision of the object play no part; CQXComplex::Magn() uses both.
 template <qxReal T>
 [[nodiscard]] inline T qxAbs(const CQXComplex<T>& z) noexcept {
-  return qxGuardedSqrt(z.Real() * z.Real() + z.Imag() * z.Imag(), QX_TOLERANCE_SQUARED<T>);
+  return qxGuardedSqrt(qxProduct(z.Real(), z.Real()) + qxProduct(z.Imag(), z.Imag()), QX_TOLERANCE_SQUARED<T>);
 }
 
 /// 1 when the guarded distance of the parts is strictly below @p tolerance. Numbers closer than 3.16e-5

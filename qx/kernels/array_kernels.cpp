@@ -62,19 +62,21 @@ T Over(const T& a, const T& b) {
 /// The sum of term(i) for i below count, in the order told at Dot().
 template <typename T, typename Term>
 T PartialSums(std::size_t count, Term term) {
-  constexpr std::size_t width = 8;
-  if (count <= 2 * width) {
-    T sum = 0;
-    for (std::size_t i = 0; i < count; ++i) sum += term(i);
-    return sum;
-  }
+  constexpr std::size_t width = 16;
   T sums[width] = {};
+  if (count <= width) {
+    for (std::size_t i = 0; i < count; ++i) sums[0] += term(i);
+    return sums[0];
+  }
   const std::size_t whole = count - count % width;
   for (std::size_t i = 0; i < whole; i += width) {
     for (std::size_t j = 0; j < width; ++j) sums[j] += term(i + j);
   }
   for (std::size_t i = whole; i < count; ++i) sums[i - whole] += term(i);
-  return ((sums[0] + sums[4]) + (sums[2] + sums[6])) + ((sums[1] + sums[5]) + (sums[3] + sums[7]));
+  for (std::size_t half = width / 2; half > 0; half /= 2) {
+    for (std::size_t j = 0; j < half; ++j) sums[j] += sums[j + half];
+  }
+  return sums[0];
 }
 
 template <typename T, typename Value>

@@ -54,9 +54,8 @@ void Negation(std::size_t count, const T* a, T* target) noexcept;
 
 /// Sum of the products.
 ///
-/// Floating-point numbers: up to 16 elements in order; above, in eight partial sums (element i goes to sum i mod 8)
-/// that are folded in one fixed tree, so that the result depends on the length alone. Integers and complex numbers: in
-/// order.
+/// Floating-point numbers: up to 16 elements in order; above, in 16 partial sums (element i goes to sum i mod 16) that
+/// are folded by halves, so that the result depends on the length alone. Integers and complex numbers: in order.
 template <typename T>
 [[nodiscard]] T Dot(std::size_t count, const T* a, const T* b) noexcept;
 

@@ -2,17 +2,19 @@
 #include <qx/kernels/matrix_kernels.h>
 #include <qx/matrices/base_matrix.h>
 
+#include <functional>
 #include <iostream>
-#include <utility>
 
 namespace {
 
-std::size_t Size(std::int32_t n) { return qxElementCount(n, 1); }
-
-/// Assigns count elements with a stride, in ascending order.
+/// Assigns elements that may lie among those to be written as if all were read first; targetStride >= sourceStride.
 template <typename T>
-void CopyStrided(std::int32_t count, const T* source, std::size_t sourceStride, T* target, std::size_t targetStride) {
-  for (std::size_t i = 0; i < Size(count); ++i) target[i * targetStride] = source[i * sourceStride];
+void CopyStrided(std::size_t count, const T* source, std::size_t sourceStride, T* target, std::size_t targetStride) {
+  // An element that is written before its place behind the target, or after its place ahead of it, was read before.
+  std::size_t ahead = 0;
+  while (ahead < count && !std::less<const T*>()(source + ahead * sourceStride, target + ahead * targetStride)) ++ahead;
+  for (std::size_t i = 0; i < ahead; ++i) target[i * targetStride] = source[i * sourceStride];
+  for (std::size_t i = count; i > ahead; --i) target[(i - 1) * targetStride] = source[(i - 1) * sourceStride];
 }
 
 /// Writes the rows of the inclusive range, which lies inside the matrix, and an empty line.
@@ -30,54 +32,35 @@ void WritePart(std::ostream& stream, const CQXBaseMatrix<T>& m, std::int32_t fir
 }  // namespace
 
 template <typename T>
-CQXBaseMatrix<T>::CQXBaseMatrix(std::int32_t rows, std::int32_t columns, Unset) : m_rows(rows), m_columns(columns) {
-  const std::size_t count = qxElementCount(rows, columns);
-  if (count > 0) m_data = qxMakeBlock<T>(count);
-}
-
-template <typename T>
 CQXBaseMatrix<T>::CQXBaseMatrix(std::int32_t rows, std::int32_t columns) : CQXBaseMatrix(rows, columns, Unset()) {
-  SetToZero();
+  this->SetToZero();
 }
 
 template <typename T>
-CQXBaseMatrix<T> CQXBaseMatrix<T>::Shaped(std::size_t count) const {
-  CQXBaseMatrix result(0, 0, Unset());
-  result.m_rows = m_rows;
-  result.m_columns = m_columns;
-  if (count > 0) result.m_data = qxMakeBlock<T>(count);
-  return result;
-}
+CQXBaseMatrix<T>::CQXBaseMatrix(const CQXBaseMatrix& other) = default;
 
 template <typename T>
-CQXBaseMatrix<T>::CQXBaseMatrix(const CQXBaseMatrix& other) : CQXBaseMatrix(other.Shaped(other.Count())) {
-  qxKernels::Copy(Count(), other.Data(), Data());
-}
-
-template <typename T>
-CQXBaseMatrix<T>::CQXBaseMatrix(CQXBaseMatrix&& other) noexcept
-    : m_rows(std::exchange(other.m_rows, 0)),
-      m_columns(std::exchange(other.m_columns, 0)),
-      m_data(std::move(other.m_data)) {}
+CQXBaseMatrix<T>::CQXBaseMatrix(CQXBaseMatrix&& other) noexcept = default;
 
 template <typename T>
 CQXBaseMatrix<T>::~CQXBaseMatrix() = default;
 
 template <typename T>
 CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator=(const CQXBaseMatrix& other) {
-  if (this != &other) qxKernels::Copy(CountWith(other), other.Data(), Data());
+  Array::Assign(other);
+  return *this;
+}
+
+template <typename T>
+CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator=(CQXBaseMatrix&& other) noexcept {
+  Array::Assign(static_cast<Array&&>(other));
   return *this;
 }
 
 template <typename T>
 CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator*=(T factor) noexcept {
-  Mul(factor);
+  this->Mul(factor);
   return *this;
-}
-
-template <typename T>
-void CQXBaseMatrix<T>::SetToZero() noexcept {
-  qxKernels::SetToZero(Count(), Data());
 }
 
 template <typename T>
@@ -87,14 +70,16 @@ void CQXBaseMatrix<T>::SetConstant(T value) noexcept {
 
 template <typename T>
 void CQXBaseMatrix<T>::SetDiagonal(T value) noexcept {
-  SetToZero();
+  this->SetToZero();
   for (std::int32_t i = 0; i < DiagonalCount(); ++i) (*this)(i, i) = value;
 }
 
 template <typename T>
 CQXBaseVector<T> CQXBaseMatrix<T>::Diagonal() const {
   CQXBaseVector<T> diagonal(DiagonalCount());
-  if (diagonal.Data() != nullptr) CopyStrided(diagonal.Dim(), Data(), Size(m_columns) + 1, diagonal.Data(), 1);
+  if (diagonal.Data() != nullptr) {
+    for (std::int32_t i = 0; i < diagonal.Dim(); ++i) diagonal[i] = (*this)(i, i);
+  };
   return diagonal;
 }
 
@@ -106,33 +91,24 @@ T CQXBaseMatrix<T>::Trace() const noexcept {
 }
 
 template <typename T>
-void CQXBaseMatrix<T>::Fill(const T* source) noexcept {
-  qxKernels::Copy(Count(), source, Data());
-}
-
-template <typename T>
-void CQXBaseMatrix<T>::Dump(T* target) const noexcept {
-  qxKernels::Copy(Count(), Data(), target);
-}
-
-template <typename T>
 void CQXBaseMatrix<T>::Row(std::int32_t r, T* target) const noexcept {
-  if (Count() > 0) qxKernels::Copy(Size(m_columns), Data() + Position(r, 0), target);
+  if (Count() > 0) qxKernels::Copy(qxElementCount(m_columns), Data() + Position(r, 0), target);
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::Column(std::int32_t c, T* target) const noexcept {
-  if (Count() > 0) CopyStrided(m_rows, Data() + c, Size(m_columns), target, 1);
+  if (Count() == 0) return;
+  for (std::int32_t r = 0; r < m_rows; ++r) target[r] = (*this)(r, c);
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetRow(std::int32_t r, const T* source) noexcept {
-  if (Count() > 0) qxKernels::Copy(Size(m_columns), source, Data() + Position(r, 0));
+  if (Count() > 0) CopyStrided(qxElementCount(m_columns), source, 1, Data() + Position(r, 0), 1);
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetColumn(std::int32_t c, const T* source) noexcept {
-  if (Count() > 0) CopyStrided(m_rows, source, 1, Data() + c, Size(m_columns));
+  if (Count() > 0) CopyStrided(qxElementCount(m_rows), source, 1, Data() + c, qxElementCount(m_columns));
 }
 
 template <typename T>
@@ -153,7 +129,7 @@ template <typename T>
 void CQXBaseMatrix<T>::CopyPartRow(std::int32_t row, std::int32_t column, std::int32_t count, std::int32_t sourceRow,
                                    std::int32_t sourceColumn, const CQXBaseMatrix& source) noexcept {
   if (count <= 0 || CountWith(source) == 0) return;
-  qxKernels::Copy(Size(count), &source(sourceRow, sourceColumn), &(*this)(row, column));
+  CopyStrided(qxElementCount(count), &source(sourceRow, sourceColumn), 1, &(*this)(row, column), 1);
 }
 
 template <typename T>
@@ -161,21 +137,23 @@ void CQXBaseMatrix<T>::CopyPartColumn(std::int32_t column, std::int32_t row, std
                                       std::int32_t sourceColumn, std::int32_t sourceRow,
                                       const CQXBaseMatrix& source) noexcept {
   if (count <= 0 || CountWith(source) == 0) return;
-  CopyStrided(count, &source(sourceRow, sourceColumn), Size(source.m_columns), &(*this)(row, column), Size(m_columns));
+  const T* const from = &source(sourceRow, sourceColumn);
+  T* const to = &(*this)(row, column);
+  CopyStrided(qxElementCount(count), from, qxElementCount(source.m_columns), to, qxElementCount(m_columns));
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetPartRowVector(std::int32_t row, std::int32_t column, std::int32_t count,
                                         std::int32_t vectorStart, const CQXBaseVector<T>& vector) noexcept {
   if (count <= 0 || Count() == 0 || vector.Data() == nullptr) return;
-  qxKernels::Copy(Size(count), vector.Data() + vectorStart, &(*this)(row, column));
+  qxKernels::Copy(qxElementCount(count), vector.Data() + vectorStart, &(*this)(row, column));
 }
 
 template <typename T>
 void CQXBaseMatrix<T>::SetPartColVector(std::int32_t column, std::int32_t row, std::int32_t count,
                                         std::int32_t vectorStart, const CQXBaseVector<T>& vector) noexcept {
   if (count <= 0 || Count() == 0 || vector.Data() == nullptr) return;
-  CopyStrided(count, vector.Data() + vectorStart, 1, &(*this)(row, column), Size(m_columns));
+  CopyStrided(qxElementCount(count), vector.Data() + vectorStart, 1, &(*this)(row, column), qxElementCount(m_columns));
 }
 
 /// Calls visit(position in the block, index in the flat array) for the positions of the rectangle inside the block, in
@@ -228,82 +206,10 @@ void CQXBaseMatrix<T>::PrintPartOfMatrix(std::int32_t firstRow, std::int32_t fir
 }
 
 template <typename T>
-void CQXBaseMatrix<T>::Add(const CQXBaseMatrix& m) noexcept {
-  qxKernels::Add(CountWith(m), Data(), m.Data());
-}
-
-template <typename T>
-void CQXBaseMatrix<T>::Sub(const CQXBaseMatrix& m) noexcept {
-  qxKernels::Subtract(CountWith(m), Data(), m.Data());
-}
-
-template <typename T>
-void CQXBaseMatrix<T>::Mul(T factor) noexcept {
-  qxKernels::Multiply(Count(), Data(), factor);
-}
-
-template <typename T>
-void CQXBaseMatrix<T>::Div(T divisor) noexcept {
-  qxKernels::Divide(Count(), Data(), divisor);
-}
-
-template <typename T>
-CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator+=(const CQXBaseMatrix& m) noexcept {
-  Add(m);
-  return *this;
-}
-
-template <typename T>
-CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator-=(const CQXBaseMatrix& m) noexcept {
-  Sub(m);
-  return *this;
-}
-
-template <typename T>
-CQXBaseMatrix<T>& CQXBaseMatrix<T>::operator/=(T divisor) noexcept {
-  Div(divisor);
-  return *this;
-}
-
-template <typename T>
-CQXBaseMatrix<T> CQXBaseMatrix<T>::operator+(const CQXBaseMatrix& m) const {
-  CQXBaseMatrix result = Shaped(CountWith(m));
-  qxKernels::Sum(result.Count(), Data(), m.Data(), result.Data());
-  return result;
-}
-
-template <typename T>
-CQXBaseMatrix<T> CQXBaseMatrix<T>::operator-(const CQXBaseMatrix& m) const {
-  CQXBaseMatrix result = Shaped(CountWith(m));
-  qxKernels::Difference(result.Count(), Data(), m.Data(), result.Data());
-  return result;
-}
-
-template <typename T>
-CQXBaseMatrix<T> CQXBaseMatrix<T>::operator*(T factor) const {
-  CQXBaseMatrix result = Shaped(Count());
-  qxKernels::Product(result.Count(), Data(), factor, result.Data());
-  return result;
-}
-
-template <typename T>
-CQXBaseMatrix<T> CQXBaseMatrix<T>::operator/(T divisor) const {
-  CQXBaseMatrix result = Shaped(Count());
-  qxKernels::Quotient(result.Count(), Data(), divisor, result.Data());
-  return result;
-}
-
-template <typename T>
-CQXBaseMatrix<T> CQXBaseMatrix<T>::Negate() const {
-  CQXBaseMatrix result = Shaped(Count());
-  qxKernels::Negation(result.Count(), Data(), result.Data());
-  return result;
-}
-
-template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::Transpose() const {
   CQXBaseMatrix result(m_columns, m_rows, Unset());
-  if (Count() > 0 && result.Count() > 0) qxKernels::Transpose(Size(m_rows), Size(m_columns), Data(), result.Data());
+  if (Count() > 0 && result.Count() > 0)
+    qxKernels::Transpose(qxElementCount(m_rows), qxElementCount(m_columns), Data(), result.Data());
   return result;
 }
 
@@ -311,8 +217,9 @@ template <typename T>
 CQXBaseMatrix<T> CQXBaseMatrix<T>::operator*(const CQXBaseMatrix& m) const {
   CQXBaseMatrix result(m_rows, m.m_columns, Unset());
   if (result.Count() > 0) {
-    const std::size_t depth = Data() != nullptr && m.Data() != nullptr ? Size(m_columns) : 0;
-    qxKernels::MultiplyMatrices(Size(m_rows), depth, Size(m.m_columns), Data(), m.Data(), result.Data());
+    const std::size_t depth = CountWith(m) > 0 && m.m_rows >= m_columns ? qxElementCount(m_columns) : 0;
+    qxKernels::MultiplyMatrices(qxElementCount(m_rows), depth, qxElementCount(m.m_columns), Data(), m.Data(),
+                                result.Data());
   }
   return result;
 }
@@ -321,20 +228,11 @@ template <typename T>
 CQXBaseVector<T> CQXBaseMatrix<T>::operator*(const CQXBaseVector<T>& v) const {
   CQXBaseVector<T> result(m_rows);
   if (result.Data() != nullptr) {
-    const std::size_t depth = Data() != nullptr && v.Data() != nullptr ? Size(m_columns) : 0;
-    qxKernels::MultiplyMatrixByVector(Size(m_rows), depth, Data(), v.Data(), result.Data());
+    const std::size_t depth =
+        Count() > 0 && v.Data() != nullptr && v.Dim() >= m_columns ? qxElementCount(m_columns) : 0;
+    qxKernels::MultiplyMatrixByVector(qxElementCount(m_rows), depth, Data(), v.Data(), result.Data());
   }
   return result;
-}
-
-template <typename T>
-std::int32_t CQXBaseMatrix<T>::operator==(const CQXBaseMatrix& m) const noexcept {
-  return m_rows == m.m_rows && m_columns == m.m_columns && !qxKernels::AreDifferent(CountWith(m), Data(), m.Data());
-}
-
-template <typename T>
-std::int32_t CQXBaseMatrix<T>::operator!=(const CQXBaseMatrix& m) const noexcept {
-  return 1 - (*this == m);
 }
 
 template <typename T>

@@ -1,22 +1,30 @@
 #pragma once
 
 #include <qx/vectors/base_vector.h>
+#include <qx/vectors/dynamic_array.h>
 
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
 #include <iosfwd>
+#include <utility>
 
 /// Run-time-sized matrix: storage and element-wise arithmetic, for float, double, CQXComplex<float> and
 /// CQXComplex<double>.
 ///
-/// A matrix owns one contiguous row-major block: element (r, c) lies at r x ColsNb() + c. Its sizes never change.
-/// Assignment copies as many elements as the left side has, as a flat array, without comparing shapes: the right side
-/// must have as many. In every operation of two matrices the sizes come from the left one. Indices count from 0 and are
-/// not tested, except where an operation says so.
+/// A matrix owns one contiguous row-major block: element (r, c) lies at r x ColsNb() + c. CQXDynamicArray tells how
+/// assignment, element-wise arithmetic and copies of complex numbers go: over the flat arrays, without comparing
+/// shapes. The sizes of a matrix that was not moved from never change. Indices count from 0 and are not tested, except
+/// where an operation says so.
 ///
-/// Copies of complex elements go through the assignment of CQXComplex, which keeps a close old value; results of
-/// arithmetic are exact. Distinct matrices may be used from different threads.
+/// Distinct matrices may be used from different threads.
 template <typename T>
-class QX_API CQXBaseMatrix {
+class QX_API CQXBaseMatrix : public CQXDynamicArray<T> {
+  using Array = CQXDynamicArray<T>;
+
  public:
+  using Array::Data;
+
   /// Zero matrix. When memory is refused by a null, the sizes are set and the matrix holds no elements: every operation
   /// but element access then does nothing; operations with it on the right find no elements there.
   CQXBaseMatrix(std::int32_t rows, std::int32_t columns);
@@ -26,21 +34,25 @@ class QX_API CQXBaseMatrix {
   template <std::same_as<T> Element>
   CQXBaseMatrix(std::int32_t rows, std::int32_t columns, const Element* source)
       : CQXBaseMatrix(rows, columns, Unset()) {
-    Fill(source);
+    this->Fill(source);
   }
   /// Copies size x size elements of @p source, row-major.
   template <std::same_as<T> Element>
   CQXBaseMatrix(std::int32_t size, const Element* source) : CQXBaseMatrix(size, size, source) {}
   /// Deep copy.
   CQXBaseMatrix(const CQXBaseMatrix& other);
-  /// Takes the block over and leaves @p other with 0 rows and columns.
+  /// Takes the block over and leaves @p other with 0 rows and columns, ready to take those of what is next assigned to
+  /// it.
   CQXBaseMatrix(CQXBaseMatrix&& other) noexcept;
 
   virtual ~CQXBaseMatrix();
 
-  /// Copies the elements; the sizes stay. There is no move assignment.
+  /// Copies as many elements as both have; the sizes stay. A matrix that was moved from becomes a deep copy.
   virtual CQXBaseMatrix& operator=(const CQXBaseMatrix& other);
   virtual CQXBaseMatrix& operator*=(T factor) noexcept;
+  /// As the copying assignment, and @p other keeps its elements. A matrix that was moved from takes sizes and block
+  /// over.
+  virtual CQXBaseMatrix& operator=(CQXBaseMatrix&& other) noexcept;
 
   [[nodiscard]] std::int32_t RowsNb() const noexcept { return m_rows; }
   [[nodiscard]] std::int32_t ColsNb() const noexcept { return m_columns; }
@@ -48,19 +60,11 @@ class QX_API CQXBaseMatrix {
 
   [[nodiscard]] T& operator()(std::int32_t r, std::int32_t c) noexcept { return Data()[Position(r, c)]; }
   [[nodiscard]] const T& operator()(std::int32_t r, std::int32_t c) const noexcept { return Data()[Position(r, c)]; }
-  /// Element @p i of the flat row-major block.
-  [[nodiscard]] T& operator[](std::int32_t i) noexcept { return Data()[i]; }
-  [[nodiscard]] const T& operator[](std::int32_t i) const noexcept { return Data()[i]; }
-  /// The block, row-major; null when it has no elements and where memory was refused.
-  [[nodiscard]] T* Data() noexcept { return m_data.get(); }
-  [[nodiscard]] const T* Data() const noexcept { return m_data.get(); }
 
   void SetElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) = value; }
   void MulElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) *= value; }
   void AddToElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) += value; }
 
-  /// Resets all elements to 0.
-  void SetToZero() noexcept;
   /// All elements := @p value.
   void SetConstant(T value) noexcept;
   /// All elements := 0, then the diagonal := @p value.
@@ -71,16 +75,13 @@ class QX_API CQXBaseMatrix {
   /// Sum of the diagonal; 0 if there is none.
   [[nodiscard]] T Trace() const noexcept;
 
-  /// Takes all elements from @p source, row-major.
-  void Fill(const T* source) noexcept;
-  /// Copies all elements to @p target, row-major.
-  void Dump(T* target) const noexcept;
-
   /// Copies row @p r to @p target, ColsNb() elements.
   void Row(std::int32_t r, T* target) const noexcept;
   /// Copies column @p c to @p target, RowsNb() elements.
   void Column(std::int32_t c, T* target) const noexcept;
+  /// Takes row @p r from @p source, which may lie in this matrix: all of it is read before anything is written.
   void SetRow(std::int32_t r, const T* source) noexcept;
+  /// Takes column @p c from @p source, RowsNb() elements, which may lie in this matrix as for SetRow().
   void SetColumn(std::int32_t c, const T* source) noexcept;
   [[nodiscard]] CQXBaseVector<T> RowVector(std::int32_t r) const;
   [[nodiscard]] CQXBaseVector<T> ColVector(std::int32_t c) const;
@@ -91,7 +92,8 @@ class QX_API CQXBaseMatrix {
     if (v.Data() != nullptr) SetColumn(c, v.Data());
   }
 
-  // Parts of rows and columns. Nothing is tested; a count of 0 or less does nothing.
+  // Parts of rows and columns. Nothing is tested; a count of 0 or less does nothing. Within one matrix all elements
+  // are read before the first is written.
 
   /// this(row, column + i) := source(sourceRow, sourceColumn + i) for i from 0 below @p count.
   void CopyPartRow(std::int32_t row, std::int32_t column, std::int32_t count, std::int32_t sourceRow,
@@ -124,45 +126,51 @@ class QX_API CQXBaseMatrix {
   void PrintPartOfMatrix(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow,
                          std::int32_t lastColumn) const;
 
-  void Add(const CQXBaseMatrix& m) noexcept;
-  void Sub(const CQXBaseMatrix& m) noexcept;
-  void Mul(T factor) noexcept;
-  /// Plain division; complex elements overflow to QX_OVERFLOW_VALUE for a divisor of almost zero.
-  void Div(T divisor) noexcept;
-  CQXBaseMatrix& operator+=(const CQXBaseMatrix& m) noexcept;
-  CQXBaseMatrix& operator-=(const CQXBaseMatrix& m) noexcept;
-  CQXBaseMatrix& operator/=(T divisor) noexcept;
+  void Add(const CQXBaseMatrix& m) noexcept { Array::AddArray(m); }
+  void Sub(const CQXBaseMatrix& m) noexcept { Array::SubtractArray(m); }
+  CQXBaseMatrix& operator+=(const CQXBaseMatrix& m) noexcept {
+    Add(m);
+    return *this;
+  }
+  CQXBaseMatrix& operator-=(const CQXBaseMatrix& m) noexcept {
+    Sub(m);
+    return *this;
+  }
+  /// As Div(); @p divisor may be an element of this matrix.
+  CQXBaseMatrix& operator/=(T divisor) noexcept {
+    Array::Div(divisor);
+    return *this;
+  }
 
-  [[nodiscard]] CQXBaseMatrix operator+(const CQXBaseMatrix& m) const;
-  [[nodiscard]] CQXBaseMatrix operator-(const CQXBaseMatrix& m) const;
-  [[nodiscard]] CQXBaseMatrix operator*(T factor) const;
-  [[nodiscard]] CQXBaseMatrix operator/(T divisor) const;
-  [[nodiscard]] CQXBaseMatrix Negate() const;
+  [[nodiscard]] CQXBaseMatrix operator+(const CQXBaseMatrix& m) const { return CQXBaseMatrix(Array::Sum(m)); }
+  [[nodiscard]] CQXBaseMatrix operator-(const CQXBaseMatrix& m) const { return CQXBaseMatrix(Array::Difference(m)); }
+  [[nodiscard]] CQXBaseMatrix operator*(T factor) const { return CQXBaseMatrix(Array::Product(factor)); }
+  [[nodiscard]] CQXBaseMatrix operator/(T divisor) const { return CQXBaseMatrix(Array::Quotient(divisor)); }
+  [[nodiscard]] CQXBaseMatrix Negate() const { return CQXBaseMatrix(Array::Negation()); }
   [[nodiscard]] CQXBaseMatrix Transpose() const;
   /// Matrix product, RowsNb() x m.ColsNb(). Each element is the sum over k, ascending, from zero, in the element type.
-  /// @p m must have ColsNb() rows.
+  /// @p m must have ColsNb() rows; with fewer of them the product is zero.
   [[nodiscard]] CQXBaseMatrix operator*(const CQXBaseMatrix& m) const;
-  /// Product with a column vector of ColsNb() elements; each element is the sum over k, ascending, from zero.
+  /// Product with a column vector of ColsNb() elements; each element is the sum over k, ascending, from zero. With a
+  /// shorter vector the product is zero.
   [[nodiscard]] CQXBaseVector<T> operator*(const CQXBaseVector<T>& v) const;
 
   /// 1 when the sizes are the same and no pair of elements differs, by the rule of the same operator of CQXBaseVector.
-  [[nodiscard]] std::int32_t operator==(const CQXBaseMatrix& m) const noexcept;
+  [[nodiscard]] std::int32_t operator==(const CQXBaseMatrix& m) const noexcept {
+    return m_rows == m.m_rows && m_columns == m.m_columns && !Array::Differs(m);
+  }
   /// 1 - (this == m).
-  [[nodiscard]] std::int32_t operator!=(const CQXBaseMatrix& m) const noexcept;
+  [[nodiscard]] std::int32_t operator!=(const CQXBaseMatrix& m) const noexcept { return 1 - (*this == m); }
 
  protected:
-  /// Tag of the constructor that leaves the elements unset.
-  struct Unset {};
-  CQXBaseMatrix(std::int32_t rows, std::int32_t columns, Unset);
-  /// A matrix of the same sizes with its @p count elements unset; without a block for none.
-  [[nodiscard]] CQXBaseMatrix Shaped(std::size_t count) const;
+  using Array::Count;
+  using Array::CountWith;
+  using Array::m_columns;
+  using Array::m_rows;
+  using typename Array::Unset;
 
-  /// Number of elements that the block holds: none when memory was refused.
-  [[nodiscard]] std::size_t Count() const noexcept { return m_data != nullptr ? qxElementCount(m_rows, m_columns) : 0; }
-  /// Number of elements that an operation with @p m on the right reaches: none when memory was refused to either.
-  [[nodiscard]] std::size_t CountWith(const CQXBaseMatrix& m) const noexcept {
-    return m.m_data != nullptr ? Count() : 0;
-  }
+  CQXBaseMatrix(std::int32_t rows, std::int32_t columns, Unset) : Array(rows, columns, Unset()) {}
+
   [[nodiscard]] std::size_t Position(std::int32_t r, std::int32_t c) const noexcept {
     return static_cast<std::size_t>(r) * static_cast<std::size_t>(m_columns) + static_cast<std::size_t>(c);
   }
@@ -172,13 +180,10 @@ class QX_API CQXBaseMatrix {
   }
 
  private:
+  explicit CQXBaseMatrix(Array&& array) noexcept : Array(std::move(array)) {}
   template <typename Visitor>
   void VisitPart(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow, std::int32_t lastColumn,
                  std::int32_t byRows, Visitor visit) const noexcept;
-
-  std::int32_t m_rows;
-  std::int32_t m_columns;
-  qxBlock<T> m_data;
 };
 
 /// Writes the whole matrix in the form of PrintPartOfMatrix().

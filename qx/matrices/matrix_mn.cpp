@@ -60,6 +60,29 @@ CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(const CQXMatrixMN& other) {
 }
 
 template <qxReal T>
+CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(Base&& other) noexcept {
+  if (this == &other) return *this;
+  Base::operator=(std::move(other));
+  ForgetResults();
+  return *this;
+}
+
+template <qxReal T>
+CQXMatrixMN<T>& CQXMatrixMN<T>::operator=(CQXMatrixMN&& other) noexcept {
+  if (this == &other) return *this;
+  const bool hasSameShape = this->RowsNb() == other.RowsNb() && this->ColsNb() == other.ColsNb();
+  const bool takesResults = this->IsMovedFrom() || hasSameShape;
+  Base::operator=(static_cast<Base&&>(other));
+  ForgetResults();
+  if (takesResults) {
+    m_rank = other.m_rank;
+    m_singularNumbers = std::move(other.m_singularNumbers);
+    m_singularFlag = std::exchange(other.m_singularFlag, 0);
+  }
+  return *this;
+}
+
+template <qxReal T>
 void CQXMatrixMN<T>::GetSingularNumbers(T* target) const noexcept {
   if (m_singularFlag != 0) qxKernels::Copy(Size(SingularCount()), m_singularNumbers.get(), target);
 }
@@ -281,9 +304,9 @@ std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, T tolerance) const {
   if (this->IsSquare() == 0) return 0;
   CQXMatrixMN inverse(size);
   if (!IsHeld() || !inverse.IsHeld()) return 0;
-  const bool isInverted =
-      size == 4 ? qxInvertInClosedForm(size, Data(), inverse.Data(), tolerance) == 0
-                : qxMatrices::InvertBySingularValues(Size(size), Data(), qxMatrices::fixedBound<T>, inverse.Data());
+  const bool isInverted = size == 4 ? qxInvertInClosedForm(size, Data(), inverse.Data(), tolerance) == 0
+                                    : qxMatrices::InvertBySingularValues(Size(size), Data(), qxMatrices::fixedBound<T>,
+                                                                         inverse.Data()) == qxMatrices::Inversion::done;
   if (isInverted) target.TakeResult(size, size, inverse.Data());
   return isInverted;
 }

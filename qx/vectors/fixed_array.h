@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/internal/rounded.h>
 #include <qx/foundation/internal/unroll.h>
 #include <qx/foundation/tolerance.h>
 
@@ -42,7 +43,7 @@ class CQXFixedArray {
     return Make([&](std::size_t i) { return At(i) - b.Data()[i]; });
   }
   [[nodiscard]] constexpr Derived operator*(T factor) const noexcept {
-    return Make([&](std::size_t i) { return At(i) * factor; });
+    return Make([&](std::size_t i) { return qxProduct(At(i), factor); });
   }
   [[nodiscard]] friend constexpr Derived operator*(T factor, const Derived& a) noexcept { return a * factor; }
   /// Each element divided by @p divisor, without a test.

@@ -51,7 +51,7 @@ class CQXFixedVector : public CQXFixedArray<Derived, T, N> {
 
   /// Sum of this[i] v[i].
   [[nodiscard]] constexpr T Dot(const Derived& v) const noexcept {
-    return qxUnrolledSum<N>([&](std::size_t i) { return At(i) * v.Data()[i]; });
+    return qxUnrolledSum<N>([&](std::size_t i) { return qxProduct(At(i), v.Data()[i]); });
   }
 
   /// Guarded Euclidean length.

@@ -50,8 +50,8 @@ class QX_API CQXVector3 : public CQXFixedVector<CQXVector3<T>, T, 3> {
 
   /// Right-handed cross product.
   [[nodiscard]] constexpr CQXVector3 Cross(const CQXVector3& v) const noexcept {
-    return {m_c[1] * v.m_c[2] - m_c[2] * v.m_c[1], m_c[2] * v.m_c[0] - m_c[0] * v.m_c[2],
-            m_c[0] * v.m_c[1] - m_c[1] * v.m_c[0]};
+    const auto minor = [&](int i, int j) { return qxProduct(m_c[i], v.m_c[j]) - qxProduct(m_c[j], v.m_c[i]); };
+    return {minor(1, 2), minor(2, 0), minor(0, 1)};
   }
 
   /// Finds alpha, beta and gamma with alpha a + beta b + gamma c = this, by CQXAlgebra::Solve3x3System.

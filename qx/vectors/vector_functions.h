@@ -59,7 +59,7 @@ template <qxRealVector V>
     return (a - b).SquareLength();
   } else {
     qxElementOf<V> sum = 0;
-    for (std::int32_t i = 0; i < a.Dim(); ++i) sum += (a[i] - b[i]) * (a[i] - b[i]);
+    for (std::int32_t i = 0; i < a.Dim(); ++i) sum += qxProduct(a[i] - b[i], a[i] - b[i]);
     return sum;
   }
 }
@@ -88,7 +88,7 @@ template <qxReal T>
 /// a.x b.y - a.y b.x: positive when @p b lies counter-clockwise of @p a.
 template <qxReal T>
 [[nodiscard]] constexpr T qxCross2D(const CQXVector2<T>& a, const CQXVector2<T>& b) noexcept {
-  return a.X() * b.Y() - a.Y() * b.X();
+  return qxProduct(a.X(), b.Y()) - qxProduct(a.Y(), b.X());
 }
 
 /// a . (b x c), the signed volume of the parallelepiped.
@@ -117,7 +117,7 @@ template <typename T>
 [[nodiscard]] T qxPartialDotProduct(std::int32_t firstA, std::int32_t firstB, std::int32_t count,
                                     const CQXBaseVector<T>& a, const CQXBaseVector<T>& b) noexcept {
   T sum = 0;
-  for (std::int32_t i = 0; i < count; ++i) sum += a[firstA + i] * b[firstB + i];
+  for (std::int32_t i = 0; i < count; ++i) sum += qxProduct(a[firstA + i], b[firstB + i]);
   return sum;
 }
 
@@ -239,8 +239,8 @@ template <qxFixedVector V>
   T sum = 0;
   qxUnroll<n>([&](std::size_t i) {
     qxUnroll<n>([&](std::size_t j) {
-      const T minor = a.Data()[i] * b.Data()[j] - a.Data()[j] * b.Data()[i];
-      if (i < j) sum += minor * minor;
+      const T minor = qxProduct(a.Data()[i], b.Data()[j]) - qxProduct(a.Data()[j], b.Data()[i]);
+      if (i < j) sum += qxProduct(minor, minor);
     });
   });
   return qxGuardedSqrt(sum, QX_TOLERANCE_SQUARED<T>) / (a.Length() * b.Length());

@@ -2,6 +2,7 @@
 #include <qx/vectors/vector_n.h>
 
 #include <cmath>
+#include <utility>
 
 template <qxReal T>
 CQXVectorN<T>::~CQXVectorN() = default;
@@ -15,6 +16,18 @@ CQXVectorN<T>& CQXVectorN<T>::operator=(const Base& other) {
 template <qxReal T>
 CQXVectorN<T>& CQXVectorN<T>::operator=(const CQXVectorN& other) {
   Base::operator=(other);
+  return *this;
+}
+
+template <qxReal T>
+CQXVectorN<T>& CQXVectorN<T>::operator=(Base&& other) noexcept {
+  Base::operator=(std::move(other));
+  return *this;
+}
+
+template <qxReal T>
+CQXVectorN<T>& CQXVectorN<T>::operator=(CQXVectorN&& other) noexcept {
+  Base::operator=(static_cast<Base&&>(other));
   return *this;
 }
 

@@ -26,10 +26,12 @@ class QX_API CQXVectorN : public CQXBaseVector<T> {
 
   ~CQXVectorN() override;
 
-  /// Copies Dim() elements; the dimension stays.
+  // Assignment is that of CQXBaseVector.
+
   CQXVectorN& operator=(const Base& other) override;
-  /// Copies Dim() elements; the dimension stays.
   virtual CQXVectorN& operator=(const CQXVectorN& other);
+  CQXVectorN& operator=(Base&& other) noexcept override;
+  CQXVectorN& operator=(CQXVectorN&& other) noexcept;
 
   [[nodiscard]] CQXVectorN operator+(const Base& v) const { return Base::operator+(v); }
   [[nodiscard]] CQXVectorN operator-(const Base& v) const { return Base::operator-(v); }

@@ -45,12 +45,10 @@ class Sorting : public ::testing::Test {
     return absolute ? std::fabs(key) : key;
   }
 
-  /// Quicksort by the book: both sides by recursion.
-  static void SortModel(KeyAndPlace* model, std::int32_t first, std::int32_t last, bool ascending) {
-    if (first >= last) return;
+  /// One step of quicksort by the book.
+  static void PartitionModel(KeyAndPlace* model, std::int32_t& i, std::int32_t& j, bool ascending) {
     const auto isBefore = [=](long double a, long double b) { return ascending ? a < b : a > b; };
-    const long double pivot = model[(first + last) / 2].first;
-    std::int32_t i = first, j = last;
+    const long double pivot = model[(i + j) / 2].first;
     while (true) {
       while (isBefore(model[i].first, pivot)) ++i;
       while (isBefore(pivot, model[j].first)) --j;
@@ -58,6 +56,13 @@ class Sorting : public ::testing::Test {
       std::swap(model[i++], model[j--]);
       if (j < i) break;
     }
+  }
+
+  /// Quicksort by the book: both sides by recursion.
+  static void SortModel(KeyAndPlace* model, std::int32_t first, std::int32_t last, bool ascending) {
+    if (first >= last) return;
+    std::int32_t i = first, j = last;
+    PartitionModel(model, i, j, ascending);
     SortModel(model, first, j, ascending);
     SortModel(model, i, last, ascending);
   }
@@ -68,7 +73,7 @@ TYPED_TEST_SUITE(Sorting, SortedTypes);
 
 TYPED_TEST(Sorting, EveryFormMakesTheExchangesOfTheModel) {
   using T = TypeParam;
-  for (std::int32_t n = 0; n < 70; ++n) {
+  for (std::int32_t n = 0; n < 1000; n += n < 70 ? 1 : 29 + n % 3) {  // past two blocks of comparisons
     for (int flags = 0; flags < 8; ++flags) {
       const bool ascending = (flags & 1) != 0, absolute = (flags & 2) != 0, withNotANumbers = (flags & 4) != 0;
       if (withNotANumbers && !this->isFloat) continue;
@@ -105,6 +110,47 @@ TYPED_TEST(Sorting, EveryFormMakesTheExchangesOfTheModel) {
       expectBits(array, sorted);
       if (withNotANumbers) continue;
       EXPECT_EQ(sorting.IsArraySorted(0, n - 1), 1);
+    }
+  }
+}
+
+TYPED_TEST(Sorting, EveryPartitionIsOneStepOfTheModel) {
+  using T = TypeParam;
+  using S = CQXSorting<T>;
+  for (const std::int32_t n : {2, 3, 9, 64, 65, 66, 127, 128, 129, 400}) {
+    std::vector<T> values = this->MakeValues(n, false);
+    std::vector<typename S::qxSortIndexData> byValue;
+    std::vector<typename S::qxSortAbsIndexData> byMagnitude;
+    for (const T value : values) {
+      const auto place = static_cast<std::int32_t>(byValue.size());
+      using Magnitude = typename S::qxSortAbsIndexData::Magnitude;
+      byValue.push_back({value, place});
+      byMagnitude.push_back({value, static_cast<Magnitude>(this->Key(value, true)), place});
+    }
+    for (const bool ascending : {false, true}) {
+      for (const bool absolute : {false, true}) {
+        std::vector<KeyAndPlace> model;
+        for (const T value : values) model.emplace_back(this->Key(value, absolute), model.size());
+        std::int32_t i = 1, j = n - 1, iOfModel = 1, jOfModel = n - 1;
+        this->PartitionModel(model.data(), iOfModel, jOfModel, ascending);
+        auto records = byValue;
+        auto magnitudes = byMagnitude;
+        std::vector<T> array = values;
+        S sorting(n, array.data(), 1, 0, 0);
+        if (absolute) {
+          ascending ? S::AscendingPartition(i, j, magnitudes.data()) : S::DescendingPartition(i, j, magnitudes.data());
+        } else {
+          ascending ? S::AscendingPartition(i, j, records.data()) : S::DescendingPartition(i, j, records.data());
+          std::int32_t k = 1, l = n - 1;
+          ascending ? sorting.AscendingPartition(k, l) : sorting.DescendingPartition(k, l);
+          EXPECT_EQ(std::make_pair(k, l), std::make_pair(i, j));
+        }
+        EXPECT_EQ(std::make_pair(i, j), std::make_pair(iOfModel, jOfModel)) << n;
+        for (std::size_t k = 0; k < model.size(); ++k) {
+          EXPECT_EQ(absolute ? magnitudes[k].index : records[k].index, model[k].second) << n << ' ' << k;
+          EXPECT_TRUE(absolute || array[k] == records[k].value);
+        }
+      }
     }
   }
 }

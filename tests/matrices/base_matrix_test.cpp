@@ -81,6 +81,32 @@ TYPED_TEST(BaseMatrix, DiagonalRowsAndColumns) {
   EXPECT_EQ(CQXBaseMatrix<TypeParam>(0, 4).Trace(), TypeParam(0));
 }
 
+TYPED_TEST(BaseMatrix, RowsAndColumnsMayComeFromTheMatrixItself) {
+  const CQXBaseMatrix<TypeParam> source = this->Counted(4, 5);
+  const auto expectTheSame = [&](auto change) {
+    CQXBaseMatrix<TypeParam> fromItself(source), fromCopy(source);
+    change(fromItself, fromItself);
+    change(fromCopy, source);
+    for (std::int32_t i = 0; i < 20; ++i) EXPECT_EQ(fromItself[i], fromCopy[i]) << i;
+  };
+  for (std::int32_t offset = 0; offset < 16; ++offset) {
+    for (std::int32_t place = 0; place < 4; ++place) {
+      expectTheSame([=](auto& m, const auto& from) { m.SetColumn(place, from.Data() + offset); });
+      expectTheSame([=](auto& m, const auto& from) { m.SetRow(place, from.Data() + offset); });
+      expectTheSame([=](auto& m, const auto& from) { m.CopyPartRow(place, 1, 3, offset % 4, offset / 8, from); });
+      expectTheSame([=](auto& m, const auto& from) { m.CopyPartColumn(place, 1, 3, offset % 5, offset / 8, from); });
+    }
+  }
+}
+
+TYPED_TEST(BaseMatrix, AProductWithTooFewRowsIsZero) {
+  using M = CQXBaseMatrix<TypeParam>;
+  const M a = this->Counted(2, 3);
+  EXPECT_TRUE(a * this->Counted(2, 4) == M(2, 4));
+  EXPECT_EQ((a * this->Counted(2, 4).ColVector(0))[1], TypeParam(0));
+  EXPECT_EQ((a * this->Counted(4, 1))(0, 0), (a * this->Counted(3, 1))(0, 0));
+}
+
 TYPED_TEST(BaseMatrix, RectanglesAreTestedAgainstTheRowCount) {
   using M = CQXBaseMatrix<TypeParam>;
   const M source = this->Counted(1, 100);

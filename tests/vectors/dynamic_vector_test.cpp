@@ -206,6 +206,23 @@ TYPED_TEST(VectorN, ExtremesTakeTheLowestIndexOfEquals) {
   }
 }
 
+TYPED_TEST(VectorN, TheOrderOfASumDependsOnItsLengthAlone) {
+  for (const std::int32_t n : {15, 16, 17, 31, 32, 33, 47, 100}) {
+    CQXVectorN<TypeParam> a(n), b(n);
+    for (std::int32_t i = 0; i < n; ++i) {
+      a[i] = std::sqrt(static_cast<TypeParam>(i + 2));
+      b[i] = 1 / a[n - 1 - i] - TypeParam(0.25);
+    }
+    TypeParam sums[16] = {};
+    for (std::int32_t i = 0; i < n; ++i) sums[n <= 16 ? 0 : i % 16] += a[i] * b[i];
+    for (const int half : {8, 4, 2, 1}) {
+      for (int j = 0; j < half; ++j) sums[j] += sums[j + half];
+    }
+    EXPECT_EQ(a.Dot(b), sums[0]) << n;
+    EXPECT_EQ(a.DotForPart(0, n - 1, b), sums[0]) << n;
+  }
+}
+
 TYPED_TEST(VectorN, SumsTakeEveryElementAtEveryLength) {
   TypeParam squares = 0, absolutes = 0;  // exact: all are small whole numbers
   for (std::int32_t n = 1; n < 100; ++n) {
