@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "png_image.h"
+#include "pictures/picture_file.h"
 
 namespace {
 
@@ -49,8 +49,8 @@ std::array<double, 3> ColourOf(double distance) {
   return colour;
 }
 
-PngImage Draw(const Grid& coverage, const Grid& distance) {
-  PngImage image;
+Picture Draw(const Grid& coverage, const Grid& distance) {
+  Picture image;
   image.width = 2 * size;
   image.height = size;
   image.channelsNb = 3;
@@ -59,7 +59,7 @@ PngImage Draw(const Grid& coverage, const Grid& distance) {
       const double covered = x < size ? static_cast<double>(coverage(x, y)) : 0;
       const std::array<double, 3> colour = x < size ? std::array{1 - covered, 1 - covered, 1 - covered}
                                                     : ColourOf(static_cast<double>(distance(x - size, y)));
-      for (const double c : colour) image.samples.push_back(ToByte(c));
+      for (const double c : colour) image.bytes.push_back(ToByte(c));
     }
   }
   return image;
@@ -84,7 +84,10 @@ int main(int argc, char** argv) {
     for (std::size_t i = 0; i < coverage.Count(); ++i) area += static_cast<double>(coverage.Data()[i]);
     std::cout << "covered: " << area << " pixels; centre " << distance(size / 2, size / 2)
               << " pixels from the border\n";
-    WritePng(argv[1], Draw(coverage, distance));
+    std::vector<OutputFile> files;
+    files.emplace_back(argv[1]);
+    WritePicture(files.front(), Draw(coverage, distance));
+    OutputFile::PublishAll(files);
   } catch (const std::exception& e) {
     std::cerr << "distance_field: " << e.what() << '\n';
     return 1;

@@ -59,8 +59,11 @@
 #include <qx/vectors/vector_functions.h>
 #include <qx/vectors/vector_n.h>
 #include <qx/vectors/vector_text.h>
+#include <qx/wavelets/bivariate_shrinkage.h>
 #include <qx/wavelets/channel.h>
+#include <qx/wavelets/image_noise_reduction.h>
 #include <qx/wavelets/lifting.h>
+#include <qx/wavelets/pixel_form.h>
 #include <qx/wavelets/wavelet_decomposition.h>
 #include <qx/wavelets/wavelet_filter.h>
 #include <qx/wavelets/wavelet_types.h>

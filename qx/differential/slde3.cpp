@@ -1,5 +1,6 @@
 #include <qx/differential/slde3.h>
 #include <qx/foundation/tolerance.h>
+#include <qx/vectors/internal/wide.h>
 
 #include <algorithm>
 #include <cmath>
@@ -8,19 +9,12 @@
 
 namespace {
 
+using qxVectors::Narrow;
+using qxVectors::Wide;
 using Vector = CQXVector3<double>;
 using Matrix = CQXMatrix3<double>;
 
 constexpr double eps = std::numeric_limits<double>::epsilon();
-
-template <qxReal T>
-Vector Wide(const CQXVector3<T>& v) {
-  return {static_cast<double>(v.X()), static_cast<double>(v.Y()), static_cast<double>(v.Z())};
-}
-template <qxReal T>
-CQXVector3<T> Narrow(const Vector& v) {
-  return {static_cast<T>(v.X()), static_cast<T>(v.Y()), static_cast<T>(v.Z())};
-}
 
 /// The largest root of w^3 + p w = q for q >= 0; it is not negative.
 double LargestRoot(double p, double q) {

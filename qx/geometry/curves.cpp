@@ -2,7 +2,7 @@
 #include <qx/foundation/conversion.h>
 #include <qx/foundation/internal/instantiate.h>
 #include <qx/geometry/geometry.h>
-#include <qx/geometry/internal/wide.h>
+#include <qx/geometry/internal/nearest_point.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include <qx/foundation/internal/instantiate.h>
 #include <qx/geometry/geometry.h>
-#include <qx/geometry/internal/wide.h>
+#include <qx/geometry/internal/nearest_point.h>
 
 #include <algorithm>
 #include <cmath>

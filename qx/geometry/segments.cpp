@@ -1,7 +1,7 @@
 #include <qx/foundation/internal/instantiate.h>
 #include <qx/geometry/geometry.h>
+#include <qx/geometry/internal/nearest_point.h>
 #include <qx/geometry/internal/plane_predicates.h>
-#include <qx/geometry/internal/wide.h>
 
 #include <algorithm>
 #include <limits>

@@ -2,13 +2,13 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/progress.h>
 #include <qx/foundation/scalar.h>
 #include <qx/wavelets/wavelet_filter.h>
 #include <qx/wavelets/wavelet_types.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <type_traits>
 #include <vector>
@@ -20,9 +20,6 @@ namespace qxInternal {
 template <qxReal T>
 class LevelTransform;
 }
-
-/// Called during a long operation with the number of rounds done and the number of all; empty for no report.
-using qxProgress = std::function<void(std::int32_t done, std::int32_t total)>;
 
 /// One plane of samples or, after a transform, the tree of sub-channels that replaces it.
 ///
@@ -323,9 +320,9 @@ class QX_API CQXChannel : public qxBlockAllocated {
   ///
   /// The first pass takes the normalization of this channel, the others QX_NORMALIZATION_2: set that one.
   /// @param threshold,ratio as in CleanBelowThreshold() for each pass anew; the means are written
-  /// @param progress called after each pass
-  /// @return a new raw channel; null for a decomposed channel, or without a block of samples or a filter; a copy for
-  /// an empty block
+  /// @param progress told after each pass; when it returns false, the work ends
+  /// @return a new raw channel; null for a decomposed channel, without a block of samples or a filter, and for
+  /// cancelled work; a copy for an empty block
   [[nodiscard]] std::unique_ptr<CQXChannel> CleanWithCircularShifts(T& threshold, T& ratio, std::int32_t shifts,
                                                                     const CQXWaveletFilter<T>* filter,
                                                                     std::int32_t depth, std::int32_t soft,

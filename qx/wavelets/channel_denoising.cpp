@@ -215,7 +215,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
   };
 
   std::unique_ptr<CQXChannel> sum = clean(CloneRawChannel());
-  if (progress) progress(1, rounds + 1);
+  if (!progress.Report(1, rounds + 1)) return nullptr;
   CQXRandom<T> random;
   random.SetUniform(0, 1);
   random.Initialize();
@@ -234,7 +234,7 @@ std::unique_ptr<CQXChannel<T>> CQXChannel<T>::CleanWithCircularShifts(T& thresho
     picture = clean(std::move(picture));
     Rotate(picture->m_data.get(), sum->m_data.get(), m_columns, m_rows, m_rows - down, m_columns - right,
            [](std::size_t count, T* to, const T* from) { qxKernels::Add(count, to, from); });
-    if (progress) progress(round + 1, rounds + 1);
+    if (!progress.Report(round + 1, rounds + 1)) return nullptr;
   }
   sum->EnhanceRawData(factor);
   sum->SetDecompositionTypes(m_filter, m_type, m_normalization);

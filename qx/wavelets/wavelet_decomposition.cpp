@@ -381,12 +381,9 @@ std::unique_ptr<CQXWaveletDecomposition<T>> CQXWaveletDecomposition<T>::ReduceNo
     T* thresholds, T* ratios, std::int32_t shifts, std::int32_t depth, std::int32_t soft, qxWaveletDenoising method,
     const qxProgress& progress) const {
   return MakeFromChannels(m_normalization, [&](const CQXChannel<T>& channel, std::size_t i) {
-    qxProgress ofAllChannels;
-    if (progress) {
-      ofAllChannels = [&progress, i, channels = GetChannelsNb()](std::int32_t done, std::int32_t total) {
-        progress(static_cast<std::int32_t>(i) * total + done, channels * total);
-      };
-    }
+    const auto ofAllChannels = [&](std::int32_t done, std::int32_t total) {
+      return progress.Report(static_cast<std::int32_t>(i) * total + done, GetChannelsNb() * total);
+    };
     return channel.CleanWithCircularShifts(thresholds[i], ratios[i], shifts, m_filter.get(), depth, soft, method,
                                            ofAllChannels);
   });

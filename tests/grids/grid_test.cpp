@@ -109,7 +109,7 @@ TYPED_TEST(Grid, BordersOfPixelsAreExact) {
 
 TYPED_TEST(Grid, HolesAndSecondTurnsFollowTheRule) {
   using T = TypeParam;
-  Points<T> vertices = this->Rectangle(0, 0, 5, 5), hole = this->Rectangle(1, 1, 4, 4);
+  Points<T> vertices = this->Rectangle(0, 0, 5, 5), hole = this->Rectangle(T(1.5), 1, 4, 4);
   vertices.insert(vertices.end(), hole.begin(), hole.end());
   const std::int32_t counts[] = {4, -7, 4};  // an empty one between them
   CQXGrid<T> grid(5, 5);
@@ -120,6 +120,7 @@ TYPED_TEST(Grid, HolesAndSecondTurnsFollowTheRule) {
       EXPECT_EQ(grid(0, 2), 1);
       EXPECT_EQ(grid(2, 2), isTurned || rule == QX_FILL_EVEN_ODD ? 0 : 1);
       EXPECT_EQ(grid(4, 4), 1);
+      EXPECT_EQ(grid(1, 2), isTurned || rule == QX_FILL_EVEN_ODD ? T(0.5) : T(1));
     }
   }
 }

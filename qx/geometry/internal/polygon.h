@@ -1,7 +1,7 @@
 #pragma once
 
+#include <qx/geometry/internal/nearest_point.h>
 #include <qx/geometry/internal/plane_predicates.h>
-#include <qx/geometry/internal/wide.h>
 
 /// @file
 /// A polygon as the algorithms see it, and where a point lies in it. Internal, not part of the interface.
