@@ -38,7 +38,7 @@ struct Qx {
   static T Det(const Matrix& m) { return m.Det(); }
   static Matrix Inverse(const Matrix& m) {
     Matrix result;
-    m.Inverse(result, T(0));
+    static_cast<void>(m.Inverse(result, T(0)));
     return result;
   }
 };

@@ -4,6 +4,7 @@
 #include <qx/differential/slde2.h>
 #include <qx/interpolation/interpolation.h>
 
+#include <cmath>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -15,6 +16,9 @@
 #include <Eigen/Dense>
 #include <unsupported/Eigen/MatrixFunctions>
 #define QX_HAS_EIGEN
+#endif
+#ifdef QX_LINK_GSL
+#include <gsl/gsl_spline.h>
 #endif
 #if __has_include(<ImathQuat.h>)
 #include <ImathQuat.h>
@@ -97,6 +101,48 @@ void TrajectoryQx(benchmark::State& state, T skew) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
 }
 
+/// A natural spline through 1000 keys, and its values at 1000 times; one item is a key or a value.
+template <typename T>
+void SplineQx(benchmark::State& state) {
+  std::vector<T> nodes(count), values(count), slopes(count), out(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    nodes[i] = static_cast<T>(i) + T(0.3) * std::sin(static_cast<T>(i));
+    values[i] = std::sin(static_cast<T>(i));
+  }
+  constexpr auto n = static_cast<std::int32_t>(count);
+  for (auto _ : state) {
+    if (CQXInterpolation::FindSlopes(QX_SLOPES_SPLINE, QX_ENDS_NATURAL, n, nodes.data(), values.data(),
+                                     slopes.data()) == 0) {
+      return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+      out[i] = CQXInterpolation::CurveAt(n, nodes.data(), values.data(), slopes.data(), T(0.99) * static_cast<T>(i));
+    }
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
+}
+
+#ifdef QX_LINK_GSL
+void SplineGsl(benchmark::State& state) {
+  std::vector<double> nodes(count), values(count), out(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    nodes[i] = static_cast<double>(i) + 0.3 * std::sin(static_cast<double>(i));
+    values[i] = std::sin(static_cast<double>(i));
+  }
+  gsl_spline* spline = gsl_spline_alloc(gsl_interp_cspline, count);
+  for (auto _ : state) {
+    gsl_spline_init(spline, nodes.data(), values.data(), count);
+    for (std::size_t i = 0; i < count; ++i) {
+      out[i] = gsl_spline_eval(spline, 0.99 * static_cast<double>(i), nullptr);
+    }
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
+  gsl_spline_free(spline);
+}
+#endif
+
 #ifdef QX_HAS_EIGEN
 /// The blend of the elements alone.
 template <typename T>
@@ -175,6 +221,10 @@ void RegisterOperations() {
   add("cubic of 16384/qx", CubicVectorQx<T>);
 #ifdef QX_HAS_EIGEN
   add("cubic of 16384/Eigen", CubicVectorEigen<T>);
+#endif
+  add("spline/qx", SplineQx<T>);
+#ifdef QX_LINK_GSL
+  if constexpr (std::is_same_v<T, double>) add("spline/GSL", SplineGsl);
 #endif
   add("spiral/qx", spiral(TrajectoryQx<T>));
 #ifdef QX_HAS_EIGEN

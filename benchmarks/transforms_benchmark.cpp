@@ -4,6 +4,8 @@
 
 #include <qx/interpolation/interpolation.h>
 #include <qx/transforms/affine_3d_transform.h>
+#include <qx/transforms/coordinate_frames.h>
+#include <qx/transforms/perspective_3d_transform.h>
 #include <qx/transforms/quaternion.h>
 
 #include <cmath>
@@ -190,6 +192,65 @@ void RunPoints(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * std::int64_t(2 * count * sizeof(in[0])));
 }
 
+/// The similarity of 100 pairs of points; one item is a pair.
+template <typename T>
+void SimilarityQx(benchmark::State& state) {
+  std::vector<CQXVector3<T>> source(100), target(100);
+  for (std::size_t i = 0; i < 100; ++i) {
+    const T x = static_cast<T>(i);
+    source[i] = {std::sin(x), std::cos(3 * x), std::sin(7 * x)};
+    target[i] = {source[i].Y(), source[i].Z() + T(0.1) * std::cos(x), source[i].X()};
+  }
+  CQXMatrix4<T> m;
+  for (auto _ : state) benchmark::DoNotOptimize(qxFindSimilarityTransform(100, source.data(), target.data(), m));
+  state.SetItemsProcessed(state.iterations() * 100);
+}
+
+/// Points through a perspective view, with the tests of volume and window; the peer multiplies and divides alone.
+template <typename T>
+void ProjectionQx(benchmark::State& state) {
+  CQXPerspective3DTransform<T> view;
+  view.LookAt({0, 0, 10}, {0, 0, 0}, {0, 1, 0});
+  view.SetFieldOfView(60, T(1.5), 400);
+  view.SetViewVolumeDepths(1, 100);
+  if (view.Initialize() == 0) return;
+  std::vector<CQXVector3<T>> points(1000, CQXVector3<T>(T(0.5), 1, 2));
+  std::vector<CQXVector2<T>> out(1000);
+  std::vector<std::int32_t> flags(1000);
+  for (auto _ : state) {
+    view.ProjectPoints(1000, points.data(), out.data(), flags.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * 1000);
+}
+
+#ifdef QX_HAS_EIGEN
+template <typename T>
+void SimilarityEigen(benchmark::State& state) {
+  Eigen::Matrix<T, 3, 100> source, target;
+  for (Eigen::Index i = 0; i < 100; ++i) {
+    const T x = static_cast<T>(i);
+    source.col(i) << std::sin(x), std::cos(3 * x), std::sin(7 * x);
+    target.col(i) << source(1, i), source(2, i) + T(0.1) * std::cos(x), source(0, i);
+  }
+  for (auto _ : state) benchmark::DoNotOptimize(Eigen::umeyama(source, target, true));
+  state.SetItemsProcessed(state.iterations() * 100);
+}
+
+template <typename T>
+void ProjectionEigen(benchmark::State& state) {
+  Eigen::Matrix<T, 4, 4> m = Eigen::Matrix<T, 4, 4>::Identity();
+  m(3, 2) = T(0.5);
+  std::vector<Eigen::Matrix<T, 3, 1>> points(1000, Eigen::Matrix<T, 3, 1>(T(0.5), 1, 2));
+  std::vector<Eigen::Matrix<T, 2, 1>> out(1000);
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < 1000; ++i) out[i] = (m * points[i].homogeneous()).hnormalized().template head<2>();
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * 1000);
+}
+#endif
+
 template <typename Library, typename T>
 void RegisterLibrary(const std::string& type) {
   const auto name = [&](const char* operation) { return std::string(operation) + "/" + Library::name + "/" + type; };
@@ -216,6 +277,12 @@ void RegisterLibraries(const std::string& type) {
   RegisterLibrary<ImathPeer<T>, T>(type);
 #endif
   RegisterLibrary<Memcpy<T>, T>(type);
+  benchmark::RegisterBenchmark(("similarity/qx/" + type).c_str(), SimilarityQx<T>);
+  benchmark::RegisterBenchmark(("projection/qx/" + type).c_str(), ProjectionQx<T>);
+#ifdef QX_HAS_EIGEN
+  benchmark::RegisterBenchmark(("similarity/Eigen/" + type).c_str(), SimilarityEigen<T>);
+  benchmark::RegisterBenchmark(("projection/Eigen/" + type).c_str(), ProjectionEigen<T>);
+#endif
 }
 
 const bool isRegistered = [] {

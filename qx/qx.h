@@ -15,7 +15,9 @@
 #include <qx/foundation/callable.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
+#include <qx/foundation/owner.h>
 #include <qx/foundation/polynomial.h>
+#include <qx/foundation/progress.h>
 #include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
 #include <qx/foundation/status.h>
@@ -28,6 +30,7 @@
 #include <qx/geometry/segments_intersection.h>
 #include <qx/grids/derivative.h>
 #include <qx/grids/grid.h>
+#include <qx/interpolation/curve_rules.h>
 #include <qx/interpolation/interpolation.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/fixed_matrix.h>
@@ -39,10 +42,13 @@
 #include <qx/matrices/matrix_norm.h>
 #include <qx/solvers/algebra.h>
 #include <qx/solvers/optimization.h>
+#include <qx/transforms/affine_2d_transform.h>
 #include <qx/transforms/affine_3d_transform.h>
 #include <qx/transforms/back_front_location.h>
+#include <qx/transforms/base_2d_transform.h>
 #include <qx/transforms/base_3d_transform.h>
 #include <qx/transforms/clip_space.h>
+#include <qx/transforms/coordinate_frames.h>
 #include <qx/transforms/parallel_3d_transform.h>
 #include <qx/transforms/perspective_3d_transform.h>
 #include <qx/transforms/projective_3d_transform.h>

@@ -148,7 +148,7 @@ void CQXSLDE2<T>::SolveInhomogeneous() noexcept {
   m_shift = 0;
   if (m_inhomogenType == QX_SLDE2_HOMOGENEOUS) return;
   if (m_inhomogenType == QX_SLDE2_INHOM_REGULAR) {
-    m_a.SolveSystem(m_f, p0, m_precision);
+    static_cast<void>(m_a.SolveSystem(m_f, p0, m_precision));  // a refusal leaves zero
     m_coefficientsNb = 1;
     return;
   }
@@ -212,7 +212,7 @@ CQXVector2<T> CQXSLDE2<T>::FindCoefficients(const CQXMatrix2<T>& w) const noexce
   }
   // The form without a condition number solves by the same steps, and needs no memory.
   CQXVector2<T> c;
-  w.SolveSystem(right, c, m_precision);
+  static_cast<void>(w.SolveSystem(right, c, m_precision));  // a refusal leaves zero
   return c;
 }
 
@@ -250,8 +250,9 @@ void CQXSLDE2<T>::SetMatrixComplexCase() noexcept {
   const T e = std::exp(m_eigenvalues.X() * m_t0);
   const T cosine = std::cos(m_eigenvalues.Y() * m_t0);
   const T sine = std::sin(m_eigenvalues.Y() * m_t0);
-  const CQXVector2<T> c = FindCoefficients(FromColumns((u * cosine - w * sine) * e, (u * sine + w * cosine) * e));
-  m_c = FromColumns(u * c.X() + w * c.Y(), u * c.Y() - w * c.X());
+  // Sums alone: g++ makes fused operations of alternating sums and differences where it may, options regardless.
+  const CQXVector2<T> c = FindCoefficients(FromColumns((u * cosine + w * -sine) * e, (u * sine + w * cosine) * e));
+  m_c = FromColumns(u * c.X() + w * c.Y(), u * c.Y() + w * -c.X());
 }
 
 // ---- The solution

@@ -4,6 +4,7 @@
 #include <qx/foundation/polynomial.h>
 #include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
+#include <qx/interpolation/curve_rules.h>
 #include <qx/matrices/base_matrix.h>
 #include <qx/matrices/matrix2.h>
 #include <qx/matrices/matrix3.h>
@@ -19,7 +20,34 @@
 
 #include <cmath>
 #include <concepts>
+#include <cstdint>
 #include <type_traits>
+
+/// The number type of a number or a fixed vector.
+template <typename V>
+struct qxCurveElement;
+template <qxReal T>
+struct qxCurveElement<T> {
+  using Type = T;  ///< the number itself
+};
+template <qxFixedVector V>
+struct qxCurveElement<V> {
+  using Type = typename V::Element;  ///< that of the components
+};
+
+/// A motion through keys: the arrays of three curves over the same nodes, borrowed, for CQXInterpolation::MotionAt(). A
+/// curve that is null stands for no translation, no rotation, or factors of 1.
+template <qxReal T>
+struct qxMotion {
+  std::int32_t n = 0;                                ///< number of keys
+  const T* nodes = nullptr;                          ///< their times, ascending strictly
+  const CQXVector3<T>* translations = nullptr;       ///< keys of the translation
+  const CQXVector3<T>* velocities = nullptr;         ///< its slopes, by FindSlopes()
+  const CQXQuaternion<T>* rotations = nullptr;       ///< keys of the rotation, of length 1
+  const CQXVector3<T>* angularVelocities = nullptr;  ///< by FindAngularVelocities()
+  const CQXVector3<T>* stretches = nullptr;          ///< keys of the factors of scaling along the axes
+  const CQXVector3<T>* stretchVelocities = nullptr;  ///< their slopes, by FindSlopes()
+};
 
 /// Blends of vectors, matrices, rotations and affine transforms between two, three or four keys, for float and double.
 ///
@@ -36,6 +64,100 @@ class QX_API CQXInterpolation {
   /// A time or a node: it takes no part in the deduction of the element type, so that plain numbers can be given.
   template <qxReal T>
   using Time = qxNonDeduced<T>;
+
+  // ---- Numbers: the forms of the vectors, below, for a single one
+
+  /// a + (b - a) t.
+  template <qxReal T>
+  [[nodiscard]] static constexpr T ScalarsLinear(T a, Time<T> b, Time<T> t) noexcept {
+    return a + (b - a) * t;
+  }
+  /// The quadratic polynomial through three keys.
+  template <qxReal T>
+  [[nodiscard]] static constexpr T ScalarsQuadratic(T a, Time<T> b, Time<T> c, Time<T> t0, Time<T> t1, Time<T> t2,
+                                                    Time<T> t) noexcept {
+    return qxQuadraticAt<T, T>(InverseVandermondeMatrix<T>(t0, t1, t2).Data(), t, a, b, c);
+  }
+  /// The cubic polynomial through four keys.
+  template <qxReal T>
+  [[nodiscard]] static constexpr T ScalarsCubic(T a, Time<T> b, Time<T> c, Time<T> d, Time<T> t0, Time<T> t1,
+                                                Time<T> t2, Time<T> t3, Time<T> t) noexcept {
+    return qxCubicAt<T, T>(InverseVandermondeMatrix<T>(t0, t1, t2, t3).Data(), t, a, b, c, d);
+  }
+
+  // ---- Curves through any number of keys, numbers or fixed vectors: FindSlopes() once, then CurveAt().
+  //
+  // A curve is cubic between neighbouring keys and runs through them with the slopes given. The nodes are the times of
+  // the keys and ascend strictly.
+
+  /// The cubic over one interval of length @p h by Hermite's form, with the values and the slopes at its two ends, at
+  /// the fraction @p u of it; or one of its derivatives by time.
+  /// @param derivative 0 the value, 1 the velocity, 2 the acceleration, 3 its change; others give 0
+  template <typename V>
+  [[nodiscard]] static constexpr V Hermite(const V& y0, const V& m0, const V& y1, const V& m1,
+                                           typename qxCurveElement<V>::Type h, typename qxCurveElement<V>::Type u,
+                                           std::int32_t derivative = 0) noexcept {
+    const V d = (y1 - y0) / h;
+    const V k2 = d * 3 - m0 * 2 - m1, k3 = m0 + m1 - d * 2;
+    if (derivative == 0) return y0 + (m0 + (k2 + k3 * u) * u) * (u * h);
+    if (derivative == 1) return m0 + (k2 * 2 + k3 * (3 * u)) * u;
+    if (derivative == 2) return (k2 * 2 + k3 * (6 * u)) / h;
+    return derivative == 3 ? k3 * 6 / (h * h) : V();
+  }
+
+  /// The slopes of a curve at its keys; vectors component by component, O(n).
+  ///
+  /// QX_SLOPES_MONOTONE is the method of F. N. Fritsch and R. E. Carlson, Monotone piecewise cubic interpolation (SIAM
+  /// J. Numer. Anal. 17, 1980), with the slopes of parabolas to start from. With QX_ENDS_CLAMPED the first and the last
+  /// slope are read and, except by QX_SLOPES_MONOTONE, kept. With QX_ENDS_CLOSED the last key should equal the first.
+  /// @param slopes room for @p n
+  /// @return 1; 0 when n < 1, the nodes do not ascend strictly, or memory was refused (the spline takes a block of 2 n
+  /// numbers): nothing is written.
+  template <typename V>
+  static std::int32_t FindSlopes(qxSlopes rule, qxEnds ends, std::int32_t n,
+                                 const typename qxCurveElement<V>::Type* nodes, const V* values, V* slopes);
+
+  /// The point of a curve, or a derivative as in Hermite(), at the time @p t; O(log n). The curve ends at its first and
+  /// last key: outside it stays there, at rest. Take the time of a closed curve modulo its period.
+  /// @param n at least 1
+  template <typename V>
+  [[nodiscard]] static V CurveAt(std::int32_t n, const typename qxCurveElement<V>::Type* nodes, const V* values,
+                                 const V* slopes, typename qxCurveElement<V>::Type t,
+                                 std::int32_t derivative = 0) noexcept {
+    if (t < nodes[0] || n == 1) return derivative == 0 ? values[0] : V();
+    if (t > nodes[n - 1]) return derivative == 0 ? values[n - 1] : V();
+    const std::int32_t i = FindInterval(n, nodes, t);
+    const typename qxCurveElement<V>::Type h = nodes[i + 1] - nodes[i];
+    return Hermite(values[i], slopes[i], values[i + 1], slopes[i + 1], h, (t - nodes[i]) / h, derivative);
+  }
+
+  /// The interval i, from 0 to n - 2, with nodes[i] <= t < nodes[i + 1]; the first or the last for times outside, the
+  /// first for not a number. @param n at least 2
+  template <qxReal T>
+  [[nodiscard]] static constexpr std::int32_t FindInterval(std::int32_t n, const T* nodes, Time<T> t) noexcept {
+    std::int32_t low = 0, high = n - 1;
+    while (high - low > 1) {
+      const std::int32_t middle = low + (high - low) / 2;
+      (t >= nodes[middle] ? low : high) = middle;
+    }
+    return low;
+  }
+
+  // ---- Gridded data, rows x columns by rows: the value at column x and row y, which need not be whole. Coordinates
+  // outside the grid count as those of its border. Both sizes are at least 1, otherwise the value is 0; not a number
+  // among the coordinates gives not a number.
+
+  /// Bilinear: exact at the samples, and linear along rows and columns between them.
+  template <qxReal T>
+  [[nodiscard]] static T GridBilinear(std::int32_t rows, std::int32_t columns, const T* data, Time<T> x,
+                                      Time<T> y) noexcept;
+  /// Bicubic: exact at the samples, with continuous first derivatives, from the 4 x 4 samples around; samples beyond
+  /// the border are those of the border.
+  ///
+  /// R. G. Keys, Cubic convolution interpolation for digital image processing (IEEE Trans. ASSP 29, 1981), a = -1/2.
+  template <qxReal T>
+  [[nodiscard]] static T GridBicubic(std::int32_t rows, std::int32_t columns, const T* data, Time<T> x,
+                                     Time<T> y) noexcept;
 
   // ---- Vectors, element by element
 
@@ -234,7 +356,8 @@ class QX_API CQXInterpolation {
   /// q Exp(-(Log(q^-1 next) + Log(q^-1 previous)) / 4) with CQXQuaternion's own Log() and Exp(), which are not those of
   /// the textbook: the path runs through its keys, and its velocity may jump there. Where the dot product of the two
   /// inner quaternions of Squad() passes through zero inside the interval, the shorter arc changes sides and the result
-  /// jumps, by up to a half turn. For a path whose velocity is continuous take SquadPath().
+  /// jumps, by up to a half turn. For a path whose velocity is continuous take
+  /// RotationAt().
   template <qxReal T>
   [[nodiscard]] static CQXQuaternion<T> SlerpCubic(const CQXQuaternion<T>& q0, const CQXQuaternion<T>& q1,
                                                    const CQXQuaternion<T>& q2, const CQXQuaternion<T>& q3, Time<T> t0,
@@ -291,6 +414,37 @@ class QX_API CQXInterpolation {
                                                     const CQXVector3<T>& cInDegrees, const CQXVector3<T>& dInDegrees,
                                                     qxRotationsOrder order, Time<T> t0, Time<T> t1, Time<T> t2,
                                                     Time<T> t3, Time<T> t) noexcept;
+
+  // ---- Paths of rotations through any number of keys, and whole motions
+
+  /// Angular velocities for RotationAt(): at each key those of the parabola through its neighbours, in the coordinates
+  /// that turn along, in radians in the unit of time; the length of a vector is the speed, its direction the axis.
+  ///
+  /// For nodes at equal distances they are those of K. Shoemake, Quaternion calculus and fast animation (SIGGRAPH
+  /// 1987).
+  /// @param ends QX_ENDS_CLAMPED: the first and the last velocity are read and kept
+  /// @param rotations keys of length 1; q and -q are the same
+  /// @return 1; 0 when n < 1 or the nodes do not ascend strictly: nothing is written.
+  template <qxReal T>
+  static std::int32_t FindAngularVelocities(qxEnds ends, std::int32_t n, const T* nodes,
+                                            const CQXQuaternion<T>* rotations, CQXVector3<T>* velocities) noexcept;
+
+  /// The rotation at the time @p t of a path through unit quaternions with the given angular velocities at the keys;
+  /// O(log n). The velocity is continuous, whatever the distances of the nodes.
+  ///
+  /// Between neighbouring keys it is a spherical quadrangle (Shoemake 1987) whose two control points are made from the
+  /// velocities with the logarithm of the textbook, along arcs that keep their side. Each key is turned to by less than
+  /// a half turn; velocities of more than about a turn in an interval leave the path continuous, but not near the keys.
+  /// Outside the keys it is the first or the last of them. The result has the length 1 up to rounding; its sign is that
+  /// of the key before.
+  /// @param n at least 1
+  template <qxReal T>
+  [[nodiscard]] static CQXQuaternion<T> RotationAt(std::int32_t n, const T* nodes, const CQXQuaternion<T>* rotations,
+                                                   const CQXVector3<T>* velocities, Time<T> t) noexcept;
+
+  /// The matrix T R S of a motion at the time @p t: scaled along the axes, then rotated, then translated.
+  template <qxReal T>
+  [[nodiscard]] static CQXMatrix4<T> MotionAt(const qxMotion<T>& motion, Time<T> t) noexcept;
 
   // ---- Coordinate matrices
 

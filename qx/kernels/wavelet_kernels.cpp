@@ -1,6 +1,8 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/kernels/wavelet_kernels.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace qxKernels {
 
@@ -102,6 +104,29 @@ void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t 
 }
 
 template <typename T>
+void RotateColours(T* first, T* second, T* last, std::size_t stride, std::size_t count, bool forward) noexcept {
+  constexpr double rootOf2 = std::numbers::sqrt2;
+  constexpr double rootOf3 = std::numbers::sqrt3;
+  constexpr T third = static_cast<T>(1 / rootOf3);
+  constexpr T half = static_cast<T>(1 / rootOf2);
+  constexpr T sixth = static_cast<T>(1 / (rootOf2 * rootOf3));
+  for (std::size_t i = 0; i < count * stride; i += stride) {
+    const T a = first[i];
+    const T b = second[i];
+    const T c = last[i];
+    if (forward) {
+      first[i] = (a + b + c) * third;
+      second[i] = (a - c) * half;
+      last[i] = (a - 2 * b + c) * sixth;
+    } else {
+      first[i] = a * third + b * half + c * sixth;
+      second[i] = a * third - 2 * (c * sixth);
+      last[i] = a * third - b * half + c * sixth;
+    }
+  }
+}
+
+template <typename T>
 T LargestMagnitude(const T* data, std::size_t count) noexcept {
   T largest = 0;
   for (std::size_t i = 0; i < count; ++i) {
@@ -109,11 +134,6 @@ T LargestMagnitude(const T* data, std::size_t count) noexcept {
     largest = magnitude > largest ? magnitude : largest;
   }
   return largest;
-}
-
-template <typename T>
-void Magnitudes(const T* __restrict source, T* __restrict target, std::size_t count) noexcept {
-  for (std::size_t i = 0; i < count; ++i) target[i] = std::abs(source[i]);
 }
 
 template <typename T>
@@ -127,16 +147,16 @@ void Threshold(T* data, std::size_t count, T threshold, bool clearsAtThreshold, 
   }
 }
 
-#define QX_INSTANTIATE_WAVELET_KERNELS(T)                                                      \
+#define QX_INSTANTIATE(T)                                                                      \
   template void Deinterleave(const T*, T*, T*, std::size_t) noexcept;                          \
   template void Interleave(const T*, const T*, T*, std::size_t) noexcept;                      \
   template void Lift(T*, const T* const*, const T*, std::int32_t, bool, std::size_t) noexcept; \
   template void Blend(T*, const T*, const T*, T, T, std::size_t) noexcept;                     \
+  template void RotateColours(T*, T*, T*, std::size_t, std::size_t, bool) noexcept;            \
   template T LargestMagnitude(const T*, std::size_t) noexcept;                                 \
-  template void Magnitudes(const T*, T*, std::size_t) noexcept;                                \
   template void Threshold(T*, std::size_t, T, bool, bool) noexcept;
 
-QX_INSTANTIATE_WAVELET_KERNELS(float)
-QX_INSTANTIATE_WAVELET_KERNELS(double)
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE
 
 }  // namespace qxKernels

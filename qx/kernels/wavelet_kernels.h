@@ -27,11 +27,13 @@ void Lift(T* target, const T* const* sources, const T* coefficients, std::int32_
 template <typename T>
 void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t count) noexcept;
 
+/// Turns @p count colours, whose three components stand @p stride apart in their arrays, into
+/// ((a + b + c) / sqrt 3, (a - c) / sqrt 2, (a - 2 b + c) / sqrt 6), or back by the transpose of that rotation.
 template <typename T>
-[[nodiscard]] T LargestMagnitude(const T* data, std::size_t count) noexcept;
+void RotateColours(T* first, T* second, T* last, std::size_t stride, std::size_t count, bool forward) noexcept;
 
 template <typename T>
-void Magnitudes(const T* source, T* target, std::size_t count) noexcept;
+[[nodiscard]] T LargestMagnitude(const T* data, std::size_t count) noexcept;
 
 /// Clears what has a magnitude below the threshold, or at it when @p clearsAtThreshold is set. With @p shrink the rest
 /// moves towards zero by the threshold. Not a number stays.

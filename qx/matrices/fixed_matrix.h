@@ -216,7 +216,8 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// Solves this x = b through Inverse().
   /// @param tolerance what the absolute determinant is compared with
   /// @return 1; 0 when the matrix is singular within the tolerance, and @p x is untouched.
-  std::int32_t SolveSystem(const Vector& b, Vector& x, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
+  [[nodiscard]] std::int32_t SolveSystem(const Vector& b, Vector& x,
+                                         T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
     Derived inverse;
     if (Self().Inverse(inverse, tolerance) != 0) return 0;
     x = inverse * b;
@@ -224,35 +225,39 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   }
   /// Solves this x = b, and gives the condition number in the given norm.
   /// @return 1; 0 when the matrix is singular: @p x is untouched and the condition number is QX_OVERFLOW_VALUE.
-  std::int32_t SolveSystem(const Vector& b, Vector& x, qxMatrixNorm norm, T tolerance,
-                           T& conditionNumber) const noexcept;
+  [[nodiscard]] std::int32_t SolveSystem(const Vector& b, Vector& x, qxMatrixNorm norm, T tolerance,
+                                         T& conditionNumber) const noexcept;
 
   /// Inverse and condition number in the given norm: norm times norm of the inverse.
   ///
   /// The results differ from those of the plain form, which gives 0 for success.
   /// @return 1; 0 when the matrix is singular: @p target is untouched and the condition number is QX_OVERFLOW_VALUE.
-  std::int32_t Inverse(Derived& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const noexcept;
+  [[nodiscard]] std::int32_t Inverse(Derived& target, qxMatrixNorm norm, T tolerance,
+                                     T& conditionNumber) const noexcept;
 
   /// Inverse of a diagonal matrix; elements off the diagonal must be within 1e-6 of zero. The target is set to 0 first.
   /// @param tolerance what the absolute diagonal elements are compared with
   /// @return 1; 0 when the matrix is not diagonal or a diagonal element is below the tolerance: the target is zero.
-  std::int32_t DiagInverse(Derived& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+  [[nodiscard]] std::int32_t DiagInverse(Derived& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 
   /// Doolittle's factors this = L U without exchange of rows; the diagonal of L is 1. Both are set to 0 first.
   /// @param tolerance what the absolute pivots are compared with
   /// @return 1; 0 when a pivot is below the tolerance, and both factors are left half filled.
-  std::int32_t LU_Decomposition(Derived& L, Derived& U, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+  [[nodiscard]] std::int32_t LU_Decomposition(Derived& L, Derived& U,
+                                              T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
   /// Householder's factors this = Q R: Q orthogonal, R upper triangular.
   /// @return 1 for every finite matrix.
-  std::int32_t QR_Decomposition(Derived& Q, Derived& R, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+  [[nodiscard]] std::int32_t QR_Decomposition(Derived& Q, Derived& R,
+                                              T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 
   /// Singular values, this = U diag(singular) V^T, descending and not negative.
   /// @return 0; 1 when the iteration did not converge, an element is not finite or a singular number is beyond the
   /// range.
-  std::int32_t SV_Decomposition(Derived& U, Derived& V, Vector& singular,
-                                T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+  [[nodiscard]] std::int32_t SV_Decomposition(Derived& U, Derived& V, Vector& singular,
+                                              T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
   /// The singular numbers alone; results as in SV_Decomposition().
-  std::int32_t CalculateSingularNumbers(Vector& singular, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+  [[nodiscard]] std::int32_t CalculateSingularNumbers(Vector& singular,
+                                                      T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
   /// Number of singular numbers above the tolerance; -1 when they cannot be had.
   [[nodiscard]] std::int32_t CalculateRank(T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
   /// Condition number in the given norm; QX_OVERFLOW_VALUE for a singular matrix.
@@ -264,13 +269,14 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// Eigenvalues, ascending, and eigenvectors, in the columns, of a symmetric matrix.
   /// @param tolerance bound of the symmetry and of the sum of the elements off the diagonal
   /// @return status of CQXMatrixN::SymmetricEigensolve; the outputs are untouched unless it is QX_STATUS_OK.
-  qxStatus SymmetricEigensolve(Vector& values, Derived& vectors, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] qxStatus SymmetricEigensolve(Vector& values, Derived& vectors,
+                                             T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// Spectral form of a symmetric matrix: with @p flag 0 this = P D P^T, the eigenvectors in the columns of P; with
   /// another flag they stand in its rows, this = P^T D P. Eigenvalues ascend along the diagonal of D.
   /// @param tolerance as in SymmetricEigensolve()
   /// @return 1; 0 when the matrix is not symmetric within the tolerance.
-  std::int32_t SpectralDecomposition(Derived& P, Derived& D, std::int32_t flag,
-                                     T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t SpectralDecomposition(Derived& P, Derived& D, std::int32_t flag,
+                                                   T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Polar form: @p flag other than 0 gives this = Q S, flag 0 gives this = S Q, with Q orthogonal and S symmetric and
   /// positive definite. CQXMatrix2 has it the other way round.
@@ -278,11 +284,11 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// Q has the sign of the determinant of this: it may contain a reflection.
   /// @param tolerance what the absolute determinant is compared with
   /// @return as CQXMatrixN::PolarDecomposition()
-  std::int32_t PolarDecomposition(Derived& Q, Derived& S, std::int32_t flag,
-                                  T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept requires(N > 2);
+  [[nodiscard]] std::int32_t PolarDecomposition(Derived& Q, Derived& S, std::int32_t flag,
+                                                T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept requires(N > 2);
   /// The orthogonal factor of the polar form.
   /// @return 1; 0 when the absolute determinant is below the tolerance.
-  std::int32_t ExtractOrthogonal(Derived& Q, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+  [[nodiscard]] std::int32_t ExtractOrthogonal(Derived& Q, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 
  protected:
   [[nodiscard]] static constexpr std::size_t Position(std::int32_t r, std::int32_t c) noexcept {
@@ -306,16 +312,17 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   void RotatePlane(T angleInRadians, std::int32_t flag) noexcept {
     const T c = std::cos(angleInRadians);
     const T s = std::sin(angleInRadians);
+    // Sums alone: g++ makes fused operations of alternating sums and differences where it may, options regardless.
     if (flag != 0) {
       const Vector first = RowVector(First);
       const Vector second = RowVector(Second);
-      SetRowVector(First, first * c - second * s);
+      SetRowVector(First, first * c + second * -s);  // sums alone, which no compiler fuses
       SetRowVector(Second, first * s + second * c);
     } else {
       const Vector first = ColVector(First);
       const Vector second = ColVector(Second);
       SetColVector(First, first * c + second * s);
-      SetColVector(Second, second * c - first * s);
+      SetColVector(Second, second * c + first * -s);
     }
   }
   /// Multiplies row, with @p flag 0 column, @p i by @p factor.

@@ -54,7 +54,7 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
   /// Inverse in closed form; @p target may be this matrix.
   /// @param tolerance what the absolute determinant is compared with
   /// @return 0; 3 when the determinant is below the tolerance, and @p target is untouched.
-  std::int32_t Inverse(CQXMatrix2& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
+  [[nodiscard]] std::int32_t Inverse(CQXMatrix2& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
     const T det = Det();
     if (std::abs(det) < tolerance) return 3;
     const T d = 1 / det;
@@ -89,8 +89,8 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
   /// reflects. When the first column of the unscaled factor has the guarded length 0 the division is left to run.
   /// @param tolerance what the absolute determinant is compared with
   /// @return 1; 0 when the determinant is below the tolerance.
-  std::int32_t PolarDecomposition(CQXMatrix2& U, CQXMatrix2& P, std::int32_t side,
-                                  T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+  [[nodiscard]] std::int32_t PolarDecomposition(CQXMatrix2& U, CQXMatrix2& P, std::int32_t side,
+                                                T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 
  private:
   T m_c[4];

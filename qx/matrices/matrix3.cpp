@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <numbers>
 
 namespace {
@@ -37,6 +38,14 @@ T RootOfNotNegative(T x) {
   return x < 0 ? T(0) : qxGuardedSqrt(x);
 }
 
+/// Makes every not-a-number the same one: its sign would depend on the compiler.
+template <qxReal T>
+void GiveOneSign(std::size_t count, T* numbers) {
+  for (std::size_t i = 0; i < count; ++i) {
+    if (std::isnan(numbers[i])) numbers[i] = std::numeric_limits<T>::quiet_NaN();
+  }
+}
+
 /// The angle with the given sine and cosine, through the arc function that is well conditioned there.
 template <qxReal T>
 T AngleOf(T sine, T cosine) {
@@ -64,7 +73,8 @@ struct Complex {
   T re, im;
 
   Complex operator-(const Complex& b) const { return {re - b.re, im - b.im}; }
-  Complex operator*(const Complex& b) const { return {re * b.re - im * b.im, re * b.im + im * b.re}; }
+  /// Sums alone: a sum beside a difference is what g++ fuses into one rounding where the processor can.
+  Complex operator*(const Complex& b) const { return {re * b.re + -im * b.im, re * b.im + im * b.re}; }
   T SquareMagn() const { return re * re + im * im; }
 };
 
@@ -171,6 +181,7 @@ std::int32_t CQXMatrix3<T>::FindEigenvalues(T& a, T& b, T& c, T tolerance) const
   const std::int32_t result = qxKernels::SolveReducedCubic(-Base::Trace(), minors, -Det(), a, b, c, tolerance);
   for (T* root : {&a, &b, &c}) {
     if (std::abs(*root) <= tolerance) *root = 0;
+    GiveOneSign(1, root);
   }
   return result;
 }
@@ -198,12 +209,14 @@ std::int32_t CQXMatrix3<T>::FindEigenvectorsReal(T lambda, T* target, T toleranc
       // With a tolerance of 0 rows pass for independent although no minor is left.
       if (main == 0) continue;
       (cross / main).Dump(target);
+      GiveOneSign(3, target);
       return 1;
     }
   }
   std::int32_t row = 0;
   for (std::int32_t i = 0; i < zeroRowsNb && zeroRows[i] == row; ++i) ++row;
   m.FindEigenvectorsFromRow(row, target);
+  GiveOneSign(6, target);
   return 2;
 }
 

@@ -62,7 +62,7 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   /// Inverse in closed form: cofactors times 1 / det; @p target may be this matrix.
   /// @param tolerance what the absolute determinant is compared with
   /// @return 0; 3 when the determinant is below the tolerance, and @p target is untouched.
-  std::int32_t Inverse(CQXMatrix3& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
+  [[nodiscard]] std::int32_t Inverse(CQXMatrix3& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
     const T c00 = Minor(4, 5, 7, 8);
     const T c01 = Minor(3, 5, 6, 8);
     const T c02 = Minor(3, 4, 6, 7);
@@ -77,7 +77,8 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   /// Inverse of a 2D coordinate matrix, (A^-1 | -A^-1 d) over the exact row (0, 0, 1); the last row is not read.
   /// @param tolerance what the absolute determinant of the upper left block A is compared with
   /// @return 0; 3 when the determinant is below the tolerance, and @p target is untouched.
-  std::int32_t InverseCoordinateMatrix(CQXMatrix3& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
+  [[nodiscard]] std::int32_t InverseCoordinateMatrix(CQXMatrix3& target,
+                                                     T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
     CQXMatrix2<T> inverse;
     if (CQXMatrix2<T>(m_c[0], m_c[1], m_c[3], m_c[4]).Inverse(inverse, tolerance) != 0) return 3;
     const CQXVector2<T> d = inverse * CQXVector2<T>(m_c[2], m_c[5]);
@@ -152,8 +153,8 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   /// @param tolerance what the absolute determinant and the numerators of Cramer's rule are compared with
   /// @return 1: the solution; -2: one of many, equations that were not needed for it are not tested; -1: there is none,
   /// and @p x is zero.
-  std::int32_t FindAnySolution(const CQXVector3<T>& b, CQXVector3<T>& x,
-                               T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
+  [[nodiscard]] std::int32_t FindAnySolution(const CQXVector3<T>& b, CQXVector3<T>& x,
+                                             T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept;
 
   // Rotations.
 
@@ -182,8 +183,9 @@ class QX_API CQXMatrix3 : public CQXFixedMatrix<CQXMatrix3<T>, CQXVector3<T>, T,
   /// @param hasStretch 0 when S is diagonal: D then keeps the order of the axes; otherwise 1
   /// @param reflection 1 when det(Q) < 0, otherwise 0
   /// @return 1; 0 when the absolute determinant is below the tolerance, and all outputs are untouched.
-  std::int32_t ExtractScaleRotation(CQXMatrix3& out1, CQXMatrix3& out2, CQXMatrix3& out3, std::int32_t side,
-                                    T tolerance, std::int32_t& hasStretch, std::int32_t& reflection) const;
+  [[nodiscard]] std::int32_t ExtractScaleRotation(CQXMatrix3& out1, CQXMatrix3& out2, CQXMatrix3& out3,
+                                                  std::int32_t side, T tolerance, std::int32_t& hasStretch,
+                                                  std::int32_t& reflection) const;
 
   // 2D coordinate matrix. A flag other than 0 multiplies the motion from the left, so that it acts last; 0 from the
   // right, so that it acts first.

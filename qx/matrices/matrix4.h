@@ -76,13 +76,14 @@ class QX_API CQXMatrix4 : public CQXFixedMatrix<CQXMatrix4<T>, CQXVector4<T>, T,
   /// Inverse in closed form: cofactors times 1 / det; @p target may be this matrix.
   /// @param tolerance what the absolute determinant is compared with
   /// @return 0; 3 when the determinant is below the tolerance, and @p target is untouched.
-  std::int32_t Inverse(CQXMatrix4& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
+  [[nodiscard]] std::int32_t Inverse(CQXMatrix4& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
     return qxFixedLanes::Invert4(m_c, tolerance, target.m_c) ? 0 : 3;
   }
   /// Inverse of a coordinate matrix, (A^-1 | -A^-1 d) over the exact row (0, 0, 0, 1); the last row is not read.
   /// @param tolerance what the absolute determinant of the upper left block A is compared with
   /// @return 0; 3 when the determinant is below the tolerance, and @p target is untouched.
-  std::int32_t InverseCoordinateMatrix(CQXMatrix4& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
+  [[nodiscard]] std::int32_t InverseCoordinateMatrix(CQXMatrix4& target,
+                                                     T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
     CQXMatrix3<T> i;
     if (GetMatrix().Inverse(i, tolerance) != 0) return 3;
     const CQXVector3<T> d = i * ExtractTranslation();
@@ -153,8 +154,8 @@ class QX_API CQXMatrix4 : public CQXFixedMatrix<CQXMatrix4<T>, CQXVector4<T>, T,
   /// The point A^-1 (object - d), the inverse of GetObjectCoordinates().
   /// @param tolerance what the absolute determinant of A is compared with
   /// @return 1; 0 when the determinant is below the tolerance, and @p local is untouched.
-  std::int32_t GetLocalCoordinates(const CQXVector3<T>& object, CQXVector3<T>& local,
-                                   T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
+  [[nodiscard]] std::int32_t GetLocalCoordinates(const CQXVector3<T>& object, CQXVector3<T>& local,
+                                                 T tolerance = QX_PREDICATE_TOLERANCE<T>) const noexcept {
     return GetMatrix().SolveSystem(object - ExtractTranslation(), local, tolerance);
   }
 

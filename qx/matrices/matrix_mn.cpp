@@ -304,9 +304,9 @@ std::int32_t CQXMatrixMN<T>::Inverse(CQXMatrixMN& target, T tolerance) const {
   if (this->IsSquare() == 0) return 0;
   CQXMatrixMN inverse(size);
   if (!IsHeld() || !inverse.IsHeld()) return 0;
-  const bool isInverted =
-      size == 4 ? qxInvertInClosedForm(size, Data(), inverse.Data(), tolerance) == 0
-                : qxMatrices::InvertBySingularValues(Size(size), Data(), qxMatrices::fixedBound<T>, inverse.Data());
+  const bool isInverted = size == 4 ? qxInvertInClosedForm(size, Data(), inverse.Data(), tolerance) == 0
+                                    : qxMatrices::InvertBySingularValues(Size(size), Data(), qxMatrices::fixedBound<T>,
+                                                                         inverse.Data()) == qxMatrices::Inversion::done;
   if (isInverted) target.TakeResult(size, size, inverse.Data());
   return isInverted;
 }

@@ -73,35 +73,39 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// Copies the remembered singular numbers, as many as the smaller of rows and columns; does nothing without them.
   void GetSingularNumbers(T* target) const noexcept;
 
-  /// Number of singular numbers above @p tolerance, calculated afresh and remembered.
+  /// Number of singular numbers above @p tolerance, calculated afresh and remembered: it writes the rank, so no other
+  /// thread may use the matrix meanwhile.
   /// @return -1 when they cannot be had: an element is not finite, or memory was refused.
   std::int32_t CalculateRank(T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Factors this = @p Q @p R by Householder's reflections: Q orthogonal, rows x rows; R rows x columns, with exact
   /// zeros below the diagonal. The diagonal of R has no particular sign.
   /// @param tolerance kept for callers of all decompositions alike; the reduction takes every element at its value
-  /// @return 1 for every finite matrix, 0 otherwise.
-  std::int32_t QR_Decomposition(CQXMatrixMN& Q, CQXMatrixMN& R, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  /// @return 1 for every finite matrix with finite factors; 0 otherwise, and when memory was refused.
+  [[nodiscard]] std::int32_t QR_Decomposition(CQXMatrixMN& Q, CQXMatrixMN& R,
+                                              T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Singular value decomposition this = @p U diag(@p singular) @p V^T.
   ///
   /// U is rows x rows and V columns x columns, both orthogonal; a narrower U or V receives the leading columns. The
   /// singular numbers, as many as the smaller of rows and columns, descend and are not negative. They are also
-  /// remembered by the matrix; the rank is left for CalculateRank(). The iteration ends when every superdiagonal
-  /// element is negligible, or without success after 30 sweeps for each column.
+  /// remembered by the matrix, so no other thread may use it meanwhile; the rank is left for CalculateRank(). The
+  /// iteration ends when every superdiagonal element is negligible, or without success after 30 sweeps for each column.
   ///
   /// G. H. Golub, C. Reinsch, Singular value decomposition and least squares solutions, Numer. Math. 14 (1970).
   /// @param tolerance what counts as zero beside the elements of the matrix; 0 for full accuracy. The result is that of
   ///        a matrix whose elements differ by no more than about this from the given one.
-  /// @return 0; 1 when the iteration did not converge or an element is not finite, 2 when memory was refused. The
-  ///         outputs and what the matrix remembers are then untouched.
-  std::int32_t SV_Decomposition(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<T>& singular,
-                                T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  /// @return 0; 1 when the iteration did not converge, an element is not finite or a singular number is beyond the
+  /// range,
+  ///         QX_STATUS_OUT_OF_MEMORY when memory was refused. The outputs and what the matrix remembers are then
+  ///         untouched.
+  [[nodiscard]] std::int32_t SV_Decomposition(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<T>& singular,
+                                              T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Singular value decomposition to full accuracy with the leading min(rows, columns) columns of @p U and @p V only.
   /// Nothing is remembered.
   /// @return 1, 0 on failure.
-  std::int32_t ThinSVD(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<T>& singular) const;
+  [[nodiscard]] std::int32_t ThinSVD(CQXMatrixMN& U, CQXMatrixMN& V, CQXVectorN<T>& singular) const;
 
   /// ThinSVD() of the matrix held by @p a in the rows and columns from 1 on; row and column 0 of all arguments are not
   /// used. @p a becomes U in place; it must have no more columns than rows.
@@ -109,7 +113,7 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// @param singular columns + 1 elements
   /// @param v columns + 1 by columns + 1 elements
   /// @return 1; 0 on failure and for a matrix with more columns than rows.
-  std::int32_t ThinSVDUnitOffsetInPlace(CQXMatrixMN& a, CQXVectorN<T>& singular, CQXMatrixMN& v) const;
+  [[nodiscard]] std::int32_t ThinSVDUnitOffsetInPlace(CQXMatrixMN& a, CQXVectorN<T>& singular, CQXMatrixMN& v) const;
 
   /// Inverse of a square matrix: in closed form for size 4, otherwise through the singular values.
   ///
@@ -117,11 +121,11 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// when
   ///        its smallest singular number is not above 1e-6
   /// @return 1; 0 when the matrix is singular, not square or not finite.
-  std::int32_t Inverse(CQXMatrixMN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t Inverse(CQXMatrixMN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// Inverse and condition number in the given norm: norm times norm of the inverse. Sizes 2, 3 and 4 in closed form,
   /// others as above.
   /// @return 1; 0 when there is no inverse: the condition number is then QX_OVERFLOW_VALUE.
-  std::int32_t Inverse(CQXMatrixMN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const;
+  [[nodiscard]] std::int32_t Inverse(CQXMatrixMN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const;
 
   /// Pseudo-inverse of Moore and Penrose, columns x rows. Singular numbers up to 1e-6 times the largest count as zero;
   /// a zero matrix gives a zero matrix.
@@ -129,12 +133,12 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   /// @param conditionNumber largest over smallest singular number that was inverted; QX_OVERFLOW_VALUE for a zero
   ///        matrix and on failure
   /// @return 1; 0 when an element is not finite or memory was refused.
-  std::int32_t PseudoInverse(CQXMatrixMN& target, qxMatrixNorm norm, T& conditionNumber) const;
+  [[nodiscard]] std::int32_t PseudoInverse(CQXMatrixMN& target, qxMatrixNorm norm, T& conditionNumber) const;
   /// The shortest of the vectors that minimise the length of this x - b: the pseudo-inverse times @p b.
   /// @param b,x vectors of rows and of columns elements
   /// @return as PseudoInverse()
-  std::int32_t PseudoSolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm,
-                                 T& conditionNumber) const;
+  [[nodiscard]] std::int32_t PseudoSolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm,
+                                               T& conditionNumber) const;
 
   /// Norm of the given kind; not a number when an element is not. The spectral one is not a number either when the
   /// singular numbers cannot be had.
@@ -170,9 +174,11 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
 
   /// Mean of all elements; not a number without elements.
   [[nodiscard]] T Mean() const noexcept;
-  /// Sum of the products of corresponding elements; @p m must have as many.
+  /// Sum of the products of corresponding elements; @p m must have as many. Not a number when memory was refused to
+  /// one.
   [[nodiscard]] T InnerProduct(const Base& m) const noexcept;
-  /// Pearson's coefficient of correlation of corresponding elements; 0 when the elements of one matrix do not vary.
+  /// Pearson's coefficient of correlation of corresponding elements; 0 when the elements of one matrix do not vary. Not
+  /// a number when memory was refused to one.
   [[nodiscard]] T CorrelationCoefficient(const Base& m) const noexcept;
 
  protected:

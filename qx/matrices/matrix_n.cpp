@@ -1,10 +1,13 @@
 #include <qx/kernels/array_kernels.h>
+#include <qx/kernels/matrix_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
 #include <qx/matrices/internal/closed_form.h>
 #include <qx/matrices/internal/elimination.h>
 #include <qx/matrices/internal/jacobi.h>
 #include <qx/matrices/internal/measures.h>
 #include <qx/matrices/internal/polar.h>
+#include <qx/matrices/internal/singular_values.h>
+#include <qx/matrices/internal/tridiagonal.h>
 #include <qx/matrices/internal/workspace.h>
 #include <qx/matrices/matrix_n.h>
 
@@ -12,6 +15,20 @@
 #include <cmath>
 #include <limits>
 #include <utility>
+
+namespace {
+
+/// The roads of Inverse(): closed form, Doolittle's factors, singular numbers.
+template <qxReal T>
+qxMatrices::Inversion Invert(std::int32_t size, const T* a, T tolerance, T* target) {
+  using enum qxMatrices::Inversion;
+  if (size >= 2 && size <= 4) return qxInvertInClosedForm(size, a, target, tolerance) == 0 ? done : singular;
+  const std::size_t n = qxElementCount(size, 1);
+  const qxMatrices::Inversion result = qxMatrices::InvertByLU(n, a, tolerance, target);
+  return result != smallPivot ? result : qxMatrices::InvertBySingularValues(n, a, qxMatrices::fixedBound<T>, target);
+}
+
+}  // namespace
 
 template <qxReal T>
 CQXMatrixN<T>::CQXMatrixN(const CQXBaseMatrix<T>& other)
@@ -103,15 +120,27 @@ CQXMatrixN<T>& CQXMatrixN<T>::operator*=(const CQXMatrixN& m) {
 
 template <qxReal T>
 CQXMatrixN<T> CQXMatrixN<T>::operator^(std::int32_t n) const {
-  CQXMatrixN result(m_size);
-  CQXMatrixN factor(*this);
-  if (n < 0 && !IsInverted(Inverse(factor))) return result;
-  result.Unit();
-  for (std::uint32_t rest = n < 0 ? 0u - static_cast<std::uint32_t>(n) : static_cast<std::uint32_t>(n); rest != 0;) {
-    if (rest % 2 != 0) result.PostMultiply(factor);
-    rest /= 2;
-    if (rest != 0) factor.PostMultiply(factor);
+  CQXMatrixN result(m_size), factor(*this), product(m_size);
+  const CQXMatrixN refused(0);
+  if (!this->IsHeld() || !result.IsHeld() || !factor.IsHeld() || !product.IsHeld()) return refused;
+  if (n < 0) {
+    const auto code = Invert(m_size, Data(), QX_PREDICATE_TOLERANCE<T>, factor.Data());
+    if (code != qxMatrices::Inversion::done) return code == qxMatrices::Inversion::outOfMemory ? refused : result;
   }
+  result.Unit();
+  T* r = result.Data();
+  T* f = factor.Data();
+  T* p = product.Data();
+  const auto multiply = [&, size = this->Height()](T*& target, const T* a, const T* b) {
+    qxKernels::MultiplyMatrices(size, size, size, a, b, p);
+    std::swap(target, p);
+  };
+  for (std::uint32_t rest = n < 0 ? 0u - static_cast<std::uint32_t>(n) : static_cast<std::uint32_t>(n); rest != 0;) {
+    if (rest % 2 != 0) multiply(r, r, f);
+    rest /= 2;
+    if (rest != 0) multiply(f, f, f);
+  }
+  if (r != result.Data()) result.Fill(r);
   return result;
 }
 
@@ -165,7 +194,10 @@ std::int32_t CQXMatrixN<T>::IsPositive(T tolerance) const {
 
 template <qxReal T>
 std::int32_t CQXMatrixN<T>::IsSingular(T tolerance) const {
-  return std::abs(Det()) < tolerance;
+  const T det = Det();
+  const bool isFinite = std::all_of(Data(), Data() + this->Count(), [](T x) { return std::isfinite(x); });
+  if (std::isnan(det) && isFinite) return -1;
+  return std::abs(det) < tolerance;
 }
 
 // ---- Elimination
@@ -194,24 +226,15 @@ template <qxReal T>
 std::int32_t CQXMatrixN<T>::Inverse(CQXMatrixN& target, T tolerance) const {
   CQXMatrixN inverse(m_size);
   if (!this->IsHeld() || !inverse.IsHeld()) return CodeOfFailure();
-  if (HasClosedForm()) {
-    const std::int32_t code = qxInvertInClosedForm(m_size, Data(), inverse.Data(), tolerance);
-    if (!IsInverted(code)) return code;
-  } else {
-    switch (qxMatrices::InvertByLU(this->Height(), Data(), tolerance, inverse.Data())) {
-      case qxMatrices::InverseByLU::done:
-        break;
-      case qxMatrices::InverseByLU::smallPivot:
-        if (Base::Inverse(inverse, tolerance) == 0) return 0;
-        break;
-      case qxMatrices::InverseByLU::smallDeterminant:
-        return 3;
-      case qxMatrices::InverseByLU::outOfMemory:
-        return CodeOfFailure();
-    }
+  switch (Invert(m_size, Data(), tolerance, inverse.Data())) {
+    case qxMatrices::Inversion::done:
+      target.TakeResult(m_size, m_size, inverse.Data());
+      return HasClosedForm() ? 0 : 1;
+    case qxMatrices::Inversion::smallDeterminant:
+      return 3;
+    default:
+      return CodeOfFailure();
   }
-  target.TakeResult(m_size, m_size, inverse.Data());
-  return HasClosedForm() ? 0 : 1;
 }
 
 template <qxReal T>
@@ -275,7 +298,8 @@ std::int32_t CQXMatrixN<T>::InvPreconditioner(CQXMatrixN& target, T tolerance) c
       if (i != j && std::abs((*this)(i, j)) <= bound) kept(i, j) = 0;
     }
   }
-  if (kept.IsDiagonal(T(0)) == 0) kept.Inverse(inverse, QX_TOLERANCE<T>);
+  // What cannot be inverted leaves the diagonal.
+  if (kept.IsDiagonal(T(0)) == 0) static_cast<void>(kept.Inverse(inverse, QX_TOLERANCE<T>));
   target.TakeResult(m_size, m_size, inverse.Data());
   return 1;
 }
@@ -300,7 +324,7 @@ T CQXMatrixN<T>::ConditionNumber(qxMatrixNorm norm) const {
   }
   CQXMatrixN inverse(m_size);
   T conditionNumber;
-  Inverse(inverse, norm, qxMatrices::fixedBound<T>, conditionNumber);
+  static_cast<void>(Inverse(inverse, norm, qxMatrices::fixedBound<T>, conditionNumber));
   return conditionNumber;
 }
 
@@ -315,6 +339,9 @@ void CQXMatrixN<T>::JacobiRotate(CQXMatrixN& a, std::int32_t i, std::int32_t j, 
 template <qxReal T>
 qxStatus CQXMatrixN<T>::DestructiveJacobiUnitOffset(CQXMatrixN& a, CQXVectorN<T>& values, CQXMatrixN& vectors,
                                                     std::int32_t& sweeps, T tolerance) const {
+  const bool hasRoom = a.RowsNb() > m_size && a.ColsNb() > m_size && vectors.RowsNb() > m_size &&
+                       vectors.ColsNb() > m_size && values.Dim() > m_size && values.Data() != nullptr;
+  if (!hasRoom || !a.IsHeld() || !vectors.IsHeld()) return QX_STATUS_OUT_OF_MEMORY;
   CQXMatrixN matrix(m_size), rows(m_size);
   CQXVectorN<T> found(m_size);
   const bool isFound = m_size <= 0 || found.Data() != nullptr;
@@ -344,6 +371,20 @@ qxStatus CQXMatrixN<T>::SymmetricEigensolve(CQXVectorN<T>& values, CQXMatrixN& v
       qxMatrices::FindSymmetricForm(this->Height(), Data(), tolerance, found.Data(), rows.Data(), rotations);
   if (status != QX_STATUS_OK) return status;
   if (rotations == 50) return QX_STATUS_TOO_MANY_ROTATIONS;
+  vectors.TakeTransposedResult(m_size, m_size, rows.Data());
+  Base::TakeResult(m_size, found.Data(), values);
+  return QX_STATUS_OK;
+}
+
+template <qxReal T>
+qxStatus CQXMatrixN<T>::SymmetricEigensolveQL(CQXVectorN<T>& values, CQXMatrixN& vectors, T tolerance) const {
+  if (IsSymmetric(tolerance) == 0) return QX_STATUS_NOT_SYMMETRIC;
+  CQXMatrixN rows(m_size);
+  CQXVectorN<T> found(m_size);
+  const bool isFound = m_size <= 0 || found.Data() != nullptr;
+  if (!this->IsHeld() || !rows.IsHeld() || !isFound) return QX_STATUS_OUT_OF_MEMORY;
+  const qxStatus status = qxMatrices::FindSymmetricFormByQL(this->Height(), Data(), found.Data(), rows.Data());
+  if (status != QX_STATUS_OK) return status;
   vectors.TakeTransposedResult(m_size, m_size, rows.Data());
   Base::TakeResult(m_size, found.Data(), values);
   return QX_STATUS_OK;

@@ -68,7 +68,8 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// this := this @p m.
   CQXMatrixN& operator*=(const CQXMatrixN& m);
   /// Power by repeated squaring. The power 0 is the unit matrix; a negative one inverts first, and is the zero matrix
-  /// when the matrix is singular. Mind the low precedence of the operator.
+  /// when the matrix is singular. When memory is refused the result holds no elements, and `^=` leaves the matrix as it
+  /// was. Mind the low precedence of the operator.
   [[nodiscard]] CQXMatrixN operator^(std::int32_t n) const;
   CQXMatrixN& operator^=(std::int32_t n);
 
@@ -90,14 +91,16 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// 1 when the matrix is positive definite: the pivots of the elimination of its symmetric part are above
   /// @p tolerance.
   [[nodiscard]] std::int32_t IsPositive(T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
-  /// 1 when abs(Det()) < @p tolerance.
+  /// 1 when abs(Det()) < @p tolerance; -1 when the determinant cannot be had although all elements are finite: memory
+  /// was refused, or a product left the range.
   [[nodiscard]] std::int32_t IsSingular(T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Doolittle's factors this = @p L @p U without exchange of rows; the diagonal of L is 1.
   /// @param tolerance bound of the absolute pivots
   /// @return 1; 0 when a pivot is below the tolerance: rows and columns before it are filled, so is the pivot itself
   ///         unless it is the first, and the rest is zero.
-  std::int32_t LU_Decomposition(CQXMatrixN& L, CQXMatrixN& U, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t LU_Decomposition(CQXMatrixN& L, CQXMatrixN& U,
+                                              T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Inverse: sizes 2 to 4 in closed form, others by LU_Decomposition(); where that fails, through the singular values.
   ///
@@ -106,30 +109,30 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// @param tolerance bound of the pivots and of their product; sizes 2 to 4: of the absolute determinant
   /// @return sizes 2 to 4: 0; 3 for a singular matrix. Others: 1; 3 when the product of the pivots is below the
   ///         tolerance, 0 when the elimination failed and the matrix is singular by CQXMatrixMN::Inverse().
-  std::int32_t Inverse(CQXMatrixN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t Inverse(CQXMatrixN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// The same, and the condition number: norm times norm of the inverse, QX_OVERFLOW_VALUE without an inverse.
-  std::int32_t Inverse(CQXMatrixN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const;
+  [[nodiscard]] std::int32_t Inverse(CQXMatrixN& target, qxMatrixNorm norm, T tolerance, T& conditionNumber) const;
 
   // Inverses of simple structures. The elements that have to be zero must be within 1e-6 of it and are taken for zero.
   // Result 1; 0 when the structure is another or a diagonal element is below the tolerance: the target is then zero.
 
-  std::int32_t DiagInverse(CQXMatrixN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
-  std::int32_t LowLeftInverse(CQXMatrixN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
-  std::int32_t UpperRightInverse(CQXMatrixN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t DiagInverse(CQXMatrixN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t LowLeftInverse(CQXMatrixN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t UpperRightInverse(CQXMatrixN& target, T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Inverse of the matrix without its small elements off the diagonal, for use as a preconditioner.
   /// @param tolerance elements with abs(a_ij) <= tolerance sqrt(abs(a_ii a_jj)) are dropped; 1 leaves the diagonal of a
   ///        positive definite matrix
   /// @return 1; 0 when a diagonal element is below QX_TOLERANCE. What cannot be inverted gives way to the diagonal.
-  std::int32_t InvPreconditioner(CQXMatrixN& target, T tolerance) const;
+  [[nodiscard]] std::int32_t InvPreconditioner(CQXMatrixN& target, T tolerance) const;
 
   /// Solves this x = b through Inverse().
   /// @return 1; 0 without an inverse, @p x untouched.
-  std::int32_t SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x,
-                           T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x,
+                                         T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// The same, and the condition number as Inverse() gives it.
-  std::int32_t SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm, T tolerance,
-                           T& conditionNumber) const;
+  [[nodiscard]] std::int32_t SolveSystem(const CQXBaseVector<T>& b, CQXBaseVector<T>& x, qxMatrixNorm norm, T tolerance,
+                                         T& conditionNumber) const;
 
   /// Condition number. Spectral: the largest over the smallest singular number, QX_OVERFLOW_VALUE when the smallest is
   /// not above 1e-6. Other norms: norm times norm of the inverse, QX_OVERFLOW_VALUE when Inverse() with the tolerance
@@ -142,19 +145,39 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// H. Rutishauser, The Jacobi method for real symmetric matrices, Numer. Math. 9 (1966).
   /// @param tolerance bound of the symmetry, and of the sum of the absolute elements above the diagonal at which the
   ///        iteration ends; an absolute bound, so pass one that is small beside the elements
+  /// Cost: some 20 n^3 multiplications for each of 6 to 10 sweeps; SymmetricEigensolveQL() is several times as fast
+  /// from size 16 up. Take this one for small matrices, and where small eigenvalues of a positive definite matrix must
+  /// keep their digits.
   /// @return QX_STATUS_OK, also when the sweeps were exhausted. QX_STATUS_NOT_SYMMETRIC. QX_STATUS_TOO_MANY_ROTATIONS
   ///         when the number of rotations is exactly 50, converged or not: any other tolerance may help.
   ///         QX_STATUS_OUT_OF_MEMORY. Unless it is QX_STATUS_OK, the outputs are untouched.
-  qxStatus SymmetricEigensolve(CQXVectorN<T>& values, CQXMatrixN& vectors,
-                               T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] qxStatus SymmetricEigensolve(CQXVectorN<T>& values, CQXMatrixN& vectors,
+                                             T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  /// Eigenvalues, ascending, and orthonormal eigenvectors, in the columns, of a symmetric matrix, by Householder's
+  /// reduction to tridiagonal form and the implicit QL iteration.
+  ///
+  /// The errors are some rounding errors of the largest eigenvalue. Cost: some 9 n^3 operations in all. The iteration
+  /// ends when every element beside the diagonal is negligible beside its neighbours on it, or without success after 30
+  /// steps for one eigenvalue.
+  /// H. Bowdler, R. S. Martin, C. Reinsch, J. H. Wilkinson, The QR and QL algorithms for symmetric matrices, Numer.
+  /// Math. 11 (1968).
+  /// @param tolerance bound of the symmetry; the lower triangle is what counts
+  /// @return QX_STATUS_OK. QX_STATUS_NOT_SYMMETRIC. QX_STATUS_TOO_MANY_ROTATIONS without convergence, when an element
+  /// is
+  ///         not finite or an eigenvalue is beyond the range. QX_STATUS_OUT_OF_MEMORY. Unless it is QX_STATUS_OK, the
+  ///         outputs are untouched.
+  [[nodiscard]] qxStatus SymmetricEigensolveQL(CQXVectorN<T>& values, CQXMatrixN& vectors,
+                                               T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
   /// The sweeps of SymmetricEigensolve() on the symmetric matrix that @p a holds in the rows and columns from 1 to
   /// Size(); row, column and element 0 of all arguments are not used. Only the upper triangle is read; it is destroyed.
   ///
-  /// Values and vectors, in the columns, are not sorted.
+  /// Values and vectors, in the columns, are not sorted. Arguments that have no room for a last row, column or element
+  /// are refused.
   /// @param sweeps on input the limit of sweeps, on output the number of rotations
-  /// @return QX_STATUS_OK, also when the limit was reached; QX_STATUS_OUT_OF_MEMORY
-  qxStatus DestructiveJacobiUnitOffset(CQXMatrixN& a, CQXVectorN<T>& values, CQXMatrixN& vectors, std::int32_t& sweeps,
-                                       T tolerance) const;
+  /// @return QX_STATUS_OK, also when the limit was reached; QX_STATUS_OUT_OF_MEMORY when memory was refused, or an
+  ///         argument has fewer than Size() + 1 rows, columns or elements: nothing is then touched
+  [[nodiscard]] qxStatus DestructiveJacobiUnitOffset(CQXMatrixN& a, CQXVectorN<T>& values, CQXMatrixN& vectors,
+                                                     std::int32_t& sweeps, T tolerance) const;
   /// Rotates the elements x = a(i, j) and y = a(k, l): x := x - s (y + x tau), y := y + s (x_old - y tau).
   void JacobiRotate(CQXMatrixN& a, std::int32_t i, std::int32_t j, std::int32_t k, std::int32_t l, T s,
                     T tau) const noexcept;
@@ -163,8 +186,8 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// eigenvectors are the columns of @p P, this = P D P^T; with any other flag its rows, this = P^T D P.
   /// @param tolerance as in SymmetricEigensolve()
   /// @return 1; 0 when the matrix is not symmetric within the tolerance or memory was refused.
-  std::int32_t SpectralDecomposition(CQXMatrixN& P, CQXMatrixN& D, std::int32_t flag,
-                                     T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t SpectralDecomposition(CQXMatrixN& P, CQXMatrixN& D, std::int32_t flag,
+                                                   T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
   /// Polar form with @p R orthogonal and @p S symmetric and positive definite: this = R S, or this = S R for @p flag 0.
   /// The determinant of R has the sign of that of this.
@@ -175,8 +198,8 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// @param tolerance bound of the absolute determinant; 0 refuses singular matrices alone
   /// @return 1; 0 when the determinant is below the tolerance, the matrix is singular or not finite, the iteration did
   ///         not converge, or memory was refused.
-  std::int32_t PolarDecomposition(CQXMatrixN& R, CQXMatrixN& S, std::int32_t flag,
-                                  T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
+  [[nodiscard]] std::int32_t PolarDecomposition(CQXMatrixN& R, CQXMatrixN& S, std::int32_t flag,
+                                                T tolerance = QX_PREDICATE_TOLERANCE<T>) const;
 
  private:
   /// Ends every assignment: what a matrix that was moved from took over is cut to its leading square.

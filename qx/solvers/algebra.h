@@ -38,15 +38,17 @@ class QX_API CQXAlgebraFunctions {
   /// @return 1 for a unique solution. -1 for none: x = y = 0. -2 for infinitely many: one of them, with the unknown
   ///         beside the first coefficient above the tolerance set to 1. When that coefficient is b, the solution is
   ///         x = 1, y = (r0 - b) / b, which solves the first equation only for a = b; test a first if that matters.
-  static std::int32_t Solve2x2System(T a, T b, T c, T d, T r0, T r1, T& x, T& y, std::int32_t& conditionFlag,
-                                     T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
+  [[nodiscard]] static std::int32_t Solve2x2System(T a, T b, T c, T d, T r0, T r1, T& x, T& y,
+                                                   std::int32_t& conditionFlag,
+                                                   T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
 
   /// Solves a x + b y + c z = r0, d x + e y + f z = r1, g x + h y + i z = r2 by Cramer's rule.
   ///
   /// Flag, tolerance and results are those of Solve2x2System(); without a solution x = y = z = 0. Of infinitely many
   /// solutions the one with the free unknowns at 1 is returned; equations that were not needed for it are not tested.
-  static std::int32_t Solve3x3System(T a, T b, T c, T d, T e, T f, T g, T h, T i, T r0, T r1, T r2, T& x, T& y, T& z,
-                                     std::int32_t& conditionFlag, T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
+  [[nodiscard]] static std::int32_t Solve3x3System(T a, T b, T c, T d, T e, T f, T g, T h, T i, T r0, T r1, T r2, T& x,
+                                                   T& y, T& z, std::int32_t& conditionFlag,
+                                                   T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
 
   /// Solves a x^2 + b x + c = 0.
   ///
@@ -55,17 +57,19 @@ class QX_API CQXAlgebraFunctions {
   /// @return 2: two real roots, @p x1 the smaller. 1: one root in both outputs, a double one or that of a linear
   ///         equation. 0: a complex pair, @p x1 the real part and @p x2 the positive imaginary part. -1: no solution
   ///         (a and b are zero, c is not), -2: every x is one; both outputs are 0.
-  static std::int32_t SolveQuadratic(T a, T b, T c, T& x1, T& x2, T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
+  [[nodiscard]] static std::int32_t SolveQuadratic(T a, T b, T c, T& x1, T& x2,
+                                                   T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
   /// The same with complex outputs: for 0 they are the pair, the positive imaginary part first.
-  static std::int32_t SolveQuadratic(T a, T b, T c, CQXComplex<T>& z1, CQXComplex<T>& z2,
-                                     T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
+  [[nodiscard]] static std::int32_t SolveQuadratic(T a, T b, T c, CQXComplex<T>& z1, CQXComplex<T>& z2,
+                                                   T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
 
   /// Solves x^2 + p x + q = 0.
   /// @param tol the discriminant p^2 / 4 - q counts as zero within it
   /// @return 2, 1 or 0, with the outputs of SolveQuadratic()
-  static std::int32_t SolveReducedQuadratic(T p, T q, T& x1, T& x2, T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
-  static std::int32_t SolveReducedQuadratic(T p, T q, CQXComplex<T>& z1, CQXComplex<T>& z2,
-                                            T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
+  [[nodiscard]] static std::int32_t SolveReducedQuadratic(T p, T q, T& x1, T& x2,
+                                                          T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
+  [[nodiscard]] static std::int32_t SolveReducedQuadratic(T p, T q, CQXComplex<T>& z1, CQXComplex<T>& z2,
+                                                          T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
 
   /// Solves x^3 + a x^2 + b x + c = 0 by the trigonometric and the Cardano form.
   ///
@@ -73,21 +77,23 @@ class QX_API CQXAlgebraFunctions {
   /// @param tol bound below which the parts of the Cardano form count as zero or as equal
   /// @return 3: three real roots, unsorted. 2: real roots of which @p x2 = @p x3. 1: one real root @p x1 and a complex
   ///         pair with the real part @p x2 and the positive imaginary part @p x3.
-  static std::int32_t SolveReducedCubic(T a, T b, T c, T& x1, T& x2, T& x3, T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
+  [[nodiscard]] static std::int32_t SolveReducedCubic(T a, T b, T c, T& x1, T& x2, T& x3,
+                                                      T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
   /// The same with complex outputs: for 1, @p z2 and @p z3 are the pair, the positive imaginary part first.
-  static std::int32_t SolveReducedCubic(T a, T b, T c, CQXComplex<T>& z1, CQXComplex<T>& z2, CQXComplex<T>& z3,
-                                        T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
+  [[nodiscard]] static std::int32_t SolveReducedCubic(T a, T b, T c, CQXComplex<T>& z1, CQXComplex<T>& z2,
+                                                      CQXComplex<T>& z3, T tol = QX_PREDICATE_TOLERANCE<T>) noexcept;
 
   /// Newton's method from the middle of [lo, hi], 19 steps at most.
   ///
   /// @param tol the step is compared with it
   /// @return 1 when a step is below @p tol, and also where the derivative vanishes, with @p root the last iterate: test
   ///         f(root) if that may happen. 0 when the iterate left the interval, @p root untouched, or after 19 steps.
-  static std::int32_t Newton(T lo, T hi, T tol, T& root, Function f, Function df);
-  static std::int32_t Newton(T lo, T hi, T tol, T& root, void* user, FunctionWithUser f, FunctionWithUser df);
+  [[nodiscard]] static std::int32_t Newton(T lo, T hi, T tol, T& root, Function f, Function df);
+  [[nodiscard]] static std::int32_t Newton(T lo, T hi, T tol, T& root, void* user, FunctionWithUser f,
+                                           FunctionWithUser df);
   template <typename F, typename DF>
   requires qxCallable<F, T, T> || qxCallable<DF, T, T>
-  static std::int32_t Newton(T lo, T hi, T tol, T& root, F&& f, DF&& df) {
+  [[nodiscard]] static std::int32_t Newton(T lo, T hi, T tol, T& root, F&& f, DF&& df) {
     qxCallables both(f, df);
     return Newton(lo, hi, tol, root, &both, both.template CallFirst<T, T>, both.template CallSecond<T, T>);
   }
@@ -164,10 +170,10 @@ class QX_API CQXAlgebraFunctions {
   /// While the value at @p x2 is larger in size, @p x1 moves away from it. Otherwise @p x2 moves, and the value taken
   /// for it is that at @p x1: from then on no change of sign is seen. Start with the smaller value at @p x1.
   /// @return 1 when a bracket was found, 0 otherwise; @p x1 and @p x2 hold the last interval
-  static std::int32_t SearchRootBrackets(T& x1, T& x2, Function f);
-  static std::int32_t SearchRootBrackets(T& x1, T& x2, void* user, FunctionWithUser f);
+  [[nodiscard]] static std::int32_t SearchRootBrackets(T& x1, T& x2, Function f);
+  [[nodiscard]] static std::int32_t SearchRootBrackets(T& x1, T& x2, void* user, FunctionWithUser f);
   template <qxCallable<T, T> F>
-  static std::int32_t SearchRootBrackets(T& x1, T& x2, F&& f) {
+  [[nodiscard]] static std::int32_t SearchRootBrackets(T& x1, T& x2, F&& f) {
     qxCallables one(f);
     return SearchRootBrackets(x1, x2, &one, one.template CallFirst<T, T>);
   }
@@ -182,8 +188,8 @@ class QX_API CQXAlgebraFunctions {
   /// @param diagonalShift added to the diagonal of the working matrix when it is above QX_TOLERANCE
   /// @return 1 converged; 0 otherwise, with the best x that was met. 0 with @p x untouched when a diagonal element of
   ///         the working matrix is below QX_TOLERANCE or memory was refused.
-  static std::int32_t SolveByCongugateGradient(const CQXMatrixN<T>& A, const CQXVectorN<T>& b, CQXVectorN<T>& x, T tol,
-                                               T diagonalShift);
+  [[nodiscard]] static std::int32_t SolveByCongugateGradient(const CQXMatrixN<T>& A, const CQXVectorN<T>& b,
+                                                             CQXVectorN<T>& x, T tol, T diagonalShift);
 };
 
 extern template class QX_API CQXAlgebraFunctions<float>;

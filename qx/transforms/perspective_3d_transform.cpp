@@ -65,7 +65,8 @@ std::int32_t CQXPerspective3DTransform<T>::Initialize() {
   this->m_isReady = 0;
   const T d = this->m_distanceToPlane, front = d + this->m_frontDistance, back = d + this->m_backDistance;
   const bool isBounded = this->m_useViewVolume != 0;
-  if (!(d > 0) || (isBounded && !(front > 0 && front < back)) || View::FindViewFrame() == 0) return 0;
+  if (!(d > 0) || !std::isfinite(d) || (isBounded && !(front > 0 && front < back)) || View::FindViewFrame() == 0)
+    return 0;
   // Each row acts on p - eye: d axis + (eye - origin) . axis times the depth, divided by the depth.
   const CQXVector3<T>& eye = this->m_prp;
   const CQXVector3<T>& depth = this->m_localAxis3;

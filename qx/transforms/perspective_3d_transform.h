@@ -42,8 +42,9 @@ class QX_API CQXPerspective3DTransform : public CQXProjective3DTransform<T> {
   /// QX_TRANSFORM_PERSPECTIVE.
   [[nodiscard]] qxTransformType GetTypeOfTransform() const noexcept override;
 
-  /// @return 1; 0 when the distance to the plane is not positive, the view volume is used and its planes do not lie
-  /// before the eye in their order, or as CQXProjective3DTransform::FindViewFrame() says: the object is not ready then.
+  /// @return 1; 0 when the distance to the plane is not positive and finite, the view volume is used and its planes do
+  /// not lie before the eye in their order, or as CQXProjective3DTransform::FindViewFrame() says: the object is not
+  /// ready then.
   std::int32_t Initialize() override;
 
   /// Sets the window to @p aspect times @p windowHeight by @p windowHeight and the distance to the plane so that the

@@ -2,6 +2,7 @@
 
 #include <qx/foundation/api.h>
 #include <qx/foundation/block.h>
+#include <qx/foundation/owner.h>
 #include <qx/foundation/progress.h>
 #include <qx/foundation/scalar.h>
 #include <qx/wavelets/wavelet_filter.h>
@@ -9,17 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <type_traits>
-#include <vector>
-
-template <qxReal T>
-class CQXLifting;
-
-namespace qxInternal {
-template <qxReal T>
-class LevelTransform;
-}
+#include <utility>
 
 /// One plane of samples or, after a transform, the tree of sub-channels that replaces it.
 ///
@@ -31,28 +22,35 @@ class LevelTransform;
 /// coordinate belongs to the low band and one with an odd coordinate to the high band. A rectangle cut out of a picture
 /// is therefore transformed just as it is inside the picture.
 ///
-/// The channel owns its tree and its samples; the filter is only pointed to and must outlive it. Memory that
-/// `operator new[]` refuses with null counts as refused with std::bad_alloc. Sizes and indices are not checked unless a
-/// member says so. A channel is used by one thread at a time; distinct channels are independent.
+/// The channel owns its tree and its samples; the filter is only pointed to and must outlive it. Sizes and indices are
+/// not checked unless a member says so. A channel is used by one thread at a time; distinct channels are independent.
+///
+/// Every member takes the memory it needs before it changes anything. Where `operator new[]` returns null, what would
+/// make a channel gives null and what works in place leaves its channel as it was; where it throws, the exception
+/// passes through and all channels are as they were.
 template <qxReal T>
 class QX_API CQXChannel : public qxBlockAllocated {
  public:
-  // ---- Construction, fields and tree: channel.cpp
+  // ---- Construction, fields and tree
 
   /// Empty: every field 0.
   CQXChannel() noexcept = default;
   /// Raw, without samples: Initialize() or SetData() gives them.
   CQXChannel(std::int32_t columns, std::int32_t rows, std::int32_t offsetX, std::int32_t offsetY) noexcept;
-  /// Raw, with a copy of columns x rows samples; without samples when @p data is null.
+  /// Raw, with a copy of columns x rows samples; without samples when @p data is null or the memory was refused with
+  /// null.
   CQXChannel(std::int32_t columns, std::int32_t rows, const T* data, std::int32_t offsetX, std::int32_t offsetY);
-  /// Deep copy of samples and tree.
+  /// Deep copy of samples and tree; empty when the memory was refused with null.
   CQXChannel(const CQXChannel& other);
   CQXChannel(CQXChannel&& other) noexcept { Swap(other); }
   /// Deep copy of samples and tree.
   CQXChannel& operator=(const CQXChannel& other);
+  /// Takes the fields, samples and tree of the other channel, which is left with those of this one. A channel above or
+  /// below this one in the same tree is copied.
+  CQXChannel& operator=(CQXChannel&& other);
   ~CQXChannel() { DestroyTree(); }
 
-  /// Takes a block of zeros of the channel's size.
+  /// Takes a block of zeros of the channel's size. The samples that it had stay when the memory was refused.
   void Initialize();
   /// Frees samples and tree; columns, rows, count and flag become 0. Offsets, filter, type and normalization stay.
   void Destroy() noexcept;
@@ -62,9 +60,7 @@ class QX_API CQXChannel : public qxBlockAllocated {
   [[nodiscard]] std::int32_t GetOffsetX() const noexcept { return m_offsetX; }
   [[nodiscard]] std::int32_t GetOffsetY() const noexcept { return m_offsetY; }
   /// 0 for a raw channel, 2 or 4 for a decomposed one.
-  [[nodiscard]] std::int32_t GetSubChannelsNb() const noexcept {
-    return static_cast<std::int32_t>(m_subChannels.size());
-  }
+  [[nodiscard]] std::int32_t GetSubChannelsNb() const noexcept { return m_subChannelsNb; }
   [[nodiscard]] const CQXWaveletFilter<T>* GetFilter() const noexcept { return m_filter; }
   /// The wavelet code of the filter; -1 without one.
   [[nodiscard]] qxWaveletType GetFilterType() const noexcept;
@@ -101,10 +97,10 @@ class QX_API CQXChannel : public qxBlockAllocated {
   void SetOffsetX(std::int32_t offsetX) noexcept { m_offsetX = offsetX; }
   void SetOffsetY(std::int32_t offsetY) noexcept { m_offsetY = offsetY; }
   void SetDecompositionFlag(std::int32_t decomposed) noexcept { m_decomposed = decomposed; }
-  /// Destroys the sub-channels and makes @p count empty slots.
-  void SetSubChannelsNb(std::int32_t count);
+  /// Destroys the sub-channels and makes @p count empty slots, 0 to 4: a larger count gives 4.
+  void SetSubChannelsNb(std::int32_t count) noexcept;
   /// Takes ownership of a sub-channel; the one that stood there is destroyed. A bad index destroys @p channel.
-  void SetSubChannel(std::unique_ptr<CQXChannel> channel, std::int32_t index) noexcept;
+  void SetSubChannel(qxOwner<CQXChannel> channel, std::int32_t index) noexcept;
 
   /// The sub-channel at an index; null when there is none.
   [[nodiscard]] CQXChannel* operator[](std::int32_t index) noexcept { return SubChannel(index); }
@@ -114,6 +110,9 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// The sub-channel at an index of a level, level 1 being this channel's own; null when there is none.
   [[nodiscard]] CQXChannel* SubChannel(std::int32_t level, std::int32_t index) noexcept;
   [[nodiscard]] const CQXChannel* SubChannel(std::int32_t level, std::int32_t index) const noexcept;
+
+  /// The channel that this one is a sub-channel of; null at the top.
+  [[nodiscard]] const CQXChannel* Parent() const noexcept { return m_parent; }
 
   /// The sample at a row and column of a raw channel; not checked.
   [[nodiscard]] T& operator()(std::int32_t row, std::int32_t column) noexcept { return m_data[Position(row, column)]; }
@@ -125,7 +124,7 @@ class QX_API CQXChannel : public qxBlockAllocated {
   [[nodiscard]] std::int32_t GetDepth() const noexcept;
 
   /// Copies filter, type and normalization to every channel of the tree.
-  void Inherit();
+  void Inherit() noexcept;
 
   /// Makes sub-channels of zeros with the sizes and offsets of those of @p source, and takes its type. Samples and tree
   /// of this channel are freed. A source without sub-channels gives none.
@@ -138,10 +137,11 @@ class QX_API CQXChannel : public qxBlockAllocated {
   void DestroyLowestSubChannel();
 
   /// A copy of the fields and samples of this channel, without its tree.
-  [[nodiscard]] std::unique_ptr<CQXChannel> CloneRawChannel() const;
+  [[nodiscard]] qxOwner<CQXChannel> CloneRawChannel() const;
   /// A deep copy, of a raw channel too.
-  [[nodiscard]] std::unique_ptr<CQXChannel> CloneDecomposedChannel() const;
-  /// Gives @p target copies of the sub-channels of this level, without their trees.
+  [[nodiscard]] qxOwner<CQXChannel> CloneDecomposedChannel() const;
+  /// Makes @p target a level like this one: sizes, offsets and the three fields, and deep copies of the sub-channels.
+  /// What it held is destroyed. Nothing happens without sub-channels here.
   void CloneOneLevelSubChannels(CQXChannel* target) const;
   /// Destroys what this channel holds and makes it CloneRawChannel() of the source.
   void CopyRawChannel(const CQXChannel& source);
@@ -152,39 +152,38 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// most @p tolerance; otherwise 0.
   [[nodiscard]] std::int32_t RawChannelIsAlmostEqual(const CQXChannel& other, T tolerance) const noexcept;
 
-  // ---- Packed form, rectangles: channel_cut_paste.cpp
+  // ---- Packed form, rectangles
 
   /// A raw channel of the same size and offsets that holds all coefficients, the low band at the origin.
   ///
   /// The high band stands right of the low one (type 1) or below it (type 2); for type 3 LH stands right of LL, HL
   /// below it and HH below LH. The next level stands in the place of the low band. A raw channel gives a copy.
-  [[nodiscard]] std::unique_ptr<CQXChannel> PackDecomposedChannel() const;
+  [[nodiscard]] qxOwner<CQXChannel> PackDecomposedChannel() const;
   /// The tree of @p depth levels whose packed form this raw channel is. Null without samples or filter, or when a level
   /// would be refused by FWTStep().
-  [[nodiscard]] std::unique_ptr<CQXChannel> UnpackDecomposedChannel(const CQXWaveletFilter<T>* filter,
-                                                                    qxChannelType type, std::int32_t depth,
-                                                                    qxWaveletNormalization normalization) const;
+  [[nodiscard]] qxOwner<CQXChannel> UnpackDecomposedChannel(const CQXWaveletFilter<T>* filter, qxChannelType type,
+                                                            std::int32_t depth,
+                                                            qxWaveletNormalization normalization) const;
 
   /// A new channel with the samples, or the coefficients, of a rectangle.
   ///
   /// @p x and @p y are relative to the first sample; the offsets of the result keep the absolute place. From a tree
   /// every level gives the coefficients whose absolute places fall into the rectangle. Null when the rectangle is empty
   /// or not wholly inside.
-  [[nodiscard]] std::unique_ptr<CQXChannel> Cut(std::int32_t x, std::int32_t y, std::int32_t width,
-                                                std::int32_t height) const;
+  [[nodiscard]] qxOwner<CQXChannel> Cut(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) const;
   /// Cut() of a raw channel; null for a decomposed one.
-  [[nodiscard]] std::unique_ptr<CQXChannel> CutFromRawChannel(std::int32_t x, std::int32_t y, std::int32_t width,
-                                                              std::int32_t height) const;
+  [[nodiscard]] qxOwner<CQXChannel> CutFromRawChannel(std::int32_t x, std::int32_t y, std::int32_t width,
+                                                      std::int32_t height) const;
   /// Cut() of a decomposed channel; null for a raw one.
-  [[nodiscard]] std::unique_ptr<CQXChannel> CutFromDecomposedChannel(std::int32_t x, std::int32_t y, std::int32_t width,
-                                                                     std::int32_t height) const;
+  [[nodiscard]] qxOwner<CQXChannel> CutFromDecomposedChannel(std::int32_t x, std::int32_t y, std::int32_t width,
+                                                             std::int32_t height) const;
   /// CutFromDecomposedChannel() of a tree of type 1, 2 and 3; null for another one.
-  [[nodiscard]] std::unique_ptr<CQXChannel> CutRectForRows(std::int32_t x, std::int32_t y, std::int32_t width,
-                                                           std::int32_t height) const;
-  [[nodiscard]] std::unique_ptr<CQXChannel> CutRectForColumns(std::int32_t x, std::int32_t y, std::int32_t width,
-                                                              std::int32_t height) const;
-  [[nodiscard]] std::unique_ptr<CQXChannel> CutRectFor2D(std::int32_t x, std::int32_t y, std::int32_t width,
-                                                         std::int32_t height) const;
+  [[nodiscard]] qxOwner<CQXChannel> CutRectForRows(std::int32_t x, std::int32_t y, std::int32_t width,
+                                                   std::int32_t height) const;
+  [[nodiscard]] qxOwner<CQXChannel> CutRectForColumns(std::int32_t x, std::int32_t y, std::int32_t width,
+                                                      std::int32_t height) const;
+  [[nodiscard]] qxOwner<CQXChannel> CutRectFor2D(std::int32_t x, std::int32_t y, std::int32_t width,
+                                                 std::int32_t height) const;
 
   /// Writes the samples, or the coefficients, of @p source into this channel at the source's offsets.
   ///
@@ -206,26 +205,45 @@ class QX_API CQXChannel : public qxBlockAllocated {
                           std::int32_t height);
   void CutAndPaste2D(const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
 
-  // ---- Print: channel_print.cpp
+  // ---- Print
 
   /// Writes the samples, or all bands level by level, to the standard output stream.
   void Print() const;
 
-  // ---- Transform: channel_transform.cpp
+  // ---- Resampling
+
+  /// A new raw channel of another size over the same picture, at offset (0, 0).
+  ///
+  /// The outer edges of both grids coincide: sample i of the new one stands at (i + 1/2) n / m - 1/2 of the old one,
+  /// for n old and m new samples. Towards a coarser grid the kernel widens and averages what the grid cannot hold. At
+  /// the edges the samples inside share the weight of those that are missing; equal samples give the very same number
+  /// everywhere.
+  /// @return null for a channel without samples, a size below 1, and when memory was refused with null
+  [[nodiscard]] qxOwner<CQXChannel> Resize(std::int32_t columns, std::int32_t rows, qxResampling method) const;
+  /// Resize() to the nearest sizes, at least 1, of the given factors; null also when a factor is not above 0 and finite
+  /// or a size does not fit.
+  [[nodiscard]] qxOwner<CQXChannel> Scale(double factorX, double factorY, qxResampling method) const;
+  /// Half as many samples in both directions, rounded up: sample i stands at 2 i + 1/2, between two old ones. Else as
+  /// Resize().
+  [[nodiscard]] qxOwner<CQXChannel> ScaleRawChannelTwiceDown(qxResampling method) const;
+  /// Twice as many samples in both directions: sample i stands at i / 2 - 1/4. Else as Resize().
+  [[nodiscard]] qxOwner<CQXChannel> ScaleRawChannelTwiceUp(qxResampling method) const;
+
+  // ---- Transform
 
   /// One level of the forward transform.
   ///
   /// A raw channel is consumed and the result is a new channel, owned by the caller. A decomposed channel hands the
   /// step to its deepest low band, and the result is this same channel.
-  /// @return null when the step is refused and nothing has changed: without filter or samples; type 1 with fewer than 2
-  /// rows, type 2 with fewer than 2 columns (the direction that does not divide is tested: that is the contract), type
-  /// 3 with fewer than 2 of either; a tree of another type or wavelet. An unknown type gives a new channel without
-  /// sub-channels and leaves this one as it is.
+  /// @return null when the step, or the memory for it, is refused and nothing has changed: without filter or samples;
+  /// type 1 with fewer than 2 rows, type 2 with fewer than 2 columns (the direction that does not divide is tested:
+  /// that is the contract), type 3 with fewer than 2 of either; a tree of another type or wavelet. An unknown type
+  /// gives a new channel without sub-channels and leaves this one as it is.
   [[nodiscard]] CQXChannel* FWTStep(const CQXWaveletFilter<T>* filter, qxChannelType type);
 
   /// A new raw channel from a tree of one level whose bands are raw. The steps run in place: the bands change.
-  /// @return null for a raw channel and when a band is missing or of the wrong size.
-  [[nodiscard]] std::unique_ptr<CQXChannel> IFWTStep();
+  /// @return null for a raw channel when a band is missing or of the wrong size, and without memory.
+  [[nodiscard]] qxOwner<CQXChannel> IFWTStep();
 
   /// Deals the samples of a raw channel of this size out to the bands of this level, without arithmetic.
   void Split(const CQXChannel& source);
@@ -243,30 +261,30 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// and 2 are never refused for the direction that divides: levels of one sample go on for as long as @p depth says,
   /// so take it from qxCalculateMaximumDepth().
   /// @return a new channel; a plain copy where nothing can be done (depth below 1, no level possible, unknown type, a
-  /// tree of another type or wavelet); null without a filter.
-  [[nodiscard]] std::unique_ptr<CQXChannel> FWT(const CQXWaveletFilter<T>* filter, qxChannelType type,
-                                                std::int32_t depth);
+  /// tree of another type or wavelet); null without a filter or memory.
+  [[nodiscard]] qxOwner<CQXChannel> FWT(const CQXWaveletFilter<T>* filter, qxChannelType type, std::int32_t depth);
   /// FWT() on this channel itself; nothing happens where FWT() gives a plain copy or null.
   void FWTInPlace(const CQXWaveletFilter<T>* filter, qxChannelType type, std::int32_t depth);
 
   /// The inverse transform; this channel stays as it is. A raw channel gives a copy.
-  /// @return null when a band is missing.
-  [[nodiscard]] std::unique_ptr<CQXChannel> IFWT() const;
+  /// Every level goes back by its own type and wavelet. @return null when a band is missing.
+  [[nodiscard]] qxOwner<CQXChannel> IFWT() const;
   /// A rectangle of the inverse transform, the same as Cut() of IFWT() without the work for the rest.
   /// @return null when a band is missing or the rectangle is empty or not wholly inside.
-  [[nodiscard]] std::unique_ptr<CQXChannel> IFWT(std::int32_t x, std::int32_t y, std::int32_t width,
-                                                 std::int32_t height) const;
+  [[nodiscard]] qxOwner<CQXChannel> IFWT(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) const;
   /// Turns this channel into the raw one; nothing happens to a raw channel or when a band is missing.
   void IFWTInPlace();
-  /// The inverse transform that frees this channel's tree level by level while it goes; this channel is left empty.
+  /// The inverse transform that frees this channel's tree level by level while it goes; this channel is left empty. The
+  /// peak is a block for the result and one for the low bands on the way, a quarter of it in two dimensions.
   /// @return null when a band is missing, and this channel stays as it is.
-  [[nodiscard]] std::unique_ptr<CQXChannel> DestroyingIFWT();
+  [[nodiscard]] qxOwner<CQXChannel> DestroyingIFWT();
 
   /// Multiplies every band by the factor of its level: with `low` and `high` the norms, and a = low^2, b = low high,
   /// c = high^2 (low, high, high along one direction), the high bands of level L by b (or c) a^(L-1) and the lowest low
   /// band by a^depth. A factor within 0.000001 of 1 is left out.
   ///
-  /// No effect on a raw channel or with QX_NORMALIZATION_NONE. The forms with a depth leave deeper levels as they are.
+  /// Levels of different types have each the factors of their own. No effect on a raw channel or with
+  /// QX_NORMALIZATION_NONE. The forms with a depth leave deeper levels as they are.
   void Normalize();
   void Normalize(std::int32_t depth, qxWaveletNormalization normalization);
   void Normalize(std::int32_t depth, qxWaveletNormalization normalization, T low, T high);
@@ -277,21 +295,30 @@ class QX_API CQXChannel : public qxBlockAllocated {
 
   /// The lowest low band as a small picture: a raw copy at the scale where a constant picture keeps its value.
   /// @return a copy for a raw channel; null when the band is missing.
-  [[nodiscard]] std::unique_ptr<CQXChannel> GetScaledLowChannel() const;
+  [[nodiscard]] qxOwner<CQXChannel> GetScaledLowChannel() const;
   /// A raw copy of one high band, denormalised. @return null when there is no such band.
-  [[nodiscard]] std::unique_ptr<CQXChannel> GetScaledHighChannel(std::int32_t level, std::int32_t band) const;
+  [[nodiscard]] qxOwner<CQXChannel> GetScaledHighChannel(std::int32_t level, std::int32_t band) const;
 
-  // ---- Noise reduction: channel_denoising.cpp
+  // ---- Noise reduction
 
   /// Noise of the finest high band: the median of the magnitudes of sub-channel 1, divided by 0.6745.
   ///
   /// With QX_NORMALIZATION_2 and family 2 it is about 0.75 of the deviation of white noise in the picture: it is the
   /// noise of the HH band, which is what thresholds are compared with.
-  /// @return 0 for a raw channel, not a number for an empty band.
+  /// @return 0 for a raw channel; not a number for an empty band, or when memory was refused with null
   [[nodiscard]] T EstimateNoise() const;
 
+  /// Deviation of white noise in the samples of a raw channel: the median magnitude of second differences in both
+  /// directions, x (1 -2 1)(1 -2 1)^T, divided by 6 and by 0.6745, at every second row and column.
+  ///
+  /// It is what EstimateNoise() divided by qxDiagonalNoiseGain() says of the transform with QX_WAVELET_2_2. Differences
+  /// with a sample that is not above @p lowest and below @p highest are left out: in a picture with large clipped areas
+  /// they would all be 0. Infinite limits leave nothing out.
+  /// @return not a number when nothing is left, or when memory was refused with null
+  [[nodiscard]] T EstimateNoiseOfSamples(T lowest, T highest) const;
+
   /// Writes a threshold and the ratio between levels, from the variance of the bands less that of the noise. Both are 0
-  /// for a raw channel; the ratio is 0 at depth 1.
+  /// for a raw channel; the ratio is 0 at depth 1; both are not a number when memory was refused with null.
   void EstimateThreshold(T& threshold, T& ratio) const;
 
   /// A new channel with the small coefficients of the high bands cleared; this one is not changed.
@@ -306,13 +333,17 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// written, unless the threshold it is divided by is 0
   /// @param soft 0 keeps what is above the threshold (hard rule), otherwise it shrinks
   /// @return a copy for a raw channel
-  [[nodiscard]] std::unique_ptr<CQXChannel> CleanBelowThreshold(T& threshold, T& ratio, std::int32_t soft,
-                                                                qxWaveletDenoising method) const;
+  [[nodiscard]] qxOwner<CQXChannel> CleanBelowThreshold(T& threshold, T& ratio, std::int32_t soft,
+                                                        qxWaveletDenoising method) const;
+  /// The same for white noise of a known deviation in the samples: v is the square of @p noise times
+  /// qxDiagonalNoiseGain(). QX_DENOISING_GIVEN does without it.
+  [[nodiscard]] qxOwner<CQXChannel> CleanBelowThreshold(T& threshold, T& ratio, std::int32_t soft,
+                                                        qxWaveletDenoising method, T noise) const;
 
   /// A new channel with every coefficient of the high bands below the threshold cleared: @p threshold at level 1,
   /// threshold x ratio at every other level, without a further power of the ratio. With @p soft the others shrink.
   /// @return a copy for a raw channel
-  [[nodiscard]] std::unique_ptr<CQXChannel> CleanDirectly(T threshold, T ratio, std::int32_t soft) const;
+  [[nodiscard]] qxOwner<CQXChannel> CleanDirectly(T threshold, T ratio, std::int32_t soft) const;
 
   /// Cleans the mean of many shifted copies, which takes away the traces of the grid (cycle spinning, Coifman and
   /// Donoho, 1995): one pass with the picture as it is, and @p shifts passes with it turned round by random distances
@@ -320,17 +351,20 @@ class QX_API CQXChannel : public qxBlockAllocated {
   ///
   /// The first pass takes the normalization of this channel, the others QX_NORMALIZATION_2: set that one.
   /// @param threshold,ratio as in CleanBelowThreshold() for each pass anew; the means are written
-  /// @param progress told after each pass; when it returns false, the work ends
-  /// @return a new raw channel; null for a decomposed channel, without a block of samples or a filter, and for
-  /// cancelled work; a copy for an empty block
-  [[nodiscard]] std::unique_ptr<CQXChannel> CleanWithCircularShifts(T& threshold, T& ratio, std::int32_t shifts,
-                                                                    const CQXWaveletFilter<T>* filter,
-                                                                    std::int32_t depth, std::int32_t soft,
-                                                                    qxWaveletDenoising method,
-                                                                    const qxProgress& progress = {}) const;
-
+  /// @param progress called after each pass; false ends the work
+  /// @return a new raw channel; null for a decomposed channel, without a block of samples or a filter, and when the
+  /// work was ended or memory was refused: threshold and ratio are then as they were. A copy for an empty block
+  [[nodiscard]] qxOwner<CQXChannel> CleanWithCircularShifts(T& threshold, T& ratio, std::int32_t shifts,
+                                                            const CQXWaveletFilter<T>* filter, std::int32_t depth,
+                                                            std::int32_t soft, qxWaveletDenoising method,
+                                                            const qxProgress& progress = {}) const;
+  /// The same for white noise of a known deviation in the samples.
+  [[nodiscard]] qxOwner<CQXChannel> CleanWithCircularShifts(T& threshold, T& ratio, std::int32_t shifts,
+                                                            const CQXWaveletFilter<T>* filter, std::int32_t depth,
+                                                            std::int32_t soft, qxWaveletDenoising method, T noise,
+                                                            const qxProgress& progress = {}) const;
   /// Sets all samples of the tree to zero and keeps the tree.
-  void Clean();
+  void Clean() noexcept;
 
   /// Largest of the centre (with its sign) and the magnitudes of the neighbours above, left, right and lower right.
   ///
@@ -339,12 +373,13 @@ class QX_API CQXChannel : public qxBlockAllocated {
   [[nodiscard]] T GetAbsMaxInMask(const T* data, std::int32_t index, std::int32_t columns,
                                   std::int32_t rows) const noexcept;
 
-  // ---- Enhancement: channel_enhancement.cpp
+  // ---- Enhancement
 
   /// Multiplies the high bands by a factor that fades out towards coarser levels: it starts as @p factor and halves
   /// (doubles, for a factor of at most 1) per level until it reaches 1. No effect within 0.000001 of 1.
   void Enhance(T factor);
-  /// Multiplies one band of a level; nothing for a bad band or level.
+  /// Multiplies one band of a level, band 0 above the last level with all the tree that stands for it; nothing for a
+  /// bad band or level.
   void EnhanceSubLevel(T factor, std::int32_t level, std::int32_t band);
   /// Multiplies the high bands of one level; nothing for a level beyond the depth.
   void EnhanceHRLevel(T factor, std::int32_t level);
@@ -358,59 +393,48 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// band takes weights[depth]. Bands that @p other lacks (null lacks all), or has in another size, stay as here.
   /// @param result rebuilt as the blend; may be this channel or @p other. For null the blend is returned instead
   /// @return the blend when @p result is null, otherwise null
-  std::unique_ptr<CQXChannel> MixByLevels(CQXChannel* other, const T* weights, CQXChannel* result) const;
+  qxOwner<CQXChannel> MixByLevels(const CQXChannel* other, const T* weights, CQXChannel* result) const;
   /// Combines two trees, or two raw channels: every coefficient becomes a this + b other. Else as MixByLevels().
-  std::unique_ptr<CQXChannel> Combine(CQXChannel* other, T a, T b, CQXChannel* result) const;
+  qxOwner<CQXChannel> Combine(const CQXChannel* other, T a, T b, CQXChannel* result) const;
 
  private:
-  friend class CQXLifting<T>;
-
-  using SubChannels = std::vector<std::unique_ptr<CQXChannel>, qxBlockAllocator<std::unique_ptr<CQXChannel>>>;
+  static constexpr std::int32_t largestSubChannelsNb = 4;
 
   [[nodiscard]] std::size_t Position(std::int32_t row, std::int32_t column) const noexcept {
     return static_cast<std::size_t>(row) * static_cast<std::size_t>(m_columns) + static_cast<std::size_t>(column);
   }
-  [[nodiscard]] std::size_t Count() const noexcept { return qxElementCount(m_rows, m_columns); }
 
+  [[nodiscard]] bool IsBelow(const CQXChannel& other) const noexcept;
   void Swap(CQXChannel& other) noexcept;
+  void SwapSubChannels(CQXChannel& other) noexcept;
+  void AdoptSubChannels() noexcept;
+  void TakeLevel(CQXChannel& level) noexcept;
   void Clear() noexcept;
   void DestroyTree() noexcept;
-  void TakeUninitialisedSamples();
-  void CreateBands(qxChannelType type);
-  template <typename Visitor>
-  void VisitTree(Visitor visit);
-
+  [[nodiscard]] bool Deepen(const CQXWaveletFilter<T>* filter, qxChannelType type, std::int32_t depth);
+  [[nodiscard]] static qxOwner<CQXChannel> Deliver(qxOwner<CQXChannel> blend, CQXChannel* result);
   [[nodiscard]] bool IsTransformedBy(const CQXWaveletFilter<T>* filter, qxChannelType type) const noexcept;
-  [[nodiscard]] bool HasRawBands(std::int32_t firstBand) const noexcept;
-  [[nodiscard]] bool IsComplete() const noexcept;
-  [[nodiscard]] CQXChannel* LowestLow() noexcept;
-  [[nodiscard]] std::unique_ptr<CQXChannel> TransformOneLevel(const CQXWaveletFilter<T>* filter, qxChannelType type);
-  [[nodiscard]] std::unique_ptr<CQXChannel> FWTRawChannel(const CQXWaveletFilter<T>* filter, qxChannelType type,
-                                                          std::int32_t depth);
-  [[nodiscard]] qxInternal::LevelTransform<T> MakeLevelTransform(const CQXWaveletFilter<T>* filter) const;
-  void CleanInPlace(T& threshold, T& ratio, bool soft, qxWaveletDenoising method);
-  void ScaleHighBands(T factor);
-  void MultiplyLevels(std::int32_t depth, T low, T high);
-
-  [[nodiscard]] std::unique_ptr<CQXChannel> CutTree(qxChannelType type, std::int32_t x, std::int32_t y,
-                                                    std::int32_t width, std::int32_t height) const;
-  void PasteTree(qxChannelType type, const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width,
-                 std::int32_t height);
-  template <typename Weights>
-  [[nodiscard]] std::unique_ptr<CQXChannel> BlendWith(const CQXChannel* other, Weights weights) const;
 
   std::int32_t m_columns = 0;
   std::int32_t m_rows = 0;
   std::int32_t m_offsetX = 0;
   std::int32_t m_offsetY = 0;
-  SubChannels m_subChannels;
+  std::int32_t m_subChannelsNb = 0;
+  qxOwner<CQXChannel> m_subChannels[largestSubChannelsNb];
+  const CQXChannel* m_parent = nullptr;  // so that deep trees are walked through without a stack
   const CQXWaveletFilter<T>* m_filter = nullptr;
   qxChannelType m_type = QX_CHANNEL_RAW;
   qxBlock<T> m_data;
   qxWaveletNormalization m_normalization = QX_NORMALIZATION_NONE;
   std::int32_t m_decomposed = 0;
-  CQXChannel* m_nextToDestroy = nullptr;  // links channels that are being destroyed, so that deep trees need no stack
 };
+
+/// Deviation of the finest diagonal band (for QX_CHANNEL_ROWS and QX_CHANNEL_COLUMNS: of the finest high band) when the
+/// samples are white noise of deviation 1. With QX_NORMALIZATION_2 it is 1, 0.75, 0.625 and 0.546875 for families 1
+/// to 4.
+template <qxReal T>
+[[nodiscard]] QX_API T qxDiagonalNoiseGain(const CQXWaveletFilter<T>& filter, qxChannelType type,
+                                           qxWaveletNormalization normalization) noexcept;
 
 /// Number of halvings of a size until it is below 4: 0 below 4, 1 for 4 to 7, 2 for 8 to 15.
 [[nodiscard]] QX_API std::int32_t qxCalculateMaximumDepth(std::int32_t size) noexcept;
@@ -440,7 +464,7 @@ inline void qxExtractRectData(const T* source, std::int32_t columns, std::int32_
 /// 1 when both trees have the same structure and RawChannelIsAlmostEqual() holds for every pair of channels, else 0.
 template <qxReal T>
 [[nodiscard]] QX_API std::int32_t qxAreChannelsAlmostEqual(const CQXChannel<T>& a, const CQXChannel<T>& b,
-                                                           qxNonDeduced<T> tolerance);
+                                                           qxNonDeduced<T> tolerance) noexcept;
 
 extern template class QX_API CQXChannel<float>;
 extern template class QX_API CQXChannel<double>;

@@ -8,9 +8,6 @@
 
 template <qxReal T>
 class CQXChannel;
-template <qxReal T>
-class CQXWaveletFilter;
-
 namespace qxInternal {
 template <qxReal T>
 class LiftingStep;
@@ -30,7 +27,8 @@ class LiftingStep;
 /// A short-lived view of the low and high band of one signal as the even and odd samples of an interleaved sequence.
 ///
 /// A lifting step adds to one band a short symmetric combination of the other; the inverse step subtracts it again. The
-/// view owns nothing and writes into the samples of the two channels, which must outlive it. A step whose bands are
+/// view owns nothing and writes into the samples of the two channels, which must outlive it, though the constructor
+/// takes them as constant. A step whose bands are
 /// null, empty, of sizes that do not interleave, or without samples changes nothing. Two views over the same channels
 /// must not run at once.
 ///
@@ -61,14 +59,9 @@ class QX_API CQXLifting {
   void InvLiftUsing6Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept;
 
  private:
-  friend class CQXChannel<T>;
-
-  /// All steps of a wavelet in the direction of the view, or their inverse.
-  void Run(const CQXWaveletFilter<T>& filter, bool inverse) noexcept;
   void Apply(const qxInternal::LiftingStep<T>& step, bool alongColumns, bool subtract) noexcept;
   void Step(std::int32_t target, const T* coefficients, std::int32_t taps, qxChannelType type, bool subtract) noexcept;
 
-  std::int32_t m_direction;
   T* m_even = nullptr;
   T* m_odd = nullptr;
   std::int32_t m_evenColumns = 0;

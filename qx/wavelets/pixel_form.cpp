@@ -1,54 +1,18 @@
 #include <qx/foundation/internal/instantiate.h>
+#include <qx/kernels/wavelet_kernels.h>
+#include <qx/wavelets/internal/saturation.h>
 #include <qx/wavelets/pixel_form.h>
 
 #include <algorithm>
-#include <limits>
-#include <numbers>
-
-namespace {
-
-constexpr double rootOf2 = std::numbers::sqrt2;
-constexpr double rootOf3 = std::numbers::sqrt3;
-
-template <qxReal T>
-constexpr T third = T(1 / rootOf3);
-template <qxReal T>
-constexpr T half = T(1 / rootOf2);
-template <qxReal T>
-constexpr T sixth = T(1 / (rootOf2 * rootOf3));
-
-template <typename Sample, qxReal T>
-void Saturate(std::size_t count, const T* samples, Sample* target) noexcept {
-  constexpr T peak = std::numeric_limits<Sample>::max();
-  for (std::size_t i = 0; i < count; ++i) {
-    const T sample = samples[i] + T(0.5);
-    // The comparison with 0 comes first and fails for not a number.
-    target[i] = static_cast<Sample>(sample > 0 ? std::min(sample, peak) : T(0));
-  }
-}
-
-}  // namespace
 
 template <qxReal T>
 void qxToOpponentColours(std::size_t pixelsNb, std::int32_t channelsNb, T* pixels) noexcept {
-  if (channelsNb != 3) return;
-  for (T* pixel = pixels; pixel != pixels + 3 * pixelsNb; pixel += 3) {
-    const T red = pixel[0], green = pixel[1], blue = pixel[2];
-    pixel[0] = (red + green + blue) * third<T>;
-    pixel[1] = (red - blue) * half<T>;
-    pixel[2] = (red - 2 * green + blue) * sixth<T>;
-  }
+  if (channelsNb == 3) qxKernels::RotateColours(pixels, pixels + 1, pixels + 2, 3, pixelsNb, true);
 }
 
 template <qxReal T>
 void qxFromOpponentColours(std::size_t pixelsNb, std::int32_t channelsNb, T* pixels) noexcept {
-  if (channelsNb != 3) return;
-  for (T* pixel = pixels; pixel != pixels + 3 * pixelsNb; pixel += 3) {
-    const T luma = pixel[0] * third<T>, redOverBlue = pixel[1] * half<T>, magentaOverGreen = pixel[2] * sixth<T>;
-    pixel[0] = luma + redOverBlue + magentaOverGreen;
-    pixel[1] = luma - 2 * magentaOverGreen;
-    pixel[2] = luma - redOverBlue + magentaOverGreen;
-  }
+  if (channelsNb == 3) qxKernels::RotateColours(pixels, pixels + 1, pixels + 2, 3, pixelsNb, false);
 }
 
 template <qxReal T>
@@ -68,12 +32,12 @@ void qxCopyMirroredWindow(std::int32_t width, std::int32_t height, std::int32_t 
 
 template <qxReal T>
 void qxSaturate(std::size_t count, const T* samples, std::uint8_t* target) noexcept {
-  Saturate(count, samples, target);
+  std::transform(samples, samples + count, target, qxInternal::Saturated<std::uint8_t, T>);
 }
 
 template <qxReal T>
 void qxSaturate(std::size_t count, const T* samples, std::uint16_t* target) noexcept {
-  Saturate(count, samples, target);
+  std::transform(samples, samples + count, target, qxInternal::Saturated<std::uint16_t, T>);
 }
 
 #define QX_INSTANTIATE(T)                                                                                            \

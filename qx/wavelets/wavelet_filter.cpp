@@ -1,8 +1,8 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/wavelets/wavelet_filter.h>
 
-#include <algorithm>
-#include <initializer_list>
-#include <utility>
+#include <cstddef>
+#include <iterator>
 
 namespace {
 
@@ -50,66 +50,51 @@ constexpr Wavelet wavelets[] = {
     {3, {4096, 6, {35, -265, 998, 998, -265, 35}}, -7, 7},
 };
 
+constexpr std::int32_t largestSize = 6;
+
+/// The coefficients of all wavelets as numbers.
 template <qxReal T>
-void Divide(const Fractions& fractions, qxBlock<T>& target) {
+struct Tables {
+  T dual[std::size(families)][largestSize] = {};
+  T first[std::size(families)][largestSize] = {};
+  T update[std::size(wavelets)][largestSize] = {};
+};
+
+template <qxReal T>
+constexpr void Divide(const Fractions& fractions, T* target) {
   for (std::int32_t i = 0; i < fractions.size; ++i) {
-    target[static_cast<std::size_t>(i)] =
-        static_cast<T>(fractions.numerators[i]) / static_cast<T>(fractions.denominator);
+    target[i] = static_cast<T>(fractions.numerators[i]) / static_cast<T>(fractions.denominator);
   }
 }
 
 template <qxReal T>
-qxBlock<T> MakeZeros(std::int32_t size) {
-  const std::size_t count = size > 0 ? static_cast<std::size_t>(size) : 0;
-  qxBlock<T> block = qxMakeBlockOrThrow<T>(count);
-  std::fill_n(block.get(), count, T(0));
-  return block;
+constexpr Tables<T> MakeTables() {
+  Tables<T> tables;
+  for (std::size_t i = 0; i < std::size(families); ++i) {
+    Divide(families[i].dual, tables.dual[i]);
+    Divide(families[i].first, tables.first[i]);
+  }
+  for (std::size_t i = 0; i < std::size(wavelets); ++i) Divide(wavelets[i].update, tables.update[i]);
+  return tables;
 }
+
+template <qxReal T>
+constexpr Tables<T> tables = MakeTables<T>();
+
+template <qxReal T>
+constexpr T zeros[largestSize] = {};
 
 }  // namespace
 
 template <qxReal T>
-CQXWaveletFilter<T>::CQXWaveletFilter(const CQXWaveletFilter& other)
-    : m_type(other.m_type),
-      m_primeSize(other.m_primeSize),
-      m_dualSize(other.m_dualSize),
-      m_prime2Size(other.m_prime2Size),
-      m_primeStart(other.m_primeStart),
-      m_primeEnd(other.m_primeEnd),
-      m_dualStart(other.m_dualStart),
-      m_dualEnd(other.m_dualEnd),
-      m_lowShift(other.m_lowShift),
-      m_highShift(other.m_highShift) {
+CQXWaveletFilter<T>::CQXWaveletFilter(const CQXWaveletFilter& other) noexcept : CQXWaveletFilter() {
+  *this = other;
   AllocateMemory();
+  m_lowNorm0 = m_highNorm0 = m_lowNorm1 = m_highNorm1 = 0;
 }
 
 template <qxReal T>
-CQXWaveletFilter<T>& CQXWaveletFilter<T>::operator=(const CQXWaveletFilter& other) {
-  if (this == &other) return *this;
-  if (other.m_arrays.empty()) {
-    m_arrays.emplace_back(std::allocate_shared<Arrays>(qxBlockAllocator<Arrays>()));
-  } else {
-    m_arrays.push_back(other.m_arrays.back());
-  }
-  m_type = other.m_type;
-  m_primeSize = other.m_primeSize;
-  m_dualSize = other.m_dualSize;
-  m_prime2Size = other.m_prime2Size;
-  m_primeStart = other.m_primeStart;
-  m_primeEnd = other.m_primeEnd;
-  m_dualStart = other.m_dualStart;
-  m_dualEnd = other.m_dualEnd;
-  m_lowShift = other.m_lowShift;
-  m_highShift = other.m_highShift;
-  m_lowNorm0 = other.m_lowNorm0;
-  m_highNorm0 = other.m_highNorm0;
-  m_lowNorm1 = other.m_lowNorm1;
-  m_highNorm1 = other.m_highNorm1;
-  return *this;
-}
-
-template <qxReal T>
-void CQXWaveletFilter<T>::Set(qxWaveletType type) {
+void CQXWaveletFilter<T>::Set(qxWaveletType type) noexcept {
   Build(type);
   m_type = type;
   m_lowShift = -1;
@@ -117,36 +102,26 @@ void CQXWaveletFilter<T>::Set(qxWaveletType type) {
 }
 
 template <qxReal T>
-void CQXWaveletFilter<T>::AllocateMemory() {
-  PutInForce(m_primeSize, m_dualSize, m_prime2Size);
-}
-
-/// Takes new arrays and only then stores their sizes, so that refused memory leaves sizes and arrays that fit.
-template <qxReal T>
-typename CQXWaveletFilter<T>::Arrays& CQXWaveletFilter<T>::PutInForce(std::int32_t primeSize, std::int32_t dualSize,
-                                                                      std::int32_t prime2Size) {
-  auto arrays = std::allocate_shared<Arrays>(qxBlockAllocator<Arrays>());
-  arrays->prime = MakeZeros<T>(primeSize);
-  arrays->dual = MakeZeros<T>(dualSize);
-  if (prime2Size != 0) arrays->prime2 = MakeZeros<T>(prime2Size);
-  m_arrays.push_back(std::move(arrays));
-  m_primeSize = primeSize;
-  m_dualSize = dualSize;
-  m_prime2Size = prime2Size;
-  return *m_arrays.back();
+void CQXWaveletFilter<T>::AllocateMemory() noexcept {
+  m_prime = zeros<T>;
+  m_dual = zeros<T>;
+  m_prime2 = m_prime2Size != 0 ? zeros<T> : nullptr;
 }
 
 template <qxReal T>
-void CQXWaveletFilter<T>::Build(qxWaveletType type) {
+void CQXWaveletFilter<T>::Build(qxWaveletType type) noexcept {
   const bool known = type >= QX_WAVELET_1_1 && type <= QX_WAVELET_4_6;
-  const Wavelet& wavelet = wavelets[known ? type : QX_WAVELET_2_2];
+  const std::int32_t code = known ? type : QX_WAVELET_2_2;
+  const Wavelet& wavelet = wavelets[code];
   const Family& family = families[wavelet.family];
   const bool beginsWithLow = family.first.size != 0;
-  const Fractions& prime = beginsWithLow ? family.first : wavelet.update;
-  Arrays& arrays = PutInForce(prime.size, family.dual.size, beginsWithLow ? wavelet.update.size : 0);
-  Divide(prime, arrays.prime);
-  Divide(family.dual, arrays.dual);
-  if (beginsWithLow) Divide(wavelet.update, arrays.prime2);
+
+  m_primeSize = beginsWithLow ? family.first.size : wavelet.update.size;
+  m_dualSize = family.dual.size;
+  m_prime2Size = beginsWithLow ? wavelet.update.size : 0;
+  m_prime = beginsWithLow ? tables<T>.first[wavelet.family] : tables<T>.update[code];
+  m_dual = tables<T>.dual[wavelet.family];
+  m_prime2 = beginsWithLow ? tables<T>.update[code] : nullptr;
 
   m_lowNorm0 = static_cast<T>(family.lowNorm0);
   m_highNorm0 = static_cast<T>(family.highNorm0);
@@ -158,20 +133,6 @@ void CQXWaveletFilter<T>::Build(qxWaveletType type) {
   m_dualEnd = wavelet.dualEnd;
 }
 
-// clang-format off
-template <qxReal T> void CQXWaveletFilter<T>::Set1_1() { Build(QX_WAVELET_1_1); }
-template <qxReal T> void CQXWaveletFilter<T>::Set1_3() { Build(QX_WAVELET_1_3); }
-template <qxReal T> void CQXWaveletFilter<T>::Set1_5() { Build(QX_WAVELET_1_5); }
-template <qxReal T> void CQXWaveletFilter<T>::Set2_2() { Build(QX_WAVELET_2_2); }
-template <qxReal T> void CQXWaveletFilter<T>::Set2_4() { Build(QX_WAVELET_2_4); }
-template <qxReal T> void CQXWaveletFilter<T>::Set2_6() { Build(QX_WAVELET_2_6); }
-template <qxReal T> void CQXWaveletFilter<T>::Set3_1() { Build(QX_WAVELET_3_1); }
-template <qxReal T> void CQXWaveletFilter<T>::Set3_3() { Build(QX_WAVELET_3_3); }
-template <qxReal T> void CQXWaveletFilter<T>::Set3_5() { Build(QX_WAVELET_3_5); }
-template <qxReal T> void CQXWaveletFilter<T>::Set4_2() { Build(QX_WAVELET_4_2); }
-template <qxReal T> void CQXWaveletFilter<T>::Set4_4() { Build(QX_WAVELET_4_4); }
-template <qxReal T> void CQXWaveletFilter<T>::Set4_6() { Build(QX_WAVELET_4_6); }
-// clang-format on
-
-template class CQXWaveletFilter<float>;
-template class CQXWaveletFilter<double>;
+#define QX_INSTANTIATE(T) template class CQXWaveletFilter<T>;
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE

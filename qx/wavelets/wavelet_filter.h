@@ -6,8 +6,6 @@
 #include <qx/wavelets/wavelet_types.h>
 
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 /// One of the twelve lifting wavelets: its coefficient arrays, the reach of its filters and its normalisation factors.
 ///
@@ -15,7 +13,8 @@
 /// into lifting steps (Daubechies and Sweldens, 1998). Families 1 and 2 run the dual array on the high band, then the
 /// prime array on the low band; families 3 and 4 run prime on low, dual on high, prime2 on low.
 ///
-/// A filter that has been built may be read by any number of channels and threads. Channels hold a pointer to it and do
+/// The arrays are tables of the library: a filter takes no memory, and pointers to its arrays stay readable for ever. A
+/// filter that has been built may be read by any number of channels and threads. Channels hold a pointer to it and do
 /// not own it: the filter outlives them.
 template <qxReal T>
 class QX_API CQXWaveletFilter : public qxBlockAllocated {
@@ -24,50 +23,48 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
   CQXWaveletFilter() noexcept = default;
 
   /// The filter of the wavelet, as Set(@p type) makes it.
-  explicit CQXWaveletFilter(qxWaveletType type) { Set(type); }
+  explicit CQXWaveletFilter(qxWaveletType type) noexcept { Set(type); }
 
-  /// Copies the type, the sizes, the reach and the shifts. The new arrays hold zeros and the norms are 0: the copy has
-  /// the shape of the wavelet and none of its numbers. Call Set() on it, or assign, to have these.
-  CQXWaveletFilter(const CQXWaveletFilter& other);
+  /// Copies the type, the sizes, the reach and the shifts. The arrays of the copy hold zeros and its norms are 0: the
+  /// copy has the shape of the wavelet and none of its numbers. Call Set() on it, or assign, to have these.
+  CQXWaveletFilter(const CQXWaveletFilter& other) noexcept;
 
-  /// Copies every field, the norms included; both objects then share the arrays of @p other. The arrays held before
-  /// stay readable until this object goes.
-  CQXWaveletFilter& operator=(const CQXWaveletFilter& other);
+  /// Copies every field, the norms included; both objects then share the arrays of @p other.
+  CQXWaveletFilter& operator=(const CQXWaveletFilter& other) noexcept = default;
 
   ~CQXWaveletFilter() = default;
 
   /// Stores the code, builds its wavelet and sets both shifts to -1. A code that is not one of the twelve is stored and
-  /// builds 2_2. Arrays held before stay readable until this object goes; refused memory changes nothing.
-  void Set(qxWaveletType type);
+  /// builds 2_2.
+  void Set(qxWaveletType type) noexcept;
   /// Set() for the stored code.
-  void Set() { Set(m_type); }
+  void Set() noexcept { Set(m_type); }
 
   /// Stores the code alone: the arrays, norms and reach keep describing the old wavelet until Set() is called.
   void SetWavelet(qxWaveletType type) noexcept { m_type = type; }
   [[nodiscard]] qxWaveletType GetWavelet() const noexcept { return m_type; }
 
-  /// Takes new arrays of the present sizes, filled with zeros; prime2 is null when its size is 0. Arrays held before
-  /// stay readable until this object goes.
-  void AllocateMemory();
+  /// Replaces the arrays by zeros of the present sizes; prime2 is null when its size is 0.
+  void AllocateMemory() noexcept;
 
   // Each builder sets sizes, arrays, norms and reach of one wavelet; the stored code and the shifts stay.
-  void Set1_1();
-  void Set1_3();
-  void Set1_5();
-  void Set2_2();
-  void Set2_4();
-  void Set2_6();
-  void Set3_1();
-  void Set3_3();
-  void Set3_5();
-  void Set4_2();
-  void Set4_4();
-  void Set4_6();
+  void Set1_1() noexcept { Build(QX_WAVELET_1_1); }
+  void Set1_3() noexcept { Build(QX_WAVELET_1_3); }
+  void Set1_5() noexcept { Build(QX_WAVELET_1_5); }
+  void Set2_2() noexcept { Build(QX_WAVELET_2_2); }
+  void Set2_4() noexcept { Build(QX_WAVELET_2_4); }
+  void Set2_6() noexcept { Build(QX_WAVELET_2_6); }
+  void Set3_1() noexcept { Build(QX_WAVELET_3_1); }
+  void Set3_3() noexcept { Build(QX_WAVELET_3_3); }
+  void Set3_5() noexcept { Build(QX_WAVELET_3_5); }
+  void Set4_2() noexcept { Build(QX_WAVELET_4_2); }
+  void Set4_4() noexcept { Build(QX_WAVELET_4_4); }
+  void Set4_6() noexcept { Build(QX_WAVELET_4_6); }
 
   /// The stored arrays; null when there is none.
-  [[nodiscard]] const T* PrimeCoefficients() const noexcept { return Array(&Arrays::prime); }
-  [[nodiscard]] const T* DualCoefficients() const noexcept { return Array(&Arrays::dual); }
-  [[nodiscard]] const T* Prime2Coefficients() const noexcept { return Array(&Arrays::prime2); }
+  [[nodiscard]] const T* PrimeCoefficients() const noexcept { return m_prime; }
+  [[nodiscard]] const T* DualCoefficients() const noexcept { return m_dual; }
+  [[nodiscard]] const T* Prime2Coefficients() const noexcept { return m_prime2; }
 
   [[nodiscard]] std::int32_t GetPrimeSize() const noexcept { return m_primeSize; }
   [[nodiscard]] std::int32_t GetDualSize() const noexcept { return m_dualSize; }
@@ -89,18 +86,7 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
   [[nodiscard]] std::int32_t GetHighShift() const noexcept { return m_highShift; }
 
  private:
-  struct Arrays {
-    qxBlock<T> prime;
-    qxBlock<T> dual;
-    qxBlock<T> prime2;
-  };
-
-  [[nodiscard]] const T* Array(qxBlock<T> Arrays::*array) const noexcept {
-    return m_arrays.empty() ? nullptr : ((*m_arrays.back()).*array).get();
-  }
-
-  Arrays& PutInForce(std::int32_t primeSize, std::int32_t dualSize, std::int32_t prime2Size);
-  void Build(qxWaveletType type);
+  void Build(qxWaveletType type) noexcept;
 
   qxWaveletType m_type = static_cast<qxWaveletType>(-1);
   std::int32_t m_primeSize = 0;
@@ -116,8 +102,9 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
   T m_highNorm0 = 0;
   T m_lowNorm1 = 0;
   T m_highNorm1 = 0;
-  // The last ones are in force; the earlier ones are kept for those who still hold pointers into them.
-  std::vector<std::shared_ptr<Arrays>, qxBlockAllocator<std::shared_ptr<Arrays>>> m_arrays;
+  const T* m_prime = nullptr;
+  const T* m_dual = nullptr;
+  const T* m_prime2 = nullptr;
 };
 
 extern template class QX_API CQXWaveletFilter<float>;

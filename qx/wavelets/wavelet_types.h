@@ -57,3 +57,10 @@ enum qxWaveletDenoising : std::int32_t {
   QX_DENOISING_BAND_SIGNAL = 4,        ///< per band, from the band's variance less that of the noise
   QX_DENOISING_BAND_SIGNAL_MASKED = 5  ///< as before; a coefficient goes only when its neighbours are small too
 };
+
+/// How CQXChannel::Resize() makes a sample of those around its place.
+enum qxResampling : std::int32_t {
+  QX_RESAMPLING_AREA = 0,     ///< mean over the area that one sample of the coarser grid covers
+  QX_RESAMPLING_CUBIC = 1,    ///< cubic convolution with a = -1/2 (Keys, 1981)
+  QX_RESAMPLING_LANCZOS3 = 2  ///< windowed sinc of six samples, the sharpest; so does any other value
+};

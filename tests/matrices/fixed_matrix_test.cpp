@@ -282,4 +282,18 @@ TYPED_TEST(FixedMatrix, SymmetricMatricesHaveAnEigenbasis) {
   EXPECT_LT(Difference(vectors.Transpose() * diagonal * vectors, m), 64 * eps<T>);  // untouched
 }
 
+TYPED_TEST(FixedMatrix, RowsAndColumnsMayComeFromTheMatrixItself) {
+  constexpr std::int32_t n = TypeParam::RowsNb();
+  const TypeParam source = Ramp<TypeParam>(1);
+  for (std::int32_t line = 0; line < n; ++line) {
+    TypeParam byColumn = source, byRow = source;
+    byColumn.SetColumn(line, byColumn.Data());
+    byRow.SetRow(line, byRow.Data() + 1);
+    for (std::int32_t i = 0; i < n; ++i) {
+      EXPECT_EQ(byColumn(i, line), source[i]);
+      EXPECT_EQ(byRow(line, i), source[i + 1]);
+    }
+  }
+}
+
 }  // namespace

@@ -185,6 +185,15 @@ TYPED_TEST(Matrix3, EigenvectorsOfEveryRank) {
     ASSERT_EQ(m.FindEigenvectorsReal(lambda, vectors, T(1e-4)), 1);
     this->ExpectEigenvectors(m, lambda, vectors, 1, T(1e-4));
   }
+  M exact;
+  exact.Unit();
+  for (const T tolerance : {T(0), T(1e-6)}) {  // a triple root, exact at any tolerance
+    ASSERT_EQ(exact.FindEigenvalues(values[0], values[1], values[2], tolerance), 2);
+    for (const T lambda : values) EXPECT_NEAR(lambda, 1, 4 * std::numeric_limits<T>::epsilon());
+  }
+  exact(0, 1) = -std::numeric_limits<T>::quiet_NaN();
+  exact.FindEigenvalues(values[0], values[1], values[2]);
+  for (const T lambda : values) EXPECT_EQ(std::isnan(lambda) && !std::signbit(lambda), true);
 }
 
 TYPED_TEST(Matrix3, ComplexEigenvectors) {

@@ -238,6 +238,47 @@ TYPED_TEST(Square, EigenvaluesComposeTheMatrix) {
   }
 }
 
+TYPED_TEST(Square, BothEigenSolversAgree) {
+  using T = TypeParam;
+  for (const std::string& kind : kinds) {
+    for (const std::int32_t n : this->sizes) {
+      SCOPED_TRACE(kind + " " + std::to_string(n));
+      const CQXMatrixN<T> a = this->Symmetric(kind, n);
+      const double size = residuals::Size(a);
+      CQXMatrixN<T> vectors(n), p(n), d(n);
+      CQXVectorN<T> values(n);
+      ASSERT_EQ(a.SymmetricEigensolveQL(values, vectors, 0), QX_STATUS_OK);
+      for (std::int32_t i = 0; i < n; ++i) d(i, i) = values[i];
+      for (std::int32_t i = 1; i < n; ++i) EXPECT_LE(values[i - 1], values[i]);
+      ExpectSmall<T>("QL: A - V D V^T over n norm", residuals::Size(vectors * d * vectors.Transpose() - a), n * size,
+                     4);
+      ExpectSmall<T>("QL: I - V^T V over n", LossOfOrthogonality(vectors), n, 4);
+      if (kind == "graded up" || kind == "graded down") continue;
+      ASSERT_EQ(a.SpectralDecomposition(p, d, 0, static_cast<T>(this->eps * size / 8)), 1);
+      const CQXVectorN<T> difference = values - CQXVectorN<T>(d.Diagonal());
+      ExpectSmall<T>("QL: eigenvalues less those of Jacobi over n norm", static_cast<double>(difference.NormInf()),
+                     n * size, 4);
+    }
+  }
+  // 2, -1, -1, ...: the eigenvalues of the second difference are known, 2 - 2 cos(k pi / (n + 1)).
+  constexpr std::int32_t n = 100;
+  CQXMatrixN<T> a(n), vectors(n);
+  CQXVectorN<T> values(n);
+  for (std::int32_t i = 0; i < n; ++i) {
+    a(i, i) = std::ldexp(T(2), 90);
+    if (i > 0) a(i - 1, i) = a(i, i - 1) = std::ldexp(T(-1), 90);
+  }
+  ASSERT_EQ(a.SymmetricEigensolveQL(values, vectors), QX_STATUS_OK);
+  for (std::int32_t k = 0; k < n; ++k) {
+    EXPECT_NEAR(static_cast<double>(std::ldexp(values[k], -90)), 2 - 2 * std::cos((k + 1) * std::acos(-1.0) / (n + 1)),
+                n * this->eps);
+  }
+  a(3, 4) += std::ldexp(T(1), 90);
+  EXPECT_EQ(a.SymmetricEigensolveQL(values, vectors, 1), QX_STATUS_NOT_SYMMETRIC);
+  a(0, 0) = std::numeric_limits<T>::infinity();
+  EXPECT_EQ(a.SymmetricEigensolveQL(values, vectors, std::numeric_limits<T>::max()), QX_STATUS_TOO_MANY_ROTATIONS);
+}
+
 /// The printed sweep, element by element on the upper triangle with indices from 1, as an independent form.
 template <typename T>
 std::int32_t PrintedJacobi(std::int32_t n, std::int32_t limit, T tolerance, CQXMatrixN<T>& a, CQXVectorN<T>& values,
@@ -322,6 +363,13 @@ TYPED_TEST(Square, TheSweepsAreThePrintedOnesToTheLastBit) {
 
 TYPED_TEST(Square, StatusesOfTheEigenSolver) {
   using T = TypeParam;
+  CQXMatrixN<T> room(4), tight(3);
+  CQXVectorN<T> roomy(4), short3(3, T(-7));
+  std::int32_t sweeps = 5;
+  EXPECT_EQ(tight.DestructiveJacobiUnitOffset(tight, roomy, room, sweeps, 0), QX_STATUS_OUT_OF_MEMORY);
+  EXPECT_EQ(tight.DestructiveJacobiUnitOffset(room, short3, room, sweeps, 0), QX_STATUS_OUT_OF_MEMORY);
+  EXPECT_EQ(tight.DestructiveJacobiUnitOffset(room, roomy, tight, sweeps, 0), QX_STATUS_OUT_OF_MEMORY);
+  EXPECT_EQ(sweeps, 5);
   CQXMatrixN<T> a(3), vectors(3);
   CQXVectorN<T> values(3, T(-7));
   a(0, 1) = 1;

@@ -24,10 +24,10 @@ template <typename T>
 std::vector<CQXMatrixMN<T>> Matrices() {
   std::vector<CQXMatrixMN<T>> all;
   for (const auto& [rows, columns] : shapes) {
-    const CQXMatrixMN<T> a = RandomMatrix<T>(rows, columns, 21);
+    const CQXMatrixMN<T> a = Made(RandomMatrix<T>(rows, columns, 21));
     all.push_back(a);
     all.push_back(RandomMatrix<T>(rows, 2, 22) * RandomMatrix<T>(2, columns, 23));
-    CQXMatrixMN<T> gaps = a, diagonal(rows, columns), graded = a;
+    auto gaps = Made(a), diagonal = Made(CQXMatrixMN<T>(rows, columns)), graded = Made(a);
     for (std::int32_t r = 0; r < rows; ++r) {
       for (std::int32_t c = 0; c < columns; ++c) {
         if (r % 3 == 1 || c % 4 == 2) gaps(r, c) = 0;
@@ -87,7 +87,7 @@ void BaseMatrixRows() {
     using C = CQXComplex<T>;
     for (const auto& [rows, columns] : shapes) {
       Numbers<T> next(35);
-      CQXBaseMatrix<C> a(rows, columns), b(columns, rows);
+      auto a = Made(CQXBaseMatrix<C>(rows, columns)), b = Made(CQXBaseMatrix<C>(columns, rows));
       for (std::int32_t i = 0; i < rows * columns; ++i) {
         const T x = next(), y = next();
         a[i].Set(x, y);
@@ -160,8 +160,8 @@ void OverSquares(const std::string& operation, Function f) {
   using M = CQXMatrixN<T>;
   Row<T>("MatrixN " + operation, [&](Hash& h) {
     for (const std::int32_t n : {1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 17, 31, 40}) {
-      const M a = RandomMatrix<T>(n, n, 51);
-      M lower = a, upper = a, diagonal(n), singular = a;
+      const M a = Made(M(RandomMatrix<T>(n, n, 51)));
+      M lower = Made(a), upper = Made(a), diagonal = Made(M(n)), singular = Made(a);
       for (std::int32_t r = 0; r < n; ++r) {
         for (std::int32_t c = 0; c < n; ++c) {
           if (r < c) lower(r, c) = 0;

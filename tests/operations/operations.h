@@ -9,6 +9,8 @@
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <mutex>
+#include <new>
 #include <ranges>
 #include <sstream>
 #include <string>
@@ -73,7 +75,8 @@ class Hash {
     Add(transform.GetMatrix());
   }
   template <std::ranges::range A>
-  void Add(const A& values) {
+  requires(!requires(const A& own) { own.Data(); })  // the library's own arrays are ranges too
+      void Add(const A& values) {
     for (const auto& value : values) Add(value);
   }
   template <typename T>
@@ -88,7 +91,7 @@ class Hash {
     for (std::int32_t i = 0; i < d.GetChannelsNb(); ++i) AddPointee(d[i]);
   }
   template <typename A>
-  void Add(const std::unique_ptr<A>& pointer) {
+  void Add(const qxOwner<A>& pointer) {
     AddPointee(pointer.get());
   }
   template <typename A>
@@ -131,13 +134,32 @@ void PlatformRow(const std::string& name, Function compute) {
   Row<T>(name, compute, true);
 }
 
+/// Hands a run-time-sized object or a pointer on, unless its memory was refused without an exception.
+template <typename A>
+A Made(A a) {
+  bool isMade = true;
+  if constexpr (requires { a.RowsNb(); }) {
+    isMade = a.Data() != nullptr || qxElementCount(a.RowsNb(), a.ColsNb()) == 0;
+  } else if constexpr (requires { a.Dim(); }) {
+    isMade = a.Data() != nullptr || a.Dim() <= 0;
+  } else {
+    isMade = a != nullptr;
+  }
+  if (!isMade) throw std::bad_alloc();
+  return a;
+}
+
 /// What a function writes to the standard output.
 template <typename Function>
 std::string Printed(Function print) {
+  static std::mutex oneAtATime;
+  const std::lock_guard lock(oneAtATime);
   std::ostringstream stream;
-  std::streambuf* const old = std::cout.rdbuf(stream.rdbuf());
+  const struct Redirection {
+    std::streambuf* old;
+    ~Redirection() { std::cout.rdbuf(old); }
+  } redirection{std::cout.rdbuf(stream.rdbuf())};
   print();
-  std::cout.rdbuf(old);
   return stream.str();
 }
 

@@ -158,7 +158,7 @@ void MinimisationRows() {
   Row<T>("QuasiNewtonLBFGS", [tol](Hash& h) {
     for (const std::int32_t n : {1, 2, 3, 7, 20, 50}) {
       for (const std::int32_t m : {1, 3, 7}) {
-        CQXVectorN<T> x(n, T(-1.25));
+        CQXVectorN<T> x = Made(CQXVectorN<T>(n, T(-1.25)));
         QX_OPTIMIZATION_INFO info = QX_OPT_IN_PROGRESS;
         h(O::QuasiNewtonLBFGS(n, std::min(n, m), x, tol, tol, tol, 500, Valley<T>, ValleySlope<T>, info), x, info);
       }
@@ -171,7 +171,7 @@ void MinimisationRows() {
         std::vector<QX_OPTIMIZATION_CONSTRAINTS> kinds(size);
         for (std::size_t i = 0; i < size; ++i) kinds[i] = static_cast<QX_OPTIMIZATION_CONSTRAINTS>((i + size) % 4);
         const std::vector<T> lower(size, T(-0.5)), upper(size, T(0.75));
-        CQXVectorN<T> x(n, T(-1.25));
+        CQXVectorN<T> x = Made(CQXVectorN<T>(n, T(-1.25)));
         QX_OPTIMIZATION_INFO info = QX_OPT_IN_PROGRESS;
         h(O::QuasiNewtonConstraintLBFGSB(n, std::min(n, m), x, tol, tol, tol, 500, kinds.data(), lower.data(),
                                          upper.data(), Valley<T>, ValleySlope<T>, info),

@@ -309,14 +309,14 @@ void InterpolationRows() {
       std::vector<CQXVectorN<T>> v;
       std::vector<CQXMatrixMN<T>> m;
       for (int k = 0; k < 4; ++k) {
-        v.emplace_back(n, next.Array(static_cast<std::size_t>(n)).data());
+        v.push_back(Made(CQXVectorN<T>(n, next.Array(static_cast<std::size_t>(n)).data())));
         m.emplace_back(n, 3, next.Array(static_cast<std::size_t>(3 * n)).data());
       }
       h(I::VectorsLinear(v[0], v[1], t), I::VectorsQuadratic(v[0], v[1], v[2], T(0), T(0.4), T(1), t),
         I::VectorsCubic(v[0], v[1], v[2], v[3], T(-1), T(0), T(0.7), T(1), t));
       h(I::MatricesLinear(m[0], m[1], t), I::MatricesQuadratic(m[0], m[1], m[2], T(0), T(0.4), T(1), t),
         I::MatricesCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(0.7), T(1), t));
-      CQXBaseVector<CQXComplex<T>> a(n), b(n);
+      auto a = Made(CQXBaseVector<CQXComplex<T>>(n)), b = Made(CQXBaseVector<CQXComplex<T>>(n));
       for (std::int32_t i = 0; i < n; ++i) {
         a[i].Set(v[0][i], v[1][i]);
         b[i].Set(v[2][i], v[3][i]);

@@ -136,11 +136,11 @@ void BaseVectorRows(const std::string& name, Make make) {
   using V = CQXBaseVector<Element>;
   const auto overLengths = [&](const std::string& operation, auto f) {
     Row<T>(name + ' ' + operation, [&](Hash& h) {
-      for (const std::int32_t n : lengths) f(h, make(n, 5), make(n, 6), n);
+      for (const std::int32_t n : lengths) f(h, Made(make(n, 5)), Made(make(n, 6)), n);
     });
   };
   overLengths("arithmetic", [&](Hash& h, V a, V b, std::int32_t n) {
-    const Element factor = make(1, 7)[0];
+    const Element factor = Made(make(1, 7))[0];
     h(a + b, a - b, a * factor, b / factor, a.Negate(), a == b, a != b, a == a);
     a += b;
     a *= factor;
@@ -179,14 +179,14 @@ void VectorNRows() {
   Row<T>("VectorN measures", [](Hash& h) {
     for (const std::int32_t n : lengths) {
       for (const T scale : {T(1), T(1e-12), T(1e18), std::numeric_limits<T>::max()}) {
-        V v(n, Numbers<T>(8).Array(static_cast<std::size_t>(n)).data());
+        V v = Made(V(n, Numbers<T>(8).Array(static_cast<std::size_t>(n)).data()));
         v *= scale;
         h(v.Length(), v.SquareLength(), v.Norm1(), v.NormInf(), v.IsAlmostZero(), v.IsAlmostUnit(T(0.5)));
         for (const std::int32_t flag : {0, 1}) {
           h(v.GetMinComponent(flag), v.GetMaxComponent(flag), v.GetIndexOfMinComponent(flag),
             v.GetIndexOfMaxComponent(flag));
         }
-        const V w = v * T(0.5);
+        const V w = Made(v * T(0.5));
         if (n > 0) h(qxDist(v, w), qxCos(v, w), qxAreOrthogonal(v, w), qxAreAlmostEqual(v, w));
         h(v.Normalize(), v);
         v.AnnulateSmallComponents(T(0.1));
@@ -206,7 +206,7 @@ void VectorNRows() {
   PlatformRow<T>("VectorN angles", [](Hash& h) {
     for (const std::int32_t n : lengths) {
       const auto size = static_cast<std::size_t>(n);
-      const V v(n, Numbers<T>(8).Array(size).data()), w(n, Numbers<T>(9).Array(size).data());
+      const V v = Made(V(n, Numbers<T>(8).Array(size).data())), w = Made(V(n, Numbers<T>(9).Array(size).data()));
       h(qxFindAngleInDegrees(v, w), qxFindAngleInRadians(w, v));
     }
   });
@@ -225,7 +225,7 @@ void VectorRows() {
   });
   BaseVectorRows<T, CQXComplex<T>>("BaseVector of complex", [](std::int32_t n, std::uint32_t seed) {
     Numbers<T> next(seed);
-    CQXBaseVector<CQXComplex<T>> v(n);
+    auto v = Made(CQXBaseVector<CQXComplex<T>>(n));
     for (std::int32_t i = 0; i < n; ++i) {
       const T real = next();
       v[i].Set(real, next());
@@ -234,7 +234,7 @@ void VectorRows() {
   });
   BaseVectorRows<T, std::int32_t>("BaseVector of int", [](std::int32_t n, std::uint32_t seed) {
     Numbers<double> next(seed);
-    CQXBaseVector<std::int32_t> v(n);
+    auto v = Made(CQXBaseVector<std::int32_t>(n));
     for (std::int32_t i = 0; i < n; ++i) v[i] = static_cast<std::int32_t>(next() * 1e9);
     return v;
   });

@@ -32,9 +32,9 @@ void TransformRows(std::int32_t code) {
   const std::string wavelet = "Wavelet " + std::to_string(code) + ' ';
   Row<T>(wavelet + "filter", [&](Hash& h) {
     for (const std::int32_t i : {0, 1}) h(filter.GetLowNorm(i), filter.GetHighNorm(i));
-    for (std::int32_t i = 0; i < filter.GetPrimeSize(); ++i) h(filter.PrimeCoefficients()[i]);
-    for (std::int32_t i = 0; i < filter.GetDualSize(); ++i) h(filter.DualCoefficients()[i]);
-    for (std::int32_t i = 0; i < filter.GetPrimeSize2(); ++i) h(filter.Prime2Coefficients()[i]);
+    for (std::int32_t i = 0; i < filter.GetPrimeSize(); ++i) h(Made(filter.PrimeCoefficients())[i]);
+    for (std::int32_t i = 0; i < filter.GetDualSize(); ++i) h(Made(filter.DualCoefficients())[i]);
+    for (std::int32_t i = 0; i < filter.GetPrimeSize2(); ++i) h(Made(filter.Prime2Coefficients())[i]);
     h(filter.GetPrimeStartInd(), filter.GetPrimeEndInd(), filter.GetDualStartInd(), filter.GetDualEndInd());
   });
   Row<T>(wavelet + "FWT", [&](Hash& h) { OverTrees<T>(filter, [&](const auto& tree, auto...) { h(tree); }); });
@@ -48,7 +48,7 @@ void TransformRows(std::int32_t code) {
   Row<T>(wavelet + "FWTStep", [&](Hash& h) {
     for (const auto& [columns, rows] : sizes) {
       CQXChannel<T> picture = Picture<T>(columns, rows);
-      const std::unique_ptr<CQXChannel<T>> step(picture.FWTStep(&filter, QX_CHANNEL_2D));
+      const qxOwner<CQXChannel<T>> step(picture.FWTStep(&filter, QX_CHANNEL_2D));
       h(step);
       if (step != nullptr) h(step->IFWTStep());
     }
@@ -75,13 +75,14 @@ void ChannelRows() {
   };
   overTrees("packed form", [&](Hash& h, auto& tree, auto...) {
     const auto packed = tree.PackDecomposedChannel();
-    h(packed, packed->UnpackDecomposedChannel(&filter, tree.GetType(), tree.GetDepth(), QX_NORMALIZATION_1));
+    h(packed,
+      Made(packed.get())->UnpackDecomposedChannel(&filter, tree.GetType(), tree.GetDepth(), QX_NORMALIZATION_1));
   });
   overTrees("Cut and Paste", [](Hash& h, auto& tree, std::int32_t columns, std::int32_t rows) {
     const auto part = tree.Cut(columns / 3, rows / 4, (columns + 1) / 2, (rows + 1) / 2);
     h(part);
     const auto copy = tree.CloneDecomposedChannel();
-    copy->EnhanceRawData(T(2));
+    Made(copy.get())->EnhanceRawData(T(2));
     copy->Clean();
     if (part != nullptr) copy->Paste(*part);
     h(copy, qxAreChannelsAlmostEqual(tree, *copy, T(1e-3)), tree.DestroyingIFWT());
@@ -169,6 +170,7 @@ void DecompositionRows() {
         image.SetTypeOfNormalization(QX_NORMALIZATION_2);
         image.GetImageIn8BitsFormat(bytes.data());
         auto tree = image.FWT(2, QX_CHANNEL_2D);
+        Made(tree.get());
         h(tree, bytes, tree->GetImageInPackedForm(), tree->GetScaledLowImage(), tree->GetScaledHighImage(1, 1));
         std::vector<T> thresholds(3, T(10)), ratios(3, T(1.5));
         tree->EstimateThresholds(thresholds.data(), ratios.data());

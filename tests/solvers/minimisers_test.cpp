@@ -357,7 +357,7 @@ TYPED_TEST(Minimisers, FitsBearOutliersAndKeepBounds) {
 
 TYPED_TEST(Minimisers, DifferencesStandInForTheJacobian) {
   using T = TypeParam;
-  for (const int number : {1, 7, 8, 15, 20}) {
+  for (const int number : {1, 7, 8, 12, 15}) {
     const mgh::Problem problem = mgh::All()[static_cast<std::size_t>(number - 1)];
     const auto n = static_cast<std::int32_t>(problem.n);
     CQXVectorN<T> x(n);
@@ -366,7 +366,7 @@ TYPED_TEST(Minimisers, DifferencesStandInForTheJacobian) {
     const auto r = [&](const CQXVectorN<T>& at, CQXVectorN<T>& out) { problem.Evaluate(at.Data(), out.Data()); };
     const T f = CQXOptimization::LevenbergMarquardt(n, static_cast<std::int32_t>(problem.m), x,
                                                     CQXLeastSquaresOptions<T>(), r, info);
-    EXPECT_NEAR(f, problem.minima[0], sizeof(T) == 8 ? 1e-7 : 1e-3) << number;
+    EXPECT_NEAR(f, problem.minima[0], sizeof(T) == 8 ? 1e-7 : 1e-3) << number << ' ' << info;
   }
 }
 

@@ -275,14 +275,19 @@ TYPED_TEST(ManyVariables, AnExceptionOfAnyCallPassesThrough) {
     bomb.Count();
     problems::Rosenbrock(2, at.Data(), g.Data());
   };
+  const auto residuals = [&](const CQXVectorN<T>& at, CQXVectorN<T>& r) {
+    bomb.Count();
+    r[0] = 10 * (at[1] - at[0] * at[0]);
+    r[1] = 1 - at[0];
+  };
   const std::function<void()> solvers[] = {
-      [&] { CQXAlgebra::Newton(T(0), T(3), T(1e-4), root, f, df); },
+      [&] { found = CQXAlgebra::Newton(T(0), T(3), T(1e-4), root, f, df); },
       [&] { root = CQXAlgebra::SafeNewton(T(0), T(3), T(1e-4), f, df); },
       [&] { root = CQXAlgebra::Brent(T(0), T(3), T(1e-4), f); },
       [&] { root = CQXAlgebra::Secant(T(0), T(3), T(1e-4), f); },
       [&] { root = CQXAlgebra::Bisection(T(0), T(3), T(1e-4), f); },
       [&] { CQXAlgebra::NarrowRootBrackets(T(0), T(3), 4, found, ends[0], ends[1], f); },
-      [&] { CQXAlgebra::SearchRootBrackets(a = 2, b = 3, f); },
+      [&] { found = CQXAlgebra::SearchRootBrackets(a = 2, b = 3, f); },
       [&] { CQXOptimization::FindInitTriple(a = -9, b = -8, c, fa, fb, fc, bowl); },
       [&] { CQXOptimization::GoldenSection(-1, T(0.5), 3, T(1e-3), root, bowl); },
       [&] { CQXOptimization::ParabolicDescent(-1, T(0.5), 3, T(1e-3), root, bowl); },
@@ -295,6 +300,30 @@ TYPED_TEST(ManyVariables, AnExceptionOfAnyCallPassesThrough) {
         x.Fill(start);
         CQXOptimization::QuasiNewtonConstraintLBFGSB(2, 2, x, T(1e-6), T(1e-6), T(1e-6), 99, kinds, lower, upper, value,
                                                      gradient, info);
+      },
+      [&] {
+        x.Fill(start);
+        CQXOptimization::FastestDescend(2, x, T(1e-6), T(1e-6), T(1e-6), 20, value, gradient, info);
+      },
+      [&] {
+        x.Fill(start);
+        CQXOptimization::ConjugateGradient(2, x, T(1e-6), T(1e-6), T(1e-6), 20, value, gradient, info);
+      },
+      [&] {
+        x.Fill(start);
+        CQXOptimization::QuasiNewtonBFGS(2, x, T(1e-6), T(1e-6), T(1e-6), 20, value, gradient, info);
+      },
+      [&] {
+        x.Fill(start);
+        CQXOptimization::SimplexDescent(2, x, T(0.5), T(1e-3), T(1e-3), 90, value, info);
+      },
+      [&] {
+        x.Fill(start);
+        CQXOptimization::PowellConjugateDirections(2, x, T(0.5), T(1e-3), T(1e-3), 5, value, info);
+      },
+      [&] {
+        x.Fill(start);
+        CQXOptimization::LevenbergMarquardt(2, 2, x, CQXLeastSquaresOptions<T>(), residuals, info);
       }};
   for (const auto& solve : solvers) {
     bomb = {0};

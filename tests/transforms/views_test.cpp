@@ -327,6 +327,7 @@ TYPED_TEST(Perspective, TheFieldOfViewIsAnAngleOfTheWholeHeight) {
   EXPECT_EQ(aspect, T(1.5));
   for (const T none : {T(0), T(180.5), T(-30)}) {
     view.SetFieldOfView(none, 1, 400);
+    view.UseBackFrontPlanes(0);
     EXPECT_EQ(view.Initialize(), 0) << none;
   }
 }

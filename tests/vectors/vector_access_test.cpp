@@ -36,6 +36,7 @@ TYPED_TEST(VectorAccess, ActsAsRangeTupleAndKey) {
   EXPECT_EQ(get<TypeParam::dimension - 1>(std::as_const(v)), v[99]);
 
   std::unordered_set<TypeParam, qxExactHash, qxExactEqual> keys;
+  v[0] = T(0.5);
   TypeParam almost = v, zero;
   almost[0] = std::nextafter(almost[0], T(100));
   EXPECT_TRUE(almost == v);  // by the tolerance

@@ -1,6 +1,5 @@
 #include <qx/wavelets/channel.h>
 
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -15,8 +14,8 @@ class Channel : public ::testing::Test {
  protected:
   const CQXWaveletFilter<T> m_filter{QX_WAVELET_2_4};
 
-  std::unique_ptr<CQXChannel<T>> MakeTree(qxChannelType type, std::int32_t depth, std::int32_t columns = 21,
-                                          std::int32_t rows = 17, std::int32_t offset = 0) const {
+  qxOwner<CQXChannel<T>> MakeTree(qxChannelType type, std::int32_t depth, std::int32_t columns = 21,
+                                  std::int32_t rows = 17, std::int32_t offset = 0) const {
     CQXChannel<T> picture = MakeNoisyChannel<T>(columns, rows, offset, -offset);
     picture.SetTypeOfNormalization(QX_NORMALIZATION_1);
     return picture.FWT(&m_filter, type, depth);
@@ -31,7 +30,7 @@ class Channel : public ::testing::Test {
 TYPED_TEST_SUITE(Channel, FloatTypes);
 
 TYPED_TEST(Channel, CopiesAreDeepAndOwnershipMovesOnce) {
-  std::unique_ptr<CQXChannel<TypeParam>> tree = this->MakeTree(QX_CHANNEL_2D, 2);
+  qxOwner<CQXChannel<TypeParam>> tree = this->MakeTree(QX_CHANNEL_2D, 2);
   CQXChannel<TypeParam> copy(*tree), assigned;
   assigned = copy;
   (*assigned.SubChannel(2, 1))(0, 0) += 1;
@@ -49,11 +48,33 @@ TYPED_TEST(Channel, CopiesAreDeepAndOwnershipMovesOnce) {
   EXPECT_EQ(qxAreChannelsAlmostEqual(moved, *tree, 0), 1);
   EXPECT_EQ(copy.GetSubChannelsNb(), 0);
 
-  tree->SetSubChannel(std::make_unique<CQXChannel<TypeParam>>(), 4);
-  tree->SetSubChannel(std::make_unique<CQXChannel<TypeParam>>(), -1);
+  tree->SetSubChannel(qxMakeOwner<CQXChannel<TypeParam>>(), 4);
+  tree->SetSubChannel(qxMakeOwner<CQXChannel<TypeParam>>(), -1);
   EXPECT_EQ((*tree)[4], nullptr);
   EXPECT_EQ((*tree)[-1], nullptr);
   EXPECT_EQ(tree->SubChannel(9, 1), nullptr);
+}
+
+TYPED_TEST(Channel, SwapsOfAChannelWithItsOwnSubChannelCopy) {
+  const auto tree = this->MakeTree(QX_CHANNEL_2D, 2), before = tree->CloneDecomposedChannel();
+  std::swap(*tree, *tree->SubChannel(0));
+  EXPECT_EQ(qxAreChannelsAlmostEqual(*tree, *(*before)[0], 0), 1);
+  CQXChannel<TypeParam> a(*before), b;
+  std::swap(a, b);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(b, *before, 0), 1);
+  EXPECT_EQ(a.GetSubChannelsNb(), 0);
+  EXPECT_EQ(b.SubChannel(2, 1)->Parent(), b[0]);
+  EXPECT_EQ(b.Parent(), nullptr);
+}
+
+TYPED_TEST(Channel, OneLevelIsClonedWithWhatStandsBelow) {
+  const auto tree = this->MakeTree(QX_CHANNEL_2D, 2);
+  CQXChannel<TypeParam> target = MakeNoisyChannel<TypeParam>(3, 3);
+  tree->CloneOneLevelSubChannels(&target);
+  EXPECT_EQ(target.IFWT()->RawChannelIsAlmostEqual(*tree->IFWT(), 0), 1);
+  const CQXChannel<TypeParam> held(target);
+  MakeNoisyChannel<TypeParam>(3, 3).CloneOneLevelSubChannels(&target);
+  EXPECT_EQ(qxAreChannelsAlmostEqual(held, target, 0), 1);
 }
 
 TYPED_TEST(Channel, AMillionLevelsNeedNoStack) {
@@ -61,7 +82,7 @@ TYPED_TEST(Channel, AMillionLevelsNeedNoStack) {
   CQXChannel<TypeParam> channel = MakeNoisyChannel<TypeParam>(1, 2);
   channel.FWTInPlace(&this->m_filter, QX_CHANNEL_ROWS, 1000000);
   EXPECT_EQ(channel.GetDepth(), 1000000);
-  const std::unique_ptr<CQXChannel<TypeParam>> clone = channel.CloneDecomposedChannel();
+  const qxOwner<CQXChannel<TypeParam>> clone = channel.CloneDecomposedChannel();
   EXPECT_EQ(qxAreChannelsAlmostEqual(channel, *clone, 0), 1);
   clone->Enhance(TypeParam(0));
   EXPECT_EQ(

@@ -1,3 +1,4 @@
+#include <qx/arrays/random.h>
 #include <qx/wavelets/channel.h>
 
 #include <algorithm>
@@ -30,7 +31,7 @@ class Denoising : public ::testing::Test {
     return picture;
   }
 
-  std::unique_ptr<CQXChannel<T>> MakeTree(std::int32_t depth = 3) const {
+  qxOwner<CQXChannel<T>> MakeTree(std::int32_t depth = 3) const {
     return MakePicture(10).FWT(&m_filter, QX_CHANNEL_2D, depth);
   }
 
@@ -75,6 +76,79 @@ TYPED_TEST(Denoising, NoiseIsTheMedianOfTheFinestDiagonalBand) {
   const TypeParam median = TypeParam(0.5) * (magnitudes[511] + magnitudes[512]);
   EXPECT_EQ(tree->EstimateNoise(), median / TypeParam(0.6745));
   EXPECT_EQ((*tree)[1]->EstimateNoise(), 0);
+}
+
+TYPED_TEST(Denoising, NoiseOfTheSamplesLeavesClippedOnesOut) {
+  const TypeParam infinity = std::numeric_limits<TypeParam>::infinity();
+  // By hand: one place, 4 - 2 (1 + 2 + 3 + 4) + (5 + 6 + 7 + 8) = 10 with a centre of 1.
+  const TypeParam samples[] = {5, 1, 6, 2, 1, 3, 7, 4, 8};
+  const CQXChannel<TypeParam> small(3, 3, samples, 0, 0);
+  EXPECT_EQ(small.EstimateNoiseOfSamples(-infinity, infinity), 10 / TypeParam(6 * 0.6745));
+  for (const auto& [lowest, highest] : {std::pair(1, 9), std::pair(0, 8)}) {
+    const TypeParam none =
+        small.EstimateNoiseOfSamples(static_cast<TypeParam>(lowest), static_cast<TypeParam>(highest));
+    EXPECT_NE(none, none);
+  }
+  CQXChannel<TypeParam> picture = this->MakePicture(10);
+  const TypeParam noise = picture.EstimateNoiseOfSamples(-infinity, infinity);
+  for (std::int32_t i = 0; i < this->size * 40; ++i) picture.GetData()[i] = 0;
+  EXPECT_EQ(picture.EstimateNoiseOfSamples(-infinity, infinity), 0);
+  EXPECT_NEAR(picture.EstimateNoiseOfSamples(0, infinity), noise, 0.2 * static_cast<double>(noise));
+
+  constexpr double gains[] = {1, 0.75, 0.625, 0.546875};
+  for (std::int32_t code = 0; code < waveletsCount; ++code) {
+    const CQXWaveletFilter<TypeParam> filter(WaveletOf(code));
+    const double bound = 8 * static_cast<double>(std::numeric_limits<TypeParam>::epsilon()), gain = gains[code / 3];
+    EXPECT_NEAR(qxDiagonalNoiseGain(filter, QX_CHANNEL_2D, QX_NORMALIZATION_2), gain, bound) << code;
+    EXPECT_NEAR(qxDiagonalNoiseGain(filter, QX_CHANNEL_ROWS, QX_NORMALIZATION_2), std::sqrt(gain), bound) << code;
+  }
+}
+
+TYPED_TEST(Denoising, KnownNoiseStandsInTheEstimatesPlace) {
+  const auto tree = this->MakeTree();
+  const TypeParam sigma = tree->EstimateNoise(), noise = sigma / TypeParam(0.75);
+  CQXChannel<TypeParam> picture = this->MakePicture(10);
+  for (std::int32_t code = 0; code <= 5; ++code) {
+    TypeParam a = code == 0 ? TypeParam(5) : TypeParam(0), b = a, c = a, ra = 1, rb = 1, rc = 1;
+    const auto estimated = tree->CleanBelowThreshold(a, ra, 1, MethodOf(code));
+    const auto known = tree->CleanBelowThreshold(b, rb, 1, MethodOf(code), noise);
+    EXPECT_EQ(qxAreChannelsAlmostEqual(*estimated, *known, TypeParam(1e-3)), 1) << code;
+    EXPECT_NEAR(a, b, 1e-4 * static_cast<double>(a)) << code;
+    const auto twice = tree->CleanBelowThreshold(c, rc, 1, MethodOf(code), 2 * noise);
+    EXPECT_EQ(c > TypeParam(1.9) * b, code != 0) << code;
+    a = b = code == 0 ? TypeParam(5) : TypeParam(0);
+    const auto spun = picture.CleanWithCircularShifts(a, ra, 0, &this->m_filter, 3, 1, MethodOf(code), noise);
+    EXPECT_EQ(spun->RawChannelIsAlmostEqual(*known->IFWT(), 0), 1) << code;
+  }
+}
+
+TYPED_TEST(Denoising, ThresholdsAreEstimatedByHand) {
+  // HH holds +-2, so sigma is 2 / 0.6745; the other bands have the variances 16 v and, without signal, v / 2.
+  CQXChannel<TypeParam> tree(64, 64, 0, 0);
+  tree.CreateOneLevelSubChannels(&this->m_filter, QX_CHANNEL_2D, QX_NORMALIZATION_2);
+  const double sigma = 2 / 0.6745, v = sigma * sigma;
+  const double magnitudes[2][4] = {{0, 2, 4 * sigma, sigma / 2}, {0, 3 * sigma, 2 * sigma, 5 * sigma}};
+  tree[0]->CreateOneLevelSubChannels(&this->m_filter, QX_CHANNEL_2D, QX_NORMALIZATION_2);
+  double sums[2] = {};
+  for (std::int32_t level = 0; level < 2; ++level) {
+    const std::int32_t count = level == 0 ? 1024 : 256;
+    for (std::int32_t b = 1; b < 4; ++b) {
+      const double x = magnitudes[level][b], signal = x * x * count / (count - 1) - v;
+      for (std::int32_t i = 0; i < count; ++i) {
+        tree.SubChannel(level + 1, b)->GetData()[i] = static_cast<TypeParam>(i % 2 != 0 ? x : -x);
+      }
+      sums[level] += signal >= 1e-6 ? v / std::sqrt(signal) : 1000000;
+    }
+  }
+  TypeParam threshold = 7, ratio = 7;
+  tree.EstimateThreshold(threshold, ratio);
+  EXPECT_NEAR(threshold, sums[0] / 3, 1e-6 * sums[0]);
+  EXPECT_NEAR(ratio, sums[1] / sums[0], 1e-5 * sums[1] / sums[0]);
+  tree.DestroyLowestSubChannel();
+  tree.EstimateThreshold(threshold, ratio);
+  EXPECT_EQ(ratio, 0);
+  tree[1]->EstimateThreshold(threshold, ratio);
+  EXPECT_EQ(threshold, 0);
 }
 
 TYPED_TEST(Denoising, GivenAndUniversalThresholdsFollowTheirLevels) {
@@ -197,9 +271,49 @@ TYPED_TEST(Denoising, CircularShiftsAverageTheShiftedPasses) {
   const auto plain = copy.FWT(&this->m_filter, QX_CHANNEL_2D, 3)->CleanBelowThreshold(a, b, 1, MethodOf(3))->IFWT();
   EXPECT_EQ(plain->RawChannelIsAlmostEqual(*once, 0), 1);
   EXPECT_EQ(threshold, a);
+  threshold = ratio = 0;
   const auto spun = noisy.CleanWithCircularShifts(threshold, ratio, 8, &this->m_filter, 3, 1, MethodOf(3));
   EXPECT_LT(this->Error(*once, clean), 0.5 * this->Error(noisy, clean));
   EXPECT_LT(this->Error(*spun, clean), 0.95 * this->Error(*once, clean));
+  // The schedule replayed: the generator's own start, rows before columns, turned round by copying.
+  CQXRandom<TypeParam> random;
+  random.SetUniform(0, 1);
+  random.Initialize();
+  CQXChannel<TypeParam> sum(*once);
+  TypeParam thresholds = a, ratios = b;
+  for (std::int32_t round = 1; round <= 8; ++round) {
+    const std::int32_t down = random.GetIntegerNumber32(0, this->size / 4);
+    const std::int32_t right = random.GetIntegerNumber32(0, this->size / 4);
+    const auto turned = [&](const CQXChannel<TypeParam>& from, std::int32_t y, std::int32_t x) {
+      CQXChannel<TypeParam> to(from);
+      for (std::int32_t i = 0; i < this->size * this->size; ++i) {
+        to((i / this->size + y) % this->size, (i + x) % this->size) = from.GetData()[i];
+      }
+      return to;
+    };
+    CQXChannel<TypeParam> shifted = turned(noisy, down, right);
+    TypeParam t = 0, r = 0;
+    const auto back = shifted.FWT(&this->m_filter, QX_CHANNEL_2D, 3)->CleanBelowThreshold(t, r, 1, MethodOf(3))->IFWT();
+    const CQXChannel<TypeParam> placed = turned(*back, this->size - down, this->size - right);
+    for (std::int32_t i = 0; i < this->size * this->size; ++i) sum.GetData()[i] += placed.GetData()[i];
+    thresholds += t;
+    ratios += r;
+  }
+  sum.EnhanceRawData(TypeParam(1) / 9);
+  EXPECT_EQ(spun->RawChannelIsAlmostEqual(sum, 0), 1);
+  EXPECT_EQ(threshold, thresholds * (TypeParam(1) / 9));
+  EXPECT_EQ(ratio, ratios * (TypeParam(1) / 9));
+
+  std::vector<std::int32_t> heard;
+  const TypeParam kept = threshold;
+  const auto stopAtThird = [&heard](std::int32_t done, std::int32_t total) {
+    heard.push_back(10 * done + total);
+    return done < 3;
+  };
+  EXPECT_EQ(noisy.CleanWithCircularShifts(threshold, ratio, 4, &this->m_filter, 3, 1, MethodOf(3), stopAtThird),
+            nullptr);
+  EXPECT_EQ(heard, (std::vector<std::int32_t>{15, 25, 35}));
+  EXPECT_EQ(threshold, kept);
   // Sizes below the shifts' reach, and a threshold that lets all through: the rotation is undone.
   for (std::int32_t columns = 1; columns <= 9; ++columns) {
     CQXChannel<TypeParam> small = MakeNoisyChannel<TypeParam>(columns, 10 - columns);
@@ -244,7 +358,12 @@ TYPED_TEST(Denoising, EnhancementFadesOutTowardsCoarseLevels) {
     EXPECT_EQ(qxAreChannelsAlmostEqual(enhanced, edited, 0), 1) << c.factor;
     this->ExpectRule(*tree, enhanced, [&](TypeParam x, std::int32_t level) { return x * c.levels[level - 1]; });
   }
-  CQXChannel<TypeParam> same(*tree);
+  CQXChannel<TypeParam> same(*tree), low(*tree);
+  low.EnhanceSubLevel(2, 1, 0);  // the tree that stands for the low band of level 1
+  EXPECT_EQ((*low.SubChannel(3, 2))(1, 1), 2 * (*tree->SubChannel(3, 2))(1, 1));
+  EXPECT_EQ(low[1]->RawChannelIsAlmostEqual(*(*tree)[1], 0), 1);
+  low.EnhanceSubLevel(2, 3, 1);
+  EXPECT_EQ((*low.SubChannel(3, 1))(1, 1), 4 * (*tree->SubChannel(3, 1))(1, 1));
   same.EnhanceHRLevel(2, 4);
   same.EnhanceHRLevel(2, 0);
   same.EnhanceSubLevel(2, 1, 4);

@@ -72,7 +72,7 @@ TYPED_TEST(WaveletDecomposition, BytesWrapAndAreNeverUndefined) {
 }
 
 TYPED_TEST(WaveletDecomposition, EveryDecompositionHasItsOwnFilter) {
-  std::unique_ptr<CQXWaveletDecomposition<TypeParam>> tree, copy, inverse;
+  qxOwner<CQXWaveletDecomposition<TypeParam>> tree, copy, inverse;
   {
     CQXWaveletDecomposition<TypeParam> image = this->MakeImage();
     tree = image.FWT(2, QX_CHANNEL_2D);
@@ -116,7 +116,7 @@ TYPED_TEST(WaveletDecomposition, ChangesOfFilterTypeAndNormalizationTakeTheImage
   image.SetChannel(plane.FWT(&foreign, QX_CHANNEL_2D, 2), 1);
   EXPECT_EQ(image[1]->RawChannelIsAlmostEqual(before, 50 * std::numeric_limits<TypeParam>::epsilon()), 1);
   EXPECT_EQ(image[1]->GetFilter(), image.GetFilter());
-  image.SetChannel(std::make_unique<CQXChannel<TypeParam>>(), 3);
+  image.SetChannel(qxMakeOwner<CQXChannel<TypeParam>>(), 3);
 }
 
 TYPED_TEST(WaveletDecomposition, ChannelsMayBeChangedFromOutside) {
@@ -156,6 +156,121 @@ TYPED_TEST(WaveletDecomposition, DepthsAndTypesMayDifferByChannel) {
   }
   EXPECT_EQ(qxCalculateMaximumDepth(1024, 8), 2);
   EXPECT_EQ(qxCalculateMaximumDepth(-9), 0);
+}
+
+TYPED_TEST(WaveletDecomposition, EveryPlaneIsTreatedLikeAChannelWithItsOwnEntries) {
+  using Channel = CQXChannel<TypeParam>;
+  using Image = CQXWaveletDecomposition<TypeParam>;
+  CQXWaveletDecomposition<TypeParam> raw = this->MakeImage(), other = this->MakeImage();
+  other.FWTInPlace(2, QX_CHANNEL_2D);
+  other.EnhanceSharpFeatures(3);
+  Image tree(raw);
+  tree.FWTInPlace(2, QX_CHANNEL_2D);
+  const TypeParam starts[] = {TypeParam(0.1), TypeParam(0.3), TypeParam(0.7)};
+  const TypeParam factors[] = {TypeParam(0.5), TypeParam(1.5), TypeParam(0.25)};
+  const auto check = [&](const auto& image, const auto& from, auto ofChannel) {
+    ASSERT_NE(image, nullptr);
+    for (std::int32_t i = 0; i < this->planes; ++i) {
+      const qxOwner<Channel> expected = ofChannel(*from[i], i);
+      EXPECT_EQ(qxAreChannelsAlmostEqual(*(*image)[i], *expected, 0), 1) << i;
+    }
+  };
+  for (std::int32_t method = 0; method <= 5; ++method) {
+    const auto rule = static_cast<qxWaveletDenoising>(method);
+    for (std::int32_t form = 0; form < 4; ++form) {
+      const bool isKnown = form % 2 != 0, isShifted = form / 2 != 0;
+      TypeParam thresholds[] = {starts[0], starts[1], starts[2]}, ratios[] = {1, TypeParam(0.5), 2};
+      const TypeParam* t = thresholds;
+      std::vector<std::int32_t> heard;
+      const auto listen = [&heard](std::int32_t done, std::int32_t total) { heard.push_back(100 * done + total); };
+      const auto image =
+          isShifted ? isKnown ? raw.ReduceNoiseByCircularShifts(thresholds, ratios, 1, 2, 1, rule, starts, listen)
+                              : raw.ReduceNoiseByCircularShifts(thresholds, ratios, 1, 2, 1, rule, listen)
+          : isKnown ? tree.ReduceNoise(thresholds, ratios, 1, rule, starts)
+                    : tree.ReduceNoise(thresholds, ratios, 1, rule);
+      EXPECT_EQ(heard.size(), isShifted ? 6u : 0u);
+      for (std::size_t k = 0; k < heard.size(); ++k) EXPECT_EQ(heard[k], 100 * static_cast<std::int32_t>(k + 1) + 6);
+      const TypeParam startRatios[] = {1, TypeParam(0.5), 2};
+      check(image, isShifted ? raw : tree, [&](const Channel& channel, std::int32_t i) {
+        TypeParam a = starts[i], b = startRatios[i];
+        auto clean = isShifted ? isKnown
+                                     ? channel.CleanWithCircularShifts(a, b, 1, raw.GetFilter(), 2, 1, rule, starts[i])
+                                     : channel.CleanWithCircularShifts(a, b, 1, raw.GetFilter(), 2, 1, rule)
+                     : isKnown ? channel.CleanBelowThreshold(a, b, 1, rule, starts[i])
+                               : channel.CleanBelowThreshold(a, b, 1, rule);
+        EXPECT_EQ(t[i], a) << method;
+        EXPECT_EQ(ratios[i], b) << method;
+        return clean;
+      });
+    }
+  }
+  check(tree.ReduceNoiseDirectly(starts, factors, 1), tree,
+        [&](const Channel& channel, std::int32_t i) { return channel.CleanDirectly(starts[i], factors[i], 1); });
+  check(tree.MixByLevels(other, factors), tree,
+        [&](const Channel& channel, std::int32_t i) { return channel.MixByLevels(other[i], factors, nullptr); });
+  check(tree.Combine(other, 2, -1), tree,
+        [&](const Channel& channel, std::int32_t i) { return channel.Combine(other[i], 2, -1, nullptr); });
+  TypeParam thresholds[3], ratios[3];
+  tree.EstimateThresholds(thresholds, ratios);
+  for (std::int32_t i = 0; i < 3; ++i) {
+    TypeParam a = 0, b = 0;
+    tree[i]->EstimateThreshold(a, b);
+    EXPECT_EQ(thresholds[i], a);
+    EXPECT_EQ(ratios[i], b);
+  }
+  Image edited(tree), enhanced(tree);
+  edited.EditByLevels(factors);
+  enhanced.EnhanceSharpFeatures(2, 2);
+  enhanced.EnhanceSharpFeatures(5, 1, 3);
+  for (std::int32_t i = 0; i < 3; ++i) {
+    Channel a(*tree[i]), b(*tree[i]);
+    a.EditByLevels(factors);
+    b.EnhanceHRLevel(2, 2);
+    b.EnhanceSubLevel(5, 1, 3);
+    EXPECT_EQ(qxAreChannelsAlmostEqual(*edited[i], a, 0), 1);
+    EXPECT_EQ(qxAreChannelsAlmostEqual(*enhanced[i], b, 0), 1);
+  }
+  EXPECT_EQ(tree.MixByLevels(Image(QX_WAVELET_2_2), factors), nullptr);
+}
+
+TYPED_TEST(WaveletDecomposition, OpponentColoursAreARotationOfThreePlanes) {
+  CQXWaveletDecomposition<TypeParam> image = this->MakeImage(), turned(image);
+  EXPECT_EQ(turned.ToOpponentColours(), 1);
+  for (std::int32_t i = 0; i < this->width * this->height; ++i) {
+    const auto at = [i](const auto& of, std::int32_t c) { return static_cast<double>(of[c]->GetData()[i]); };
+    const double r = at(image, 0), g = at(image, 1), b = at(image, 2);
+    EXPECT_NEAR(at(turned, 0), (r + g + b) / std::sqrt(3), 1e-6);
+    EXPECT_NEAR(at(turned, 1), (r - b) / std::sqrt(2), 1e-6);
+    EXPECT_NEAR(at(turned, 2), (r - 2 * g + b) / std::sqrt(6), 1e-6);
+  }
+  EXPECT_EQ(turned.FromOpponentColours(), 1);
+  this->ExpectPixels(turned);
+  turned[1]->FWTInPlace(turned.GetFilter(), QX_CHANNEL_2D, 1);
+  EXPECT_EQ(turned.ToOpponentColours(), 0);
+  turned.SetImage(10, 10, 4, this->m_pixels.data());
+  EXPECT_EQ(turned.ToOpponentColours(), 0);
+}
+
+TYPED_TEST(WaveletDecomposition, SaturatedSamplesAreTheNearest) {
+  const TypeParam infinity = std::numeric_limits<TypeParam>::infinity();
+  const struct {
+    TypeParam value;
+    std::int32_t byte, word;
+  } cases[] = {{TypeParam(-0.5), 0, 0}, {std::nextafter(TypeParam(0.5), TypeParam(0)), 0, 0},
+               {TypeParam(0.5), 1, 1},  {TypeParam(254.5), 255, 255},
+               {300, 255, 300},         {TypeParam(65535.5), 255, 65535},
+               {infinity, 255, 65535},  {-infinity, 0, 0},
+               {std::nanf(""), 0, 0}};
+  for (const auto& c : cases) {
+    CQXWaveletDecomposition<TypeParam> image;
+    image.SetImage(1, 1, 1, &c.value);
+    std::uint8_t byte = 77;
+    std::uint16_t word = 77;
+    image.GetSaturatedImage(&byte);
+    image.GetSaturatedImage(&word);
+    EXPECT_EQ(byte, c.byte) << c.value;
+    EXPECT_EQ(word, c.word) << c.value;
+  }
 }
 
 TYPED_TEST(WaveletDecomposition, ScaledBandsKeepTheBrightnessOfAConstantPicture) {

@@ -1,4 +1,5 @@
 #include <qx/foundation/internal/instantiate.h>
+#include <qx/foundation/status.h>
 #include <qx/foundation/tolerance.h>
 #include <qx/kernels/array_kernels.h>
 #include <qx/kernels/matrix_kernels.h>
@@ -127,7 +128,9 @@ std::int32_t ReduceToBidiagonal(std::size_t rows, std::size_t columns, T* a, std
                                 Bidiagonal<T>& target) {
   Workspace<T, 20> work;
   Workspace<Reflection<T>, 8> made;
-  if (!work.Reserve(rows + std::max(rows * leftCount, columns * columns)) || !made.Reserve(2 * columns)) return 2;
+  if (!work.Reserve(rows + std::max(rows * leftCount, columns * columns)) || !made.Reserve(2 * columns)) {
+    return QX_STATUS_OUT_OF_MEMORY;
+  }
   Reflection<T>* const ofColumns = made.Take(columns);
   const Reflections<T> reflections{ofColumns, made.Take(columns), work.Take(rows)};
   T* const unit = work.Take(0);
@@ -283,7 +286,7 @@ std::int32_t IterateOnBlock(Bidiagonal<T>& b, std::size_t first, std::size_t las
 template <qxReal T>
 std::int32_t IterateOnBlocks(Bidiagonal<T>& b, T tolerance) {
   Workspace<T, 16> rotations;
-  if (!rotations.Reserve(4 * b.size)) return 2;
+  if (!rotations.Reserve(4 * b.size)) return QX_STATUS_OUT_OF_MEMORY;
   std::size_t sweeps = 0;
   for (std::size_t last = b.size; last-- > 1;) {
     while (!(std::abs(b.e[last]) <= tolerance)) {

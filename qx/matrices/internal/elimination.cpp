@@ -97,23 +97,23 @@ bool IsPositiveDefinite(std::size_t n, const T* a, T tolerance) {
 }
 
 template <qxReal T>
-InverseByLU InvertByLU(std::size_t n, const T* a, T tolerance, T* inverse) {
+Inversion InvertByLU(std::size_t n, const T* a, T tolerance, T* inverse) {
   Workspace<T, 4> work;
-  if (!work.Reserve(4 * n * n + n)) return InverseByLU::outOfMemory;
+  if (!work.Reserve(4 * n * n + n)) return Inversion::outOfMemory;
   T* const lowerT = work.Take(n * n);
   T* const upper = work.Take(n * n);
   T* const inverseOfLower = work.Take(n * n);
   T* const inverseOfUpper = work.Take(n * n);
-  if (!FactorLU(n, a, lowerT, upper, work.Take(n), tolerance)) return InverseByLU::smallPivot;
+  if (!FactorLU(n, a, lowerT, upper, work.Take(n), tolerance)) return Inversion::smallPivot;
   T pivots = 1;
   for (std::size_t i = 0; i < n; ++i) pivots *= upper[i * n + i];
-  if (std::abs(pivots) < tolerance) return InverseByLU::smallDeterminant;
+  if (std::abs(pivots) < tolerance) return Inversion::smallDeterminant;
   T* const lower = inverse;  // for as long as it is not written yet
   qxKernels::Transpose(n, n, lowerT, lower);
   InvertTriangular(n, lower, true, inverseOfLower);
   InvertTriangular(n, upper, false, inverseOfUpper);
   qxKernels::MultiplyMatrices(n, n, n, inverseOfUpper, inverseOfLower, inverse);
-  return InverseByLU::done;
+  return Inversion::done;
 }
 
 template <qxReal T>
@@ -156,7 +156,7 @@ void AnnulateRelativelyDiagonal(std::size_t n, std::size_t stride, T* a, std::in
   template void SubstituteBack(std::size_t, const T*, T*) noexcept;         \
   template T Determinant(std::size_t, const T*);                            \
   template bool IsPositiveDefinite(std::size_t, const T*, T);               \
-  template InverseByLU InvertByLU(std::size_t, const T*, T, T*);            \
+  template Inversion InvertByLU(std::size_t, const T*, T, T*);              \
   template void InvertTriangular(std::size_t, const T*, bool, T*) noexcept; \
   template bool HasInvertibleDiagonal(std::size_t, const T*, T) noexcept;   \
   template void AnnulateRelativelyDiagonal(std::size_t, std::size_t, T*, std::int32_t) noexcept;

@@ -41,13 +41,14 @@ template <qxReal T>
 template <qxReal T>
 [[nodiscard]] bool IsPositiveDefinite(std::size_t n, const T* a, T tolerance);
 
-/// How InvertByLU() ended.
-enum class InverseByLU { done, smallPivot, smallDeterminant, outOfMemory };
+/// How an inversion ended: without success there was a pivot or the product of all of them below the tolerance, a
+/// singular number not above the bound, or memory was refused.
+enum class Inversion { done, smallPivot, smallDeterminant, singular, outOfMemory };
 
 /// Inverse through the inverses of Doolittle's factors.
 /// @param tolerance bound of the pivots and of their product
 template <qxReal T>
-[[nodiscard]] InverseByLU InvertByLU(std::size_t n, const T* a, T tolerance, T* inverse);
+[[nodiscard]] Inversion InvertByLU(std::size_t n, const T* a, T tolerance, T* inverse);
 
 /// Inverse of a triangular matrix; what lies on the other side of the diagonal is taken for zero.
 template <qxReal T>

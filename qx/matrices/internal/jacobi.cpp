@@ -140,29 +140,36 @@ qxStatus SweepByJacobi(std::size_t n, T* a, T* values, T* vectors, std::int32_t&
 }
 
 template <qxReal T>
+qxStatus SortAscending(std::size_t n, const T* values, const T* rows, T* sortedValues, T* sortedRows) {
+  Workspace<std::int32_t, 4> order;
+  if (!order.Reserve(n)) return QX_STATUS_OUT_OF_MEMORY;
+  if (!qxKernels::SortWithIndices(n, values, sortedValues, order.Data(), true, false)) return QX_STATUS_OUT_OF_MEMORY;
+  for (std::size_t i = 0; i < n; ++i) {
+    std::copy_n(rows + static_cast<std::size_t>(order.Data()[i]) * n, n, sortedRows + i * n);
+  }
+  return QX_STATUS_OK;
+}
+
+template <qxReal T>
 qxStatus FindSymmetricForm(std::size_t n, const T* a, T tolerance, T* values, T* vectors, std::int32_t& rotations) {
   if (!IsSymmetric(n, a, tolerance)) return QX_STATUS_NOT_SYMMETRIC;
-  Workspace<T, 32> work;
-  Workspace<std::int32_t, 4> order;
-  if (!work.Reserve(2 * n * n) || !order.Reserve(n)) return QX_STATUS_OUT_OF_MEMORY;
+  Workspace<T, 36> work;
+  if (!work.Reserve(2 * n * n + n)) return QX_STATUS_OUT_OF_MEMORY;
   T* const lower = work.Take(n * n);
   T* const rows = work.Take(n * n);
+  T* const found = work.Take(n);
   for (std::size_t r = 0; r < n; ++r) {
     for (std::size_t c = r; c < n; ++c) lower[c * n + r] = a[r * n + c];
   }
   rotations = 50;
-  const qxStatus status = SweepByJacobi(n, lower, values, rows, rotations, tolerance);
-  if (status != QX_STATUS_OK) return status;
-  if (!qxKernels::SortWithIndices(n, values, values, order.Data(), true, false)) return QX_STATUS_OUT_OF_MEMORY;
-  for (std::size_t i = 0; i < n; ++i) {
-    std::copy_n(rows + static_cast<std::size_t>(order.Data()[i]) * n, n, vectors + i * n);
-  }
-  return QX_STATUS_OK;
+  const qxStatus status = SweepByJacobi(n, lower, found, rows, rotations, tolerance);
+  return status == QX_STATUS_OK ? SortAscending(n, found, rows, values, vectors) : status;
 }
 
 #define QX_INSTANTIATE(T)                                                     \
   template bool IsSymmetric(std::size_t, const T*, T) noexcept;               \
   template qxStatus SweepByJacobi(std::size_t, T*, T*, T*, std::int32_t&, T); \
+  template qxStatus SortAscending(std::size_t, const T*, const T*, T*, T*);   \
   template qxStatus FindSymmetricForm(std::size_t, const T*, T, T*, T*, std::int32_t&);
 QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
 #undef QX_INSTANTIATE

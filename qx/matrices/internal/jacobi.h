@@ -24,6 +24,11 @@ template <qxReal T>
 template <qxReal T>
 [[nodiscard]] qxStatus SweepByJacobi(std::size_t n, T* a, T* values, T* vectors, std::int32_t& sweeps, T tolerance);
 
+/// Writes the values in ascending order, and the rows that belong to them. @return QX_STATUS_OK or
+/// QX_STATUS_OUT_OF_MEMORY
+template <qxReal T>
+[[nodiscard]] qxStatus SortAscending(std::size_t n, const T* values, const T* rows, T* sortedValues, T* sortedRows);
+
 /// Eigenvalues, ascending, and eigenvectors, in the rows, of a symmetric matrix; 50 sweeps at most.
 /// @param tolerance bound of the symmetry and of the sum of the absolute elements above the diagonal
 /// @return QX_STATUS_OK, QX_STATUS_NOT_SYMMETRIC or QX_STATUS_OUT_OF_MEMORY

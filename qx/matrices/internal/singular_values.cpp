@@ -1,4 +1,5 @@
 #include <qx/foundation/internal/instantiate.h>
+#include <qx/foundation/status.h>
 #include <qx/kernels/array_kernels.h>
 #include <qx/kernels/matrix_kernels.h>
 #include <qx/kernels/rotation_kernels.h>
@@ -92,7 +93,7 @@ std::int32_t FindSingularForm(std::size_t rows, std::size_t columns, const T* a,
   Workspace<std::int32_t, 8> order;
   if (!form.values.Reserve(n) || !form.left.Reserve(form.leftCount * rows) ||
       !form.right.Reserve(form.rightCount * columns) || !work.Reserve(2 * m * n + n) || !order.Reserve(m + n)) {
-    return 2;
+    return QX_STATUS_OUT_OF_MEMORY;
   }
   // With the largest element brought near 1, no product of elements overflows and none that matters underflows.
   const std::optional<std::int32_t> exponent = ExponentOfLargest(m * n, a);
@@ -138,12 +139,13 @@ void MultiplyInverted(std::size_t rows, std::size_t columns, const SingularForm<
 }
 
 template <qxReal T>
-bool InvertBySingularValues(std::size_t size, const T* a, T bound, T* target) {
+Inversion InvertBySingularValues(std::size_t size, const T* a, T bound, T* target) {
   SingularForm<T> form;
-  if (FindSingularForm(size, size, a, {size, size}, T(0), form) != 0) return false;
-  if (size > 0 && form.values.Data()[size - 1] <= bound) return false;
+  const std::int32_t code = FindSingularForm(size, size, a, {size, size}, T(0), form);
+  if (code != 0) return code == QX_STATUS_OUT_OF_MEMORY ? Inversion::outOfMemory : Inversion::singular;
+  if (size > 0 && form.values.Data()[size - 1] <= bound) return Inversion::singular;
   MultiplyInverted(size, size, form, size, target);
-  return true;
+  return Inversion::done;
 }
 
 template <qxReal T>
@@ -182,7 +184,7 @@ void MoveZeroColumns(std::size_t rows, std::size_t columns, T* a, const std::int
   template std::int32_t FindSingularForm(std::size_t, std::size_t, const T*, WantedVectors, T, SingularForm<T>&);  \
   template std::int32_t FindSingularNumbersOf(std::size_t, std::size_t, const T*, T*);                             \
   template void MultiplyInverted(std::size_t, std::size_t, const SingularForm<T>&, std::size_t, T*) noexcept;      \
-  template bool InvertBySingularValues(std::size_t, const T*, T, T*);                                              \
+  template Inversion InvertBySingularValues(std::size_t, const T*, T, T*);                                         \
   template bool TestZeroRowsColumns(std::size_t, std::size_t, const T*, T, std::int32_t*, std::int32_t*) noexcept; \
   template void MoveZeroRows(std::size_t, std::size_t, const T*, const std::int32_t*, T*) noexcept;                \
   template void MoveZeroColumns(std::size_t, std::size_t, T*, const std::int32_t*, T*) noexcept;

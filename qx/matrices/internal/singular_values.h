@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/foundation/scalar.h>
+#include <qx/matrices/internal/elimination.h>
 #include <qx/matrices/internal/workspace.h>
 
 #include <cstddef>
@@ -47,7 +48,7 @@ void MultiplyInverted(std::size_t rows, std::size_t columns, const SingularForm<
 
 /// Inverse of a square matrix through its singular numbers, the smallest of which must be above @p bound.
 template <qxReal T>
-[[nodiscard]] bool InvertBySingularValues(std::size_t size, const T* a, T bound, T* target);
+[[nodiscard]] Inversion InvertBySingularValues(std::size_t size, const T* a, T bound, T* target);
 
 /// Orders of rows and columns that put those with all abs(x) <= tolerance last and keep the others in sequence.
 /// @return true when the order is not the natural one.

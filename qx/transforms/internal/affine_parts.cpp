@@ -105,7 +105,7 @@ template <qxReal T>
 void UndoScaling(const CQXVector3<T>& s, const CQXMatrix3<T>& u, CQXVector3<T>& t) {
   const CQXMatrix3<T> diagonal(s.X(), 0, 0, 0, s.Y(), 0, 0, 0, s.Z());
   CQXMatrix3<T> inverse;
-  diagonal.DiagInverse(inverse, extractTolerance<T>);
+  static_cast<void>(diagonal.DiagInverse(inverse, extractTolerance<T>));  // a refusal leaves zero
   t = u * inverse * u.Transpose() * t;
 }
 

@@ -2,10 +2,15 @@
 
 #include <qx/foundation/rotations_order.h>
 #include <qx/foundation/scalar.h>
+#include <qx/matrices/matrix2.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
+#include <qx/vectors/vector2.h>
 #include <qx/vectors/vector3.h>
 #include <qx/vectors/vector_functions.h>
+
+#include <cmath>
+#include <numbers>
 
 /// @file
 /// The motions that quaternions and transforms are set from. Internal, not part of the interface.
@@ -37,19 +42,39 @@ template <qxReal T>
   return unit;
 }
 
+/// Rotation of the plane by an angle in degrees, counter-clockwise.
+template <qxReal T>
+[[nodiscard]] CQXMatrix2<T> PlaneRotation(T angleInDegrees) noexcept {
+  const T angle = angleInDegrees * std::numbers::pi_v<T> / 180;
+  const T c = std::cos(angle), s = std::sin(angle);
+  return {c, -s, s, c};
+}
+
+// ---- Vectors of space and of the plane alike, with matrices of their dimension
+
+template <qxReal T>
+[[nodiscard]] CQXMatrix2<T> DiagonalMatrix(const CQXVector2<T>& s) {
+  return {s.X(), 0, 0, s.Y()};
+}
 template <qxReal T>
 [[nodiscard]] CQXMatrix3<T> DiagonalMatrix(const CQXVector3<T>& s) {
   return {s.X(), 0, 0, 0, s.Y(), 0, 0, 0, s.Z()};
 }
 
-/// Last column of the scaling about a centre: exactly zero for a centre of almost zero.
 template <qxReal T>
-[[nodiscard]] CQXVector3<T> ScalingShift(const CQXVector3<T>& s, const CQXVector3<T>& c) {
-  if (c.IsAlmostZero(T(1e-6)) != 0) return {};
-  return {(1 - s.X()) * c.X(), (1 - s.Y()) * c.Y(), (1 - s.Z()) * c.Z()};
+[[nodiscard]] CQXVector2<T> ProductByAxis(const CQXVector2<T>& a, const CQXVector2<T>& b) {
+  return {a.X() * b.X(), a.Y() * b.Y()};
+}
+template <qxReal T>
+[[nodiscard]] CQXVector3<T> ProductByAxis(const CQXVector3<T>& a, const CQXVector3<T>& b) {
+  return {a.X() * b.X(), a.Y() * b.Y(), a.Z() * b.Z()};
 }
 
-/// The 4x4 matrix (a | d).
+/// The coordinate matrix (a | d).
+template <qxReal T>
+[[nodiscard]] CQXMatrix3<T> Affine(const CQXMatrix2<T>& a, const CQXVector2<T>& d) {
+  return {a[0], a[1], d.X(), a[2], a[3], d.Y(), 0, 0, 1};
+}
 template <qxReal T>
 [[nodiscard]] CQXMatrix4<T> Affine(const CQXMatrix3<T>& a, const CQXVector3<T>& d) {
   CQXMatrix4<T> m = qxMatrix3To4(a);
@@ -57,35 +82,38 @@ template <qxReal T>
   return m;
 }
 
+/// Last column of the scaling about a centre: exactly zero for a centre of almost zero.
+template <typename V>
+[[nodiscard]] V ScalingShift(const V& s, const V& c) {
+  using T = typename V::Element;
+  return c.IsAlmostZero(T(1e-6)) != 0 ? V() : ProductByAxis(V(T(1)) - s, c);
+}
+
 // ---- The pieces of the composite motions, named by the order of action
 
-template <qxReal T>
-[[nodiscard]] CQXMatrix4<T> Scaling(const CQXVector3<T>& s, const CQXVector3<T>& cs) {
+template <typename V>
+[[nodiscard]] auto Scaling(const V& s, const V& cs) {
   return Affine(DiagonalMatrix(s), ScalingShift(s, cs));
 }
-template <qxReal T>
-[[nodiscard]] CQXMatrix4<T> Rotation(const CQXMatrix3<T>& r, const CQXVector3<T>& c) {
+template <typename M, typename V>
+[[nodiscard]] auto Rotation(const M& r, const V& c) {
   return Affine(r, c - r * c);
 }
-template <qxReal T>
-[[nodiscard]] CQXMatrix4<T> RotationTranslation(const CQXVector3<T>& t, const CQXMatrix3<T>& r,
-                                                const CQXVector3<T>& c) {
+template <typename M, typename V>
+[[nodiscard]] auto RotationTranslation(const V& t, const M& r, const V& c) {
   return Affine(r, t - c);
 }
-template <qxReal T>
-[[nodiscard]] CQXMatrix4<T> TranslationRotation(const CQXVector3<T>& t, const CQXMatrix3<T>& r,
-                                                const CQXVector3<T>& c) {
+template <typename M, typename V>
+[[nodiscard]] auto TranslationRotation(const V& t, const M& r, const V& c) {
   return Affine(r, r * t - c);
 }
-template <qxReal T>
-[[nodiscard]] CQXMatrix4<T> ScalingTranslation(const CQXVector3<T>& t, const CQXVector3<T>& s,
-                                               const CQXVector3<T>& cs) {
+template <typename V>
+[[nodiscard]] auto ScalingTranslation(const V& t, const V& s, const V& cs) {
   return Affine(DiagonalMatrix(s), ScalingShift(s, cs) + t);
 }
-template <qxReal T>
-[[nodiscard]] CQXMatrix4<T> TranslationScaling(const CQXVector3<T>& t, const CQXVector3<T>& s,
-                                               const CQXVector3<T>& cs) {
-  return Affine(DiagonalMatrix(s), ScalingShift(s, cs) + CQXVector3<T>(s.X() * t.X(), s.Y() * t.Y(), s.Z() * t.Z()));
+template <typename V>
+[[nodiscard]] auto TranslationScaling(const V& t, const V& s, const V& cs) {
+  return Affine(DiagonalMatrix(s), ScalingShift(s, cs) + ProductByAxis(s, t));
 }
 
 }  // namespace qxMotions

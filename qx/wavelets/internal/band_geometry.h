@@ -1,10 +1,11 @@
 #pragma once
 
+#include <qx/foundation/block.h>
 #include <qx/wavelets/wavelet_types.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <memory>
 
 namespace qxInternal {
 
@@ -13,6 +14,9 @@ struct Rect {
   std::int64_t left, top, right, bottom;
 
   bool operator==(const Rect&) const = default;
+  [[nodiscard]] std::int32_t Columns() const { return static_cast<std::int32_t>(right - left); }
+  [[nodiscard]] std::int32_t Rows() const { return static_cast<std::int32_t>(bottom - top); }
+  [[nodiscard]] std::size_t Count() const { return qxElementCount(Rows(), Columns()); }
   [[nodiscard]] bool IsEmpty() const { return left >= right || top >= bottom; }
   [[nodiscard]] bool Contains(const Rect& r) const {
     return left <= r.left && top <= r.top && r.right <= right && r.bottom <= bottom;
@@ -61,29 +65,14 @@ struct Rect {
   return !(DividesColumns(type) && rows < 2) && !(DividesRows(type) && columns < 2);
 }
 
-/// The rectangle that a channel covers.
-template <typename Channel>
-[[nodiscard]] Rect Extent(const Channel& channel) {
-  const std::int64_t left = channel.GetOffsetX();
-  const std::int64_t top = channel.GetOffsetY();
-  return {left, top, left + channel.GetColsNb(), top + channel.GetRowsNb()};
-}
-
-/// A channel that covers a rectangle, without samples.
-template <typename Channel>
-[[nodiscard]] std::unique_ptr<Channel> MakeShell(const Rect& rect) {
-  return std::make_unique<Channel>(static_cast<std::int32_t>(rect.right - rect.left),
-                                   static_cast<std::int32_t>(rect.bottom - rect.top),
-                                   static_cast<std::int32_t>(rect.left), static_cast<std::int32_t>(rect.top));
-}
-
-/// A rectangle that is given relative to the first sample of a channel.
-template <typename Channel>
-[[nodiscard]] Rect RectAt(const Channel& channel, std::int32_t x, std::int32_t y, std::int32_t width,
-                          std::int32_t height) {
-  const std::int64_t left = std::int64_t{channel.GetOffsetX()} + x;
-  const std::int64_t top = std::int64_t{channel.GetOffsetY()} + y;
-  return {left, top, left + width, top + height};
+/// How many levels of a type an extent allows, up to @p depth.
+[[nodiscard]] inline std::int32_t AllowedDepth(qxChannelType type, Rect extent, std::int32_t depth) {
+  std::int32_t allowed = 0;
+  if (BandsCount(type) == 0) return allowed;
+  for (; allowed < depth && AllowsLevel(type, extent.Columns(), extent.Rows()); ++allowed) {
+    extent = BandRect(type, 0, extent);
+  }
+  return allowed;
 }
 
 }  // namespace qxInternal

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <qx/foundation/scalar.h>
+#include <qx/kernels/array_kernels.h>
 #include <qx/kernels/wavelet_kernels.h>
+#include <qx/wavelets/internal/band_factors.h>
 #include <qx/wavelets/internal/band_geometry.h>
 #include <qx/wavelets/internal/column_pipeline.h>
 #include <qx/wavelets/internal/lifting_schedule.h>
@@ -12,71 +14,102 @@
 
 namespace qxInternal {
 
-/// One level between a block of samples and its bands, in one pass over memory: each row is dealt out to the bands,
-/// lifted along itself, and the steps along the columns follow a few rows behind; the inverse goes the other way.
+/// The samples of a band and the factor by which they are multiplied on their way to or from it.
+template <typename Sample, typename T>
+struct ScaledBand {
+  Sample* samples = nullptr;
+  T factor = 1;
+};
+
+/// The rows of a block of samples, as LevelTransform reads and writes them.
+template <typename Sample>
+struct BlockRows {
+  Sample* block;
+  std::size_t columns;
+
+  template <typename T>
+  [[nodiscard]] Sample* Begin(std::int32_t row, T*) const {
+    return block + static_cast<std::size_t>(row) * columns;
+  }
+  template <typename T>
+  void End(std::int32_t, T*) const {}
+};
+
+/// One level between the rows of a signal and its bands, in one pass over memory: each row is dealt out, lifted along
+/// itself, and the steps along the columns follow a few rows behind; the inverse goes the other way.
 ///
-/// The bands are blocks of the sizes that BandRect() gives. Without a filter the samples are moved and nothing is
-/// lifted.
+/// Rows come from, and go to, an object whose `Begin(row, spare)` gives the place of a row, which may be the spare one,
+/// and whose `End(row, place)` takes note that the row has been written. The bands are blocks of the sizes that
+/// BandRect() gives. Work memory has WorkSize() samples.
 template <qxReal T>
 class LevelTransform {
  public:
-  LevelTransform(const Rect& extent, qxChannelType type, const CQXWaveletFilter<T>* filter, T* const* bands)
-      : m_columns(Size(extent.right - extent.left)),
-        m_rows(static_cast<std::int32_t>(extent.bottom - extent.top)),
-        m_dividesColumns(DividesColumns(type)),
-        m_dividesRows(DividesRows(type)),
-        m_rowOrder(m_dividesColumns, extent.left, extent.right),
-        m_columnOrder(m_dividesRows, extent.top, extent.bottom),
-        m_rowSchedule(filter, m_dividesColumns, m_rowOrder, false),
-        m_columnSchedule(filter, m_dividesRows, m_columnOrder, true) {
-    for (std::int32_t band = 0; band < BandsCount(type); ++band) {
-      m_bands[IsHighInRows(type, band) != m_columnOrder.highLeads]
-             [IsHighInColumns(type, band) != m_rowOrder.highLeads] = bands[band];
-    }
+  LevelTransform(const Rect& extent, qxChannelType type, const CQXWaveletFilter<T>& filter)
+      : LevelTransform(extent, type) {
+    if (m_dividesColumns) m_rowSchedule = MakeSchedule(filter, m_rowOrder, false);
+    if (m_dividesRows) m_columnSchedule = MakeSchedule(filter, m_columnOrder, true);
   }
 
-  /// From the samples to the bands.
-  void Forward(const T* source) const {
-    ColumnPipeline<T> pipeline = MakePipeline(false);
-    std::int32_t arrived[2] = {};
-    for (std::int32_t row = 0; row < m_rows; ++row, source += m_columns) {
-      const bool odd = m_dividesRows && row % 2 != 0;
-      T* even = BandRow(odd, false, arrived[odd]);
-      if (m_dividesColumns) {
-        T* oddColumns = BandRow(odd, true, arrived[odd]);
-        qxKernels::Deinterleave(source, even, oddColumns, m_columns);
-        m_rowSchedule.LiftRow(even, oddColumns, false);
-      } else {
-        std::copy_n(source, m_columns, even);
-      }
-      ++arrived[odd];
-      pipeline.Advance(arrived[0], arrived[1]);
-    }
-  }
+  /// Samples of work memory for signals of so many columns: a window and a spare row.
+  [[nodiscard]] static std::size_t WorkSize(std::size_t columns) { return RowWindow<T>::Size(columns) + columns; }
 
-  /// From the bands, which are changed, to the samples.
-  void Inverse(T* target) const {
-    ColumnPipeline<T> pipeline = MakePipeline(true);
-    std::int32_t arrived[2] = {};
-    std::int32_t written[2] = {};
-    std::int32_t next = 0;
+  /// From the rows of the signal to the bands, in which the steps run.
+  template <typename Rows>
+  void Forward(const Rows& source, const ScaledBand<T, T>* bands, T* work) const {
+    const RowWindow<T> window = WindowOf(bands);
+    ColumnPipeline<T> pipeline = MakePipeline(window, false);
+    std::int32_t finished[2] = {};
     for (std::int32_t row = 0; row < m_rows; ++row) {
-      ++arrived[m_dividesRows && row % 2 != 0];
-      pipeline.Advance(arrived[0], arrived[1]);
-      for (; next < m_rows; ++next, target += m_columns) {
-        const bool odd = m_dividesRows && next % 2 != 0;
-        if (written[odd] >= pipeline.Finished(odd, arrived[0], arrived[1])) break;
-        T* even = BandRow(odd, false, written[odd]);
-        if (m_dividesColumns) {
-          T* oddColumns = BandRow(odd, true, written[odd]);
-          m_rowSchedule.LiftRow(even, oddColumns, true);
-          qxKernels::Interleave(even, oddColumns, target, m_columns);
-        } else {
-          std::copy_n(even, m_columns, target);
-        }
-        ++written[odd];
+      const bool odd = IsOdd(row);
+      T* const even = window.Row(odd, false, pipeline.Arrived(odd));
+      T* const other = window.Row(odd, true, pipeline.Arrived(odd));
+      DealOut(source.Begin(row, work), even, other);
+      m_rowSchedule.LiftRow(even, other, false);
+      pipeline.Advance(odd);
+      for (const bool kind : {false, true}) {
+        for (; finished[kind] < pipeline.Finished(kind); ++finished[kind]) Scale(bands, window, kind, finished[kind]);
       }
     }
+  }
+
+  /// From the bands, which are only read, to the rows of the signal.
+  template <typename Rows>
+  void Inverse(const ScaledBand<const T, T>* bands, const Rows& target, T* work) const {
+    const RowWindow<T> window(work, EvenColumns(), OddColumns());
+    RunInverse(window, target, work + RowWindow<T>::Size(m_columns), [&](bool odd, std::int32_t row) {
+      for (const bool part : {false, true}) {
+        const auto& [samples, factor] = bands[m_band[odd][part]];
+        const std::size_t count = window.Columns(part);
+        const T* const loaded = samples + static_cast<std::size_t>(row) * count;
+        T* const place = window.Row(odd, part, row);
+        HasEffect(factor) ? qxKernels::Product(count, loaded, factor, place) : void(std::copy_n(loaded, count, place));
+      }
+    });
+  }
+
+  /// The same in the bands, which are left with what the steps make of them: less work.
+  template <typename Rows>
+  void DestroyingInverse(const ScaledBand<T, T>* bands, const Rows& target, T* work) const {
+    const RowWindow<T> window = WindowOf(bands);
+    RunInverse(window, target, work, [&](bool odd, std::int32_t row) { Scale(bands, window, odd, row); });
+  }
+
+  /// Deals the samples out to the bands, without arithmetic.
+  static void Split(const Rect& extent, qxChannelType type, const T* source, T* const* bands) {
+    const LevelTransform level(extent, type);
+    level.ForEachBandRow(bands, [&](T* even, T* odd) {
+      level.DealOut(source, even, odd);
+      source += level.m_columns;
+    });
+  }
+
+  /// The opposite of Split().
+  static void Unite(const Rect& extent, qxChannelType type, T* const* bands, T* target) {
+    const LevelTransform level(extent, type);
+    level.ForEachBandRow(bands, [&](const T* even, const T* odd) {
+      level.Gather(even, odd, target);
+      target += level.m_columns;
+    });
   }
 
  private:
@@ -90,27 +123,87 @@ class LevelTransform {
     std::int32_t evenSize, oddSize;
   };
 
-  struct Schedule : LiftingSchedule<T> {
-    Schedule(const CQXWaveletFilter<T>* filter, bool divides, const Order& order, bool alongColumns)
-        : LiftingSchedule<T>(filter != nullptr && divides ? LiftingSchedule<T>(*filter, order.evenSize, order.oddSize,
-                                                                               order.highLeads, alongColumns)
-                                                          : LiftingSchedule<T>()) {}
-  };
-
-  [[nodiscard]] static std::size_t Size(std::int64_t size) {
-    return static_cast<std::size_t>(std::max(size, std::int64_t{0}));
+  LevelTransform(const Rect& extent, qxChannelType type)
+      : m_columns(Size(extent.Columns())),
+        m_rows(extent.Rows()),
+        m_dividesColumns(DividesColumns(type)),
+        m_dividesRows(DividesRows(type)),
+        m_rowOrder(m_dividesColumns, extent.left, extent.right),
+        m_columnOrder(m_dividesRows, extent.top, extent.bottom) {
+    for (std::int32_t band = 0; band < BandsCount(type); ++band) {
+      m_band[IsHighInRows(type, band) != m_columnOrder.highLeads][IsHighInColumns(type, band) != m_rowOrder.highLeads] =
+          band;
+    }
   }
 
-  [[nodiscard]] ColumnPipeline<T> MakePipeline(bool inverse) const {
-    ColumnPipeline<T> pipeline(m_columnSchedule, m_columnOrder.evenSize, m_columnOrder.oddSize, inverse);
-    pipeline.AddBands(m_bands[0][0], m_bands[1][0], m_rowOrder.evenSize);
-    if (m_dividesColumns) pipeline.AddBands(m_bands[0][1], m_bands[1][1], m_rowOrder.oddSize);
-    return pipeline;
+  [[nodiscard]] static LiftingSchedule<T> MakeSchedule(const CQXWaveletFilter<T>& filter, const Order& order,
+                                                       bool alongColumns) {
+    return {filter, order.evenSize, order.oddSize, order.highLeads, alongColumns};
   }
 
-  [[nodiscard]] T* BandRow(bool oddRows, bool oddColumns, std::int32_t row) const {
-    const std::int32_t columns = oddColumns ? m_rowOrder.oddSize : m_rowOrder.evenSize;
-    return m_bands[oddRows][oddColumns] + static_cast<std::size_t>(row) * Size(columns);
+  [[nodiscard]] ColumnPipeline<T> MakePipeline(const RowWindow<T>& window, bool inverse) const {
+    return {m_columnSchedule, window, m_columnOrder.evenSize, m_columnOrder.oddSize, inverse};
+  }
+
+  [[nodiscard]] static std::size_t Size(std::int32_t size) { return static_cast<std::size_t>(std::max(size, 0)); }
+  [[nodiscard]] bool IsOdd(std::int32_t row) const { return m_dividesRows && row % 2 != 0; }
+  [[nodiscard]] std::size_t EvenColumns() const { return Size(m_rowOrder.evenSize); }
+  [[nodiscard]] std::size_t OddColumns() const { return Size(m_rowOrder.oddSize); }
+
+  /// The rows of the bands themselves.
+  [[nodiscard]] RowWindow<T> WindowOf(const ScaledBand<T, T>* bands) const {
+    typename RowWindow<T>::Part parts[2][2];
+    for (const bool oddRow : {false, true}) {
+      parts[oddRow][0] = {bands[m_band[oddRow][0]].samples, EvenColumns()};
+      if (m_dividesColumns) parts[oddRow][1] = {bands[m_band[oddRow][1]].samples, OddColumns()};
+    }
+    return RowWindow<T>(parts);
+  }
+
+  /// Multiplies one row of the bands by their factors.
+  void Scale(const ScaledBand<T, T>* bands, const RowWindow<T>& window, bool odd, std::int32_t row) const {
+    for (const bool part : {false, true}) {
+      const T factor = bands[m_band[odd][part]].factor;
+      if (HasEffect(factor)) qxKernels::Multiply(window.Columns(part), window.Row(odd, part, row), factor);
+    }
+  }
+
+  /// Rows are loaded by load(odd, row), lifted and written as soon as they are finished.
+  template <typename Rows, typename Load>
+  void RunInverse(const RowWindow<T>& window, const Rows& target, T* spare, Load load) const {
+    ColumnPipeline<T> pipeline = MakePipeline(window, true);
+    std::int32_t written[2] = {};
+    std::int32_t next = 0;
+    for (std::int32_t row = 0; row < m_rows; ++row) {
+      load(IsOdd(row), pipeline.Arrived(IsOdd(row)));
+      pipeline.Advance(IsOdd(row));
+      for (; next < m_rows && written[IsOdd(next)] < pipeline.Finished(IsOdd(next)); ++next) {
+        T* const even = window.Row(IsOdd(next), false, written[IsOdd(next)]);
+        T* const odd = window.Row(IsOdd(next), true, written[IsOdd(next)]++);
+        m_rowSchedule.LiftRow(even, odd, true);
+        T* const place = target.Begin(next, spare);
+        Gather(even, odd, place);
+        target.End(next, place);
+      }
+    }
+  }
+
+  /// Between a row of samples and its even and odd ones.
+  void DealOut(const T* row, T* even, T* odd) const {
+    m_dividesColumns ? qxKernels::Deinterleave(row, even, odd, m_columns) : void(std::copy_n(row, m_columns, even));
+  }
+  void Gather(const T* even, const T* odd, T* row) const {
+    m_dividesColumns ? qxKernels::Interleave(even, odd, row, m_columns) : void(std::copy_n(even, m_columns, row));
+  }
+
+  /// Calls visit(even samples, odd samples) with the places of every row in the bands.
+  template <typename Visit>
+  void ForEachBandRow(T* const* bands, Visit visit) const {
+    for (std::int32_t row = 0; row < m_rows; ++row) {
+      const auto position = static_cast<std::size_t>(m_dividesRows ? row / 2 : row);
+      T* const even = bands[m_band[IsOdd(row)][0]] + position * EvenColumns();
+      visit(even, m_dividesColumns ? bands[m_band[IsOdd(row)][1]] + position * OddColumns() : even);
+    }
   }
 
   std::size_t m_columns;
@@ -119,34 +212,9 @@ class LevelTransform {
   bool m_dividesRows;
   Order m_rowOrder;     // along a row
   Order m_columnOrder;  // along a column
-  Schedule m_rowSchedule;
-  Schedule m_columnSchedule;
-  T* m_bands[2][2] = {};  // by even or odd rows, then by even or odd columns
-};
-
-/// The factors of the bands of one level, and how they go on from level to level.
-template <qxReal T>
-class BandFactors {
- public:
-  BandFactors(qxChannelType type, T low, T high)
-      : m_step(type == QX_CHANNEL_2D ? low * low : low),
-        m_mixed(type == QX_CHANNEL_2D ? low * high : high),
-        m_high(type == QX_CHANNEL_2D ? high * high : high),
-        m_lowest(m_step) {}
-
-  /// Factor of a high band of the present level.
-  [[nodiscard]] T Of(std::int32_t band) const { return band == QX_SUBCHANNEL_HH ? m_high : m_mixed; }
-  /// Factor of the low band when the present level is the last.
-  [[nodiscard]] T OfLowest() const { return m_lowest; }
-
-  void GoDown() {
-    m_mixed *= m_step;
-    m_high *= m_step;
-    m_lowest *= m_step;
-  }
-
- private:
-  T m_step, m_mixed, m_high, m_lowest;
+  LiftingSchedule<T> m_rowSchedule;
+  LiftingSchedule<T> m_columnSchedule;
+  std::int32_t m_band[2][2] = {};  // by even or odd rows, then by even or odd columns
 };
 
 }  // namespace qxInternal

@@ -2,7 +2,6 @@
 
 #include <qx/foundation/scalar.h>
 #include <qx/kernels/wavelet_kernels.h>
-#include <qx/wavelets/lifting.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -14,6 +13,18 @@ namespace qxInternal {
 /// one more.
 [[nodiscard]] constexpr bool AreInterleaving(std::int32_t evenSize, std::int32_t oddSize) {
   return oddSize > 0 && evenSize >= oddSize && evenSize - oddSize <= 1;
+}
+
+/// Folds an index that runs off either end of a band back into it; see qxSymExtension().
+[[nodiscard]] constexpr std::int32_t FoldedIndex(std::int32_t index, std::int32_t size, bool leftHalf, bool rightHalf) {
+  const std::int64_t left = leftHalf ? 1 : 0;
+  const std::int64_t period = 2 * std::int64_t{size} - 2 + left + (rightHalf ? 1 : 0);
+  if (period <= 0) return 0;
+  std::int64_t folded = index;
+  if (folded < 0) folded = -folded - left;
+  folded %= period;
+  if (folded >= size) folded = period - folded - left;
+  return static_cast<std::int32_t>(folded);
 }
 
 /// One lifting step along one direction, apart from the samples: which source positions make the sum of a destination
@@ -75,18 +86,18 @@ class LiftingStep {
     for (std::int32_t k = end; k < m_destinationSize; ++k) LiftSample(destination, source, k, subtract);
   }
 
-  /// Adds the sum of a destination row that stands across the direction of the step.
-  static void LiftAcross(const Sum& sum, std::int32_t position, T* destination, const T* source, std::size_t columns,
-                         bool subtract) {
+  /// Adds the sum of one destination row that stands across the direction of the step; @p rowOf gives a source row.
+  template <typename RowOf>
+  static void LiftAcross(const Sum& sum, T* destination, RowOf rowOf, std::size_t columns, bool subtract) {
     const T* rows[maximumTaps];
-    for (std::int32_t i = 0; i < sum.taps; ++i) rows[i] = source + static_cast<std::size_t>(sum.index[i]) * columns;
-    qxKernels::Lift(destination + static_cast<std::size_t>(position) * columns, rows, sum.coefficient, sum.taps,
-                    subtract, columns);
+    for (std::int32_t i = 0; i < sum.taps; ++i) rows[i] = rowOf(sum.index[i]);
+    qxKernels::Lift(destination, rows, sum.coefficient, sum.taps, subtract, columns);
   }
 
  private:
   void LiftSample(T* destination, const T* source, std::int32_t position, bool subtract) const {
-    LiftAcross(SumAt(position), position, destination, source, 1, subtract);
+    LiftAcross(
+        SumAt(position), destination + position, [source](std::int32_t k) { return source + k; }, 1, subtract);
   }
 
   [[nodiscard]] Sum TwoTapSumAt(std::int32_t position) const {
@@ -109,12 +120,12 @@ class LiftingStep {
   }
 
   [[nodiscard]] Sum FoldedSumAt(std::int32_t position) const {
-    const std::int32_t leftHalf = m_destinationIsOdd ? 0 : 1;
-    const std::int32_t rightHalf = m_endsAlike == m_destinationIsOdd ? 1 : 0;
+    const bool leftHalf = !m_destinationIsOdd;
+    const bool rightHalf = m_endsAlike == m_destinationIsOdd;
     Sum sum;
     sum.taps = m_taps;
     for (std::int32_t i = 0; i < m_taps; ++i) {
-      sum.index[i] = qxSymExtension(position + m_first + i, m_sourceSize, leftHalf, rightHalf);
+      sum.index[i] = FoldedIndex(position + m_first + i, m_sourceSize, leftHalf, rightHalf);
       sum.coefficient[i] = m_coefficients[i];
     }
     return sum;

@@ -1,9 +1,11 @@
+#include <qx/foundation/internal/instantiate.h>
 #include <qx/matrices/matrix_mn.h>
-#include <qx/wavelets/channel.h>
-#include <qx/wavelets/internal/band_geometry.h>
+#include <qx/wavelets/internal/channel_print.h>
 
 #include <iostream>
 #include <string_view>
+
+namespace qxInternal {
 
 namespace {
 
@@ -41,17 +43,17 @@ void PrintHighBand2D(std::string_view name, std::int32_t level, const CQXChannel
 }  // namespace
 
 template <qxReal T>
-void CQXChannel<T>::Print() const {
-  if (m_decomposed == 0) {
-    IsEmpty(this) ? void(std::cout << "Raw channel is empty.\n") : PrintBlock("Raw channel: ", *this);
+void PrintChannel(const CQXChannel<T>& top) {
+  if (top.IsDecomposed() == 0) {
+    IsEmpty(&top) ? void(std::cout << "Raw channel is empty.\n") : PrintBlock("Raw channel: ", top);
     return;
   }
-  std::cout << "Decomposedd channel with a depth of decomposition " << GetDepth() << '\n';
-  const CQXChannel* channel = this;
-  for (std::int32_t level = 1; channel != nullptr && channel->m_decomposed != 0; ++level) {
-    const CQXChannel* low = channel->SubChannel(0);
-    const bool isLast = low == nullptr || low->m_decomposed == 0;
-    if (channel->m_type == QX_CHANNEL_2D) {
+  std::cout << "Decomposedd channel with a depth of decomposition " << top.GetDepth() << '\n';
+  const CQXChannel<T>* channel = &top;
+  for (std::int32_t level = 1; channel != nullptr && channel->IsDecomposed() != 0; ++level) {
+    const CQXChannel<T>* low = channel->SubChannel(0);
+    const bool isLast = low == nullptr || low->IsDecomposed() == 0;
+    if (channel->GetType() == QX_CHANNEL_2D) {
       std::cout << "High frequency channels for level " << level << '\n';
       PrintHighBand2D("LH", level, channel->SubChannel(QX_SUBCHANNEL_LH));
       PrintHighBand2D("HL", level, channel->SubChannel(QX_SUBCHANNEL_HL));
@@ -68,5 +70,8 @@ void CQXChannel<T>::Print() const {
   }
 }
 
-template class CQXChannel<float>;
-template class CQXChannel<double>;
+#define QX_INSTANTIATE(T) template void PrintChannel(const CQXChannel<T>&);
+QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
+#undef QX_INSTANTIATE
+
+}  // namespace qxInternal
