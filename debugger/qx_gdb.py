@@ -45,7 +45,7 @@ class Dynamic(Elements):
         name = str(value.type.strip_typedefs().unqualified())
         block = value["m_data"]["m_block"]
         rows = int(value["m_rows"]) if is_matrix else 1
-        columns = int(value["m_columns"] if is_matrix else value["m_dimension"])
+        columns = int(value["m_columns"] if is_matrix else value["m_rows"])
         title = "%s %dx%d" % (name, rows, columns) if is_matrix else "%s of %d" % (name, columns)
         if not block:
             rows = 0
