@@ -25,3 +25,15 @@ cmake_path(APPEND pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
 file(RELATIVE_PATH pc_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/qx.pc.in ${PROJECT_BINARY_DIR}/qx.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/qx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+# Printers for debuggers. gdb loads the first by itself where it trusts the folder, otherwise it is sourced.
+if(BUILD_SHARED_LIBS)
+  install(FILES debugger/qx_gdb.py RENAME libqx.so.${PROJECT_VERSION}-gdb.py COMPONENT development
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
+endif()
+install(FILES debugger/qx.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/qx COMPONENT development)
+
+# The pages, and the reference where script/docs has made it.
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation FILES_MATCHING PATTERN "*.md"
+        PATTERN "*.png" PATTERN "*.svg")

@@ -1,3 +1,41 @@
-# Removes what the last installation of this build folder put in place.
+# What stands beside an installation: uninstall, and Debian packages made by `cpack -G DEB` (script/package).
 add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${PROJECT_SOURCE_DIR}/cmake/QXUninstall.cmake
                   WORKING_DIRECTORY ${PROJECT_BINARY_DIR} COMMENT "Removing the installed files")
+
+set(CPACK_PACKAGE_NAME qx)
+set(CPACK_PACKAGE_CONTACT "QX developers <developers@qx.invalid>")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CHECKSUM SHA256)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_COMPONENTS_ALL runtime development documentation)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+
+set(minor ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libqx${minor})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION} (shared library)
+ Vectors, matrices and their decompositions, quaternions and transforms,
+ interpolation, solvers, statistics, convex polygons and wavelets. This
+ package holds the shared library.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqx-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libqx${minor} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION} (development files)
+ Headers, package files for CMake and pkg-config, and printers for debuggers.")
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME libqx-doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_DOCUMENTATION_DESCRIPTION "${PROJECT_DESCRIPTION} (documentation)
+ Conventions, what surprises, and a page for each subsystem.")
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/QXDebianFiles.cmake)
+include(CPack)
