@@ -15,6 +15,7 @@
 #include <qx/foundation/callable.h>
 #include <qx/foundation/complex.h>
 #include <qx/foundation/conversion.h>
+#include <qx/foundation/executor.h>
 #include <qx/foundation/owner.h>
 #include <qx/foundation/polynomial.h>
 #include <qx/foundation/progress.h>

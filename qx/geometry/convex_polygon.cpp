@@ -179,12 +179,12 @@ std::int32_t CQXGeometry::VertIntersectionConvexPolygon(std::int32_t n, const CQ
 }
 
 template <qxReal T>
-std::int32_t CQXGeometry::PolarRayPolygonIntersection(const CQXVector2<T>& center, qxNonDeduced<T> angleInDegrees,
+std::int32_t CQXGeometry::PolarRayPolygonIntersection(const CQXVector2<T>& centre, qxNonDeduced<T> angleInDegrees,
                                                       std::int32_t n, const CQXVector2<T>* vertices,
                                                       CQXVector2<T>& exit) {
   const Polygon<T> polygon(n, vertices);
   if (!(std::abs(polygon.DoubleArea()) > 0)) return 0;
-  const Point origin = ToPoint(center);
+  const Point origin = ToPoint(centre);
   const double angle = static_cast<double>(angleInDegrees) * std::numbers::pi / 180;
   const Point direction{std::cos(angle), std::sin(angle)};
   double farthest = -1;
@@ -206,13 +206,13 @@ template <qxReal T>
 CQXVector2<T> CQXGeometry::CalculatePolygonCenter(std::int32_t n, const CQXVector2<T>* vertices) {
   if (n <= 0) return {};
   const double weight = 1.0 / n;
-  Point center{0, 0};
+  Point centre{0, 0};
   for (std::int32_t i = 0; i < n; ++i) {
     const Point p = ToPoint(vertices[i]);
-    center.x += weight * p.x;
-    center.y += weight * p.y;
+    centre.x += weight * p.x;
+    centre.y += weight * p.y;
   }
-  return qxGeometry::ToVector<T>(center);
+  return qxGeometry::ToVector<T>(centre);
 }
 
 template <qxReal T>
@@ -238,8 +238,8 @@ T CQXGeometry::CalculatePolygonDiameter(std::int32_t n, const CQXVector2<T>* ver
 template <qxReal T>
 T CQXGeometry::CalculatePolygonInternalRadius(std::int32_t n, const CQXVector2<T>* vertices) {
   if (n < 3) return 0;
-  const CQXVector2<T> center = CalculatePolygonCenter(n, vertices);
-  return GuardedLength<T>(Polygon<T>(n, vertices).SquareDistanceToBorder(center));
+  const CQXVector2<T> centre = CalculatePolygonCenter(n, vertices);
+  return GuardedLength<T>(Polygon<T>(n, vertices).SquareDistanceToBorder(centre));
 }
 
 #define QX_INSTANTIATE(T)                                                                                           \

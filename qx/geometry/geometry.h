@@ -128,12 +128,12 @@ class QX_API CQXGeometry {
                                                     T& y1, T& y2);
 
   /// Finds where a ray leaves a convex polygon of at least 3 vertices: the exit of the direction
-  /// (cos angle, sin angle) from @p center, which may lie outside; the farthest crossing of an edge. The polygon may be
+  /// (cos angle, sin angle) from @p centre, which may lie outside; the farthest crossing of an edge. The polygon may be
   /// closed by a copy of its first vertex.
   /// @param[out] exit the point on the boundary
   /// @return 1; 0 when the ray misses the polygon or the polygon has no area: the output is untouched.
   template <qxReal T>
-  static std::int32_t PolarRayPolygonIntersection(const CQXVector2<T>& center, qxNonDeduced<T> angleInDegrees,
+  static std::int32_t PolarRayPolygonIntersection(const CQXVector2<T>& centre, qxNonDeduced<T> angleInDegrees,
                                                   std::int32_t n, const CQXVector2<T>* vertices, CQXVector2<T>& exit);
 
   /// Mean of the vertices, formed with the weight 1 / n; (0, 0) for none. It is inside the polygon, and in general not

@@ -113,7 +113,7 @@ void Copy(std::size_t count, const T* source, T* target) noexcept {
 }
 
 template <typename T>
-void Add(std::size_t count, T* target, const T* v) noexcept {
+void Add(std::size_t count, const T* v, T* target) noexcept {
   if constexpr (std::is_integral_v<T>) {
     Sum(count, target, v, target);
   } else {
@@ -122,7 +122,7 @@ void Add(std::size_t count, T* target, const T* v) noexcept {
 }
 
 template <typename T>
-void Subtract(std::size_t count, T* target, const T* v) noexcept {
+void Subtract(std::size_t count, const T* v, T* target) noexcept {
   if constexpr (std::is_integral_v<T>) {
     Difference(count, target, v, target);
   } else {
@@ -131,7 +131,7 @@ void Subtract(std::size_t count, T* target, const T* v) noexcept {
 }
 
 template <typename T>
-void Multiply(std::size_t count, T* target, T factor) noexcept {
+void Multiply(std::size_t count, T factor, T* target) noexcept {
   if constexpr (std::is_integral_v<T>) {
     Product(count, target, factor, target);
   } else {
@@ -140,7 +140,7 @@ void Multiply(std::size_t count, T* target, T factor) noexcept {
 }
 
 template <typename T>
-void Divide(std::size_t count, T* target, T divisor) noexcept {
+void Divide(std::size_t count, T divisor, T* target) noexcept {
   if constexpr (std::is_integral_v<T>) {
     Quotient(count, target, divisor, target);
   } else {
@@ -152,8 +152,8 @@ template <typename T>
 void MultiplyByPowerOfTwo(std::size_t count, std::int32_t exponent, T* target) noexcept {
   if (exponent == 0) return;
   const std::int32_t half = exponent / 2;  // each half of any exponent is itself a number of the type
-  Multiply(count, target, std::ldexp(T(1), half));
-  Multiply(count, target, std::ldexp(T(1), exponent - half));
+  Multiply(count, std::ldexp(T(1), half), target);
+  Multiply(count, std::ldexp(T(1), exponent - half), target);
 }
 
 template <typename T>
@@ -246,7 +246,7 @@ bool AreWithin(std::size_t count, const T* a, T tolerance) noexcept {
 }
 
 template <typename T>
-void AnnulateSmall(std::size_t count, T* target, T tolerance) noexcept {
+void AnnulateSmall(std::size_t count, T tolerance, T* target) noexcept {
   for (std::size_t i = 0; i < count; ++i) target[i] = std::abs(target[i]) < tolerance ? T(0) : target[i];
 }
 
@@ -266,10 +266,10 @@ std::size_t IndexOfMax(std::size_t count, const T* a, bool absolute) noexcept {
   template void SetToZero<T>(std::size_t, T*) noexcept;                      \
   template void SetToConstant<T>(std::size_t, const T&, T*) noexcept;        \
   template void Copy<T>(std::size_t, const T*, T*) noexcept;                 \
-  template void Add<T>(std::size_t, T*, const T*) noexcept;                  \
-  template void Subtract<T>(std::size_t, T*, const T*) noexcept;             \
-  template void Multiply<T>(std::size_t, T*, T) noexcept;                    \
-  template void Divide<T>(std::size_t, T*, T) noexcept;                      \
+  template void Add<T>(std::size_t, const T*, T*) noexcept;                  \
+  template void Subtract<T>(std::size_t, const T*, T*) noexcept;             \
+  template void Multiply<T>(std::size_t, T, T*) noexcept;                    \
+  template void Divide<T>(std::size_t, T, T*) noexcept;                      \
   template void Sum<T>(std::size_t, const T*, const T*, T*) noexcept;        \
   template void Difference<T>(std::size_t, const T*, const T*, T*) noexcept; \
   template void Product<T>(std::size_t, const T*, T, T*) noexcept;           \
@@ -285,7 +285,7 @@ std::size_t IndexOfMax(std::size_t count, const T* a, bool absolute) noexcept {
   template T SumOfElements<T>(std::size_t, const T*) noexcept;                   \
   template bool AreWithin<T>(std::size_t, const T*, const T*, T) noexcept;       \
   template bool AreWithin<T>(std::size_t, const T*, T) noexcept;                 \
-  template void AnnulateSmall<T>(std::size_t, T*, T) noexcept;                   \
+  template void AnnulateSmall<T>(std::size_t, T, T*) noexcept;                   \
   template std::size_t IndexOfMin<T>(std::size_t, const T*, bool) noexcept;      \
   template std::size_t IndexOfMax<T>(std::size_t, const T*, bool) noexcept;
 

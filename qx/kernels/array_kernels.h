@@ -9,6 +9,8 @@
 ///
 /// Element types: std::int32_t, float, double, CQXComplex<float>, CQXComplex<double>; where an order is needed, float
 /// and double. Arrays may be null when the count is 0. Arrays may be the same array; otherwise they must not overlap.
+///
+/// All kernels take their arguments in one order: sizes, what is read, what is written.
 
 namespace qxKernels {
 
@@ -27,13 +29,13 @@ void Copy(std::size_t count, const T* source, T* target) noexcept;
 // In place, by the element's own in-place operators. Integers wrap around; an integer divided by 0 gives -2^31.
 
 template <typename T>
-void Add(std::size_t count, T* target, const T* v) noexcept;
+void Add(std::size_t count, const T* v, T* target) noexcept;
 template <typename T>
-void Subtract(std::size_t count, T* target, const T* v) noexcept;
+void Subtract(std::size_t count, const T* v, T* target) noexcept;
 template <typename T>
-void Multiply(std::size_t count, T* target, T factor) noexcept;
+void Multiply(std::size_t count, T factor, T* target) noexcept;
 template <typename T>
-void Divide(std::size_t count, T* target, T divisor) noexcept;
+void Divide(std::size_t count, T divisor, T* target) noexcept;
 
 /// Multiplies by 2^exponent, exactly where neither the factor's halves nor the results leave the range. float, double.
 template <typename T>
@@ -86,7 +88,7 @@ template <typename T>
 
 /// Sets to 0 what is below the tolerance in absolute value.
 template <typename T>
-void AnnulateSmall(std::size_t count, T* target, T tolerance) noexcept;
+void AnnulateSmall(std::size_t count, T tolerance, T* target) noexcept;
 
 /// Index of the smallest element, or of the smallest absolute value; of equal ones the lowest. 0 for no elements.
 template <typename T>

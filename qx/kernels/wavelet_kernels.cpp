@@ -68,7 +68,7 @@ void ThresholdSamples(T* data, std::size_t count, T threshold) noexcept {
 }  // namespace
 
 template <typename T>
-void Deinterleave(const T* __restrict source, T* __restrict first, T* __restrict second, std::size_t count) noexcept {
+void Deinterleave(std::size_t count, const T* __restrict source, T* __restrict first, T* __restrict second) noexcept {
   const std::size_t pairs = count / 2;
   for (std::size_t i = 0; i < pairs; ++i) {
     first[i] = source[2 * i];
@@ -78,8 +78,8 @@ void Deinterleave(const T* __restrict source, T* __restrict first, T* __restrict
 }
 
 template <typename T>
-void Interleave(const T* __restrict first, const T* __restrict second, T* __restrict target,
-                std::size_t count) noexcept {
+void Interleave(std::size_t count, const T* __restrict first, const T* __restrict second,
+                T* __restrict target) noexcept {
   const std::size_t pairs = count / 2;
   for (std::size_t i = 0; i < pairs; ++i) {
     target[2 * i] = first[i];
@@ -89,8 +89,8 @@ void Interleave(const T* __restrict first, const T* __restrict second, T* __rest
 }
 
 template <typename T>
-void Lift(T* target, const T* const* sources, const T* coefficients, std::int32_t taps, bool subtract,
-          std::size_t count) noexcept {
+void Lift(std::size_t count, const T* const* sources, const T* coefficients, std::int32_t taps, bool subtract,
+          T* target) noexcept {
   if (subtract) {
     LiftAnyTaps<true>(target, sources, coefficients, taps, count);
   } else {
@@ -99,12 +99,12 @@ void Lift(T* target, const T* const* sources, const T* coefficients, std::int32_
 }
 
 template <typename T>
-void Blend(T* target, const T* a, const T* b, T weightA, T weightB, std::size_t count) noexcept {
+void Blend(std::size_t count, const T* a, const T* b, T weightA, T weightB, T* target) noexcept {
   for (std::size_t i = 0; i < count; ++i) target[i] = a[i] * weightA + b[i] * weightB;
 }
 
 template <typename T>
-void RotateColours(T* first, T* second, T* last, std::size_t stride, std::size_t count, bool forward) noexcept {
+void RotateColours(std::size_t count, std::size_t stride, bool forward, T* first, T* second, T* last) noexcept {
   constexpr double rootOf2 = std::numbers::sqrt2;
   constexpr double rootOf3 = std::numbers::sqrt3;
   constexpr T third = static_cast<T>(1 / rootOf3);
@@ -127,7 +127,7 @@ void RotateColours(T* first, T* second, T* last, std::size_t stride, std::size_t
 }
 
 template <typename T>
-T LargestMagnitude(const T* data, std::size_t count) noexcept {
+T LargestMagnitude(std::size_t count, const T* data) noexcept {
   T largest = 0;
   for (std::size_t i = 0; i < count; ++i) {
     const T magnitude = std::abs(data[i]);
@@ -137,7 +137,7 @@ T LargestMagnitude(const T* data, std::size_t count) noexcept {
 }
 
 template <typename T>
-void Threshold(T* data, std::size_t count, T threshold, bool clearsAtThreshold, bool shrink) noexcept {
+void Threshold(std::size_t count, T threshold, bool clearsAtThreshold, bool shrink, T* data) noexcept {
   if (clearsAtThreshold) {
     shrink ? ThresholdSamples<true, true>(data, count, threshold)
            : ThresholdSamples<true, false>(data, count, threshold);
@@ -148,13 +148,13 @@ void Threshold(T* data, std::size_t count, T threshold, bool clearsAtThreshold, 
 }
 
 #define QX_INSTANTIATE(T)                                                                      \
-  template void Deinterleave(const T*, T*, T*, std::size_t) noexcept;                          \
-  template void Interleave(const T*, const T*, T*, std::size_t) noexcept;                      \
-  template void Lift(T*, const T* const*, const T*, std::int32_t, bool, std::size_t) noexcept; \
-  template void Blend(T*, const T*, const T*, T, T, std::size_t) noexcept;                     \
-  template void RotateColours(T*, T*, T*, std::size_t, std::size_t, bool) noexcept;            \
-  template T LargestMagnitude(const T*, std::size_t) noexcept;                                 \
-  template void Threshold(T*, std::size_t, T, bool, bool) noexcept;
+  template void Deinterleave(std::size_t, const T*, T*, T*) noexcept;                          \
+  template void Interleave(std::size_t, const T*, const T*, T*) noexcept;                      \
+  template void Lift(std::size_t, const T* const*, const T*, std::int32_t, bool, T*) noexcept; \
+  template void Blend(std::size_t, const T*, const T*, T, T, T*) noexcept;                     \
+  template void RotateColours(std::size_t, std::size_t, bool, T*, T*, T*) noexcept;            \
+  template T LargestMagnitude(std::size_t, const T*) noexcept;                                 \
+  template void Threshold(std::size_t, T, bool, bool, T*) noexcept;
 
 QX_FOR_FLOAT_AND_DOUBLE(QX_INSTANTIATE)
 #undef QX_INSTANTIATE

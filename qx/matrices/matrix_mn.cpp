@@ -158,7 +158,7 @@ void CQXMatrixMN<T>::SetElementTransposition(std::int32_t i, std::int32_t j) noe
 
 template <qxReal T>
 void CQXMatrixMN<T>::AnnulateSmallElements(T tolerance) noexcept {
-  qxKernels::AnnulateSmall(this->Count(), Data(), tolerance);
+  qxKernels::AnnulateSmall(this->Count(), tolerance, Data());
 }
 
 template <qxReal T>

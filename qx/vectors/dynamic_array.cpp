@@ -87,22 +87,22 @@ void CQXDynamicArray<T>::Dump(T* target) const noexcept {
 
 template <typename T>
 void CQXDynamicArray<T>::Mul(T factor) noexcept {
-  qxKernels::Multiply(Count(), Data(), factor);
+  qxKernels::Multiply(Count(), factor, Data());
 }
 
 template <typename T>
 void CQXDynamicArray<T>::Div(T divisor) noexcept {
-  qxKernels::Divide(Count(), Data(), divisor);
+  qxKernels::Divide(Count(), divisor, Data());
 }
 
 template <typename T>
 void CQXDynamicArray<T>::AddArray(const CQXDynamicArray& other) noexcept {
-  qxKernels::Add(CountWith(other), Data(), other.Data());
+  qxKernels::Add(CountWith(other), other.Data(), Data());
 }
 
 template <typename T>
 void CQXDynamicArray<T>::SubtractArray(const CQXDynamicArray& other) noexcept {
-  qxKernels::Subtract(CountWith(other), Data(), other.Data());
+  qxKernels::Subtract(CountWith(other), other.Data(), Data());
 }
 
 template <typename T>

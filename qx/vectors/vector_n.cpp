@@ -38,7 +38,7 @@ void CQXVectorN<T>::SetToConstant(T value) noexcept {
 
 template <qxReal T>
 void CQXVectorN<T>::AnnulateSmallComponents(T tolerance) noexcept {
-  qxKernels::AnnulateSmall(Count(), Data(), tolerance);
+  qxKernels::AnnulateSmall(Count(), tolerance, Data());
 }
 
 template <qxReal T>

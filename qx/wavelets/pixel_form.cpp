@@ -7,12 +7,12 @@
 
 template <qxReal T>
 void qxToOpponentColours(std::size_t pixelsNb, std::int32_t channelsNb, T* pixels) noexcept {
-  if (channelsNb == 3) qxKernels::RotateColours(pixels, pixels + 1, pixels + 2, 3, pixelsNb, true);
+  if (channelsNb == 3) qxKernels::RotateColours(pixelsNb, 3, true, pixels, pixels + 1, pixels + 2);
 }
 
 template <qxReal T>
 void qxFromOpponentColours(std::size_t pixelsNb, std::int32_t channelsNb, T* pixels) noexcept {
-  if (channelsNb == 3) qxKernels::RotateColours(pixels, pixels + 1, pixels + 2, 3, pixelsNb, false);
+  if (channelsNb == 3) qxKernels::RotateColours(pixelsNb, 3, false, pixels, pixels + 1, pixels + 2);
 }
 
 template <qxReal T>

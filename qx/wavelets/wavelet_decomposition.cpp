@@ -276,8 +276,8 @@ std::int32_t CQXWaveletDecomposition<T>::RotateColours(bool forward) noexcept {
            channel.GetRowsNb() == GetImageHeight();
   };
   if (!isPlane(*m_channels[0]) || !isPlane(*m_channels[1]) || !isPlane(*m_channels[2])) return 0;
-  qxKernels::RotateColours(m_channels[0]->GetData(), m_channels[1]->GetData(), m_channels[2]->GetData(), 1,
-                           qxInternal::CountOf(*m_channels[0]), forward);
+  qxKernels::RotateColours(qxInternal::CountOf(*m_channels[0]), 1, forward, m_channels[0]->GetData(),
+                           m_channels[1]->GetData(), m_channels[2]->GetData());
   return 1;
 }
 

@@ -57,7 +57,7 @@ template <qxReal T>
 void SubstituteBack(std::size_t n, const T* a, T* right) noexcept {
   for (std::size_t i = n; i-- > 0;) {
     for (std::size_t j = i + 1; j < n; ++j) qxKernels::AddMultiple(n, -a[i * n + j], right + j * n, right + i * n);
-    qxKernels::Divide(n, right + i * n, a[i * n + i]);
+    qxKernels::Divide(n, a[i * n + i], right + i * n);
   }
 }
 
@@ -126,7 +126,7 @@ void InvertTriangular(std::size_t n, const T* a, bool isLower, T* inverse) noexc
     const std::size_t count = isLower ? i : n - 1 - i;
     T* const row = inverse + i * n;
     qxKernels::CombineRows(count, a + i * n + first, 1, inverse + first * n + first, n, count, row + first);
-    qxKernels::Divide(count, row + first, -a[i * n + i]);
+    qxKernels::Divide(count, -a[i * n + i], row + first);
     row[i] = 1 / a[i * n + i];
   }
 }

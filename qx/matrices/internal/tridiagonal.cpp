@@ -37,7 +37,7 @@ struct Tridiagonal {
 template <qxReal T>
 void ReflectFromBothSides(std::size_t count, const T* u, T b, T* corner, std::size_t stride, T* w) {
   qxKernels::CombineRows(count, u, 1, corner, stride, count, w);
-  qxKernels::Divide(count, w, b);
+  qxKernels::Divide(count, b, w);
   const T half = qxKernels::Dot(count, u, w) / (2 * b);
   qxKernels::AddMultiple(count, half, u, w);
   for (std::size_t r = 0; r < count; ++r) {

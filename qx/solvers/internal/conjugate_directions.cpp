@@ -139,7 +139,7 @@ class ConjugateDirections {
       qxKernels::AddMultiple(m_n, t - 1, direction, m_x.Data());
       m_f = least;
     }
-    qxKernels::Multiply(m_n, direction, isLower ? std::clamp(std::abs(t - 1), T(0.125), T(8)) : T(0.125));
+    qxKernels::Multiply(m_n, isLower ? std::clamp(std::abs(t - 1), T(0.125), T(8)) : T(0.125), direction);
   }
 
   const DirectTask<T>& m_task;

@@ -72,8 +72,8 @@ class PolakRibiere {
     if (IsFresh()) {
       qxKernels::Negation(m_n, gradient, direction);
     } else {
-      qxKernels::Multiply(m_n, direction, m_factor);
-      qxKernels::Subtract(m_n, direction, gradient);
+      qxKernels::Multiply(m_n, m_factor, direction);
+      qxKernels::Subtract(m_n, gradient, direction);
     }
   }
 

@@ -65,7 +65,7 @@ class Minimizer {
       info = FindInfo(hasMoved, iteration, fBefore);
       if (info != QX_OPT_IN_PROGRESS) return m_f;
       fBefore = m_f;
-      qxKernels::Multiply(m_count, direction, step);
+      qxKernels::Multiply(m_count, step, direction);
       qxKernels::Difference(m_count, m_gradient.Data(), m_gradientBefore.get(), m_pairs.NextDifference());
       m_pairs.Advance();
     }
@@ -85,7 +85,7 @@ class Minimizer {
       alpha[pair] = rho[m_pairs.Slot(pair)] * qxKernels::Dot(m_count, m_pairs.Step(pair), q);
       qxKernels::AddMultiple(m_count, -alpha[pair], m_pairs.Difference(pair), q);
     }
-    qxKernels::Multiply(m_count, q, scale);
+    qxKernels::Multiply(m_count, scale, q);
     for (std::size_t pair = 0; pair < m_pairs.Count(); ++pair) {
       const T beta = rho[m_pairs.Slot(pair)] * qxKernels::Dot(m_count, m_pairs.Difference(pair), q);
       qxKernels::AddMultiple(m_count, alpha[pair] - beta, m_pairs.Step(pair), q);

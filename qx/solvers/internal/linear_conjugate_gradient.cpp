@@ -81,8 +81,8 @@ class ConjugateGradient {
       }
       Precondition(m_preconditioned);
       const T rzNew = qxKernels::Dot(m_n, m_residual, m_preconditioned);
-      qxKernels::Multiply(m_n, m_direction, rzNew / rz);
-      qxKernels::Add(m_n, m_direction, m_preconditioned);
+      qxKernels::Multiply(m_n, rzNew / rz, m_direction);
+      qxKernels::Add(m_n, m_preconditioned, m_direction);
       rz = rzNew;
       if (m_square >= ceiling) break;
     }

@@ -38,9 +38,9 @@ class Tableau {
     row[Right()] = right;
     T scale = 0;  // the tolerance counts in units of the largest coefficient
     for (std::size_t j = 0; j < m_variables; ++j) scale = std::max(scale, std::abs(row[j]));
-    if (scale > 0) qxKernels::Divide(m_columns, row, right < 0 ? -scale : scale);
+    if (scale > 0) qxKernels::Divide(m_columns, right < 0 ? -scale : scale, row);
     if (scale > 0 && row[Slack(i)] != 0) row[Slack(i)] = row[Slack(i)] > 0 ? T(1) : T(-1);
-    if (scale == 0 && right < 0) qxKernels::Multiply(m_columns, row, T(-1));
+    if (scale == 0 && right < 0) qxKernels::Multiply(m_columns, T(-1), row);
     const bool isBasic = row[Slack(i)] > 0;
     if (!isBasic) row[Artificial(i)] = 1;
     m_basis[i] = isBasic ? Slack(i) : Artificial(i);
@@ -111,7 +111,7 @@ class Tableau {
 
   void Exchange(std::size_t leaving, std::size_t entering) {
     T* pivotRow = Row(leaving);
-    qxKernels::Divide(m_columns, pivotRow, pivotRow[entering]);
+    qxKernels::Divide(m_columns, pivotRow[entering], pivotRow);
     pivotRow[entering] = 1;
     for (std::size_t i = 0; i <= m_rows; ++i) {
       const T factor = Row(i)[entering];

@@ -106,8 +106,8 @@ class Simplex {
   /// Evaluates centre + factor (worst - centre).
   [[nodiscard]] T Try(T factor, T* point) {
     qxKernels::Difference(m_n, Point(m_worst), m_centre.get(), point);
-    qxKernels::Multiply(m_n, point, factor);
-    qxKernels::Add(m_n, point, m_centre.get());
+    qxKernels::Multiply(m_n, factor, point);
+    qxKernels::Add(m_n, m_centre.get(), point);
     return Evaluate(point);
   }
   void ReplaceWorst(const T* point, T value) {
@@ -121,9 +121,9 @@ class Simplex {
     const T expansion = 1 + 2 / dimension, contraction = T(0.75) - 1 / (2 * dimension);
     qxKernels::SetToZero(m_n, m_centre.get());
     for (std::size_t i = 0; i <= m_n; ++i) {
-      if (i != m_worst) qxKernels::Add(m_n, m_centre.get(), Point(i));
+      if (i != m_worst) qxKernels::Add(m_n, Point(i), m_centre.get());
     }
-    qxKernels::Divide(m_n, m_centre.get(), static_cast<T>(m_n));
+    qxKernels::Divide(m_n, static_cast<T>(m_n), m_centre.get());
     T* const reflection = m_trials.get();
     T* const trial = reflection + m_n;
     const T reflected = Try(-1, reflection);

@@ -13,7 +13,7 @@ template <qxReal T>
 void BlendBand(CQXChannel<T>& band, const CQXChannel<T>* with, T own, T others) {
   if (band.GetData() == nullptr || with == nullptr || with->GetData() == nullptr) return;
   if (band.GetColsNb() != with->GetColsNb() || band.GetRowsNb() != with->GetRowsNb()) return;
-  qxKernels::Blend(band.GetData(), band.GetData(), with->GetData(), own, others, CountOf(band));
+  qxKernels::Blend(CountOf(band), band.GetData(), with->GetData(), own, others, band.GetData());
 }
 
 }  // namespace

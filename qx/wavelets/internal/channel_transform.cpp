@@ -154,7 +154,7 @@ void LiftBands(const CQXWaveletFilter<T>& filter, CQXChannel<T>* low, CQXChannel
 
 template <qxReal T>
 void MultiplySamples(CQXChannel<T>& channel, T factor) {
-  if (channel.GetData() != nullptr) qxKernels::Multiply(CountOf(channel), channel.GetData(), factor);
+  if (channel.GetData() != nullptr) qxKernels::Multiply(CountOf(channel), factor, channel.GetData());
 }
 
 template <qxReal T>

@@ -74,7 +74,7 @@ T VarianceThreshold(const ThresholdRule& rule, const CQXChannel<T>& band, T nois
     isSignal = variance >= T(effectGuard);
   }
   if (isSignal) return spread * noiseVariance / std::sqrt(variance);
-  return qxKernels::LargestMagnitude(band.GetData(), samples);
+  return qxKernels::LargestMagnitude(samples, band.GetData());
 }
 
 /// Clears or shrinks in place, so that the mask sees the neighbours above and to the left as they were left.
@@ -101,7 +101,7 @@ void CleanBand(const ThresholdRule& rule, CQXChannel<T>& band, T threshold, bool
   if (rule.looksAtNeighbours) {
     CleanMasked(band, threshold, soft);
   } else {
-    qxKernels::Threshold(band.GetData(), CountOf(band), threshold, true, soft);
+    qxKernels::Threshold(CountOf(band), threshold, true, soft, band.GetData());
   }
 }
 
@@ -167,7 +167,7 @@ void CleanDirectly(CQXChannel<T>& tree, T threshold, T ratio, bool soft) {
     const T working = l == 0 ? threshold : threshold * ratio;
     if (!(working > T(effectGuard))) return;
     ForEachHighBand(level, [&](CQXChannel<T>& band, std::int32_t) {
-      qxKernels::Threshold(band.GetData(), CountOf(band), working, false, soft);
+      qxKernels::Threshold(CountOf(band), working, false, soft, band.GetData());
     });
   });
 }

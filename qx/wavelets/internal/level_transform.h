@@ -164,7 +164,7 @@ class LevelTransform {
   void Scale(const ScaledBand<T, T>* bands, const RowWindow<T>& window, bool odd, std::int32_t row) const {
     for (const bool part : {false, true}) {
       const T factor = bands[m_band[odd][part]].factor;
-      if (HasEffect(factor)) qxKernels::Multiply(window.Columns(part), window.Row(odd, part, row), factor);
+      if (HasEffect(factor)) qxKernels::Multiply(window.Columns(part), factor, window.Row(odd, part, row));
     }
   }
 
@@ -190,10 +190,10 @@ class LevelTransform {
 
   /// Between a row of samples and its even and odd ones.
   void DealOut(const T* row, T* even, T* odd) const {
-    m_dividesColumns ? qxKernels::Deinterleave(row, even, odd, m_columns) : void(std::copy_n(row, m_columns, even));
+    m_dividesColumns ? qxKernels::Deinterleave(m_columns, row, even, odd) : void(std::copy_n(row, m_columns, even));
   }
   void Gather(const T* even, const T* odd, T* row) const {
-    m_dividesColumns ? qxKernels::Interleave(even, odd, row, m_columns) : void(std::copy_n(even, m_columns, row));
+    m_dividesColumns ? qxKernels::Interleave(m_columns, even, odd, row) : void(std::copy_n(even, m_columns, row));
   }
 
   /// Calls visit(even samples, odd samples) with the places of every row in the bands.

@@ -80,8 +80,8 @@ class LiftingStep {
     if (begin < end) {
       const T* sources[maximumTaps];
       for (std::int32_t i = 0; i < m_taps; ++i) sources[i] = source + (begin + m_first + i);
-      qxKernels::Lift(destination + begin, sources, m_coefficients, m_taps, subtract,
-                      static_cast<std::size_t>(end - begin));
+      qxKernels::Lift(static_cast<std::size_t>(end - begin), sources, m_coefficients, m_taps, subtract,
+                      destination + begin);
     }
     for (std::int32_t k = end; k < m_destinationSize; ++k) LiftSample(destination, source, k, subtract);
   }
@@ -91,7 +91,7 @@ class LiftingStep {
   static void LiftAcross(const Sum& sum, T* destination, RowOf rowOf, std::size_t columns, bool subtract) {
     const T* rows[maximumTaps];
     for (std::int32_t i = 0; i < sum.taps; ++i) rows[i] = rowOf(sum.index[i]);
-    qxKernels::Lift(destination, rows, sum.coefficient, sum.taps, subtract, columns);
+    qxKernels::Lift(columns, rows, sum.coefficient, sum.taps, subtract, destination);
   }
 
  private:

@@ -40,8 +40,8 @@ struct AddTurned : TurnedRows<T> {
   void End(std::int32_t row, const T* spare) const {
     T* const target = this->RowAt(row);
     const auto straight = static_cast<std::size_t>(this->columns - this->right);
-    qxKernels::Add(straight, target, spare + this->right);
-    qxKernels::Add(static_cast<std::size_t>(this->right), target + straight, spare);
+    qxKernels::Add(straight, spare + this->right, target);
+    qxKernels::Add(static_cast<std::size_t>(this->right), spare, target + straight);
   }
 };
 
@@ -96,7 +96,7 @@ qxOwner<CQXChannel<T>> CleanShifted(const CQXChannel<T>& picture, std::int32_t s
       const auto tree = ForwardTransform<T>(extent, source, filter, QX_CHANNEL_2D, depth, normalization);
       if (tree == nullptr || !cleaning.Clean(*tree, a, b) || !InverseTransform(*tree, target, true)) return nullptr;
     } else {
-      qxKernels::Add(CountOf(picture), sum->GetData(), picture.GetData());
+      qxKernels::Add(CountOf(picture), picture.GetData(), sum->GetData());
     }
     thresholds += a;
     ratios += b;
