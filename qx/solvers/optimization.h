@@ -445,11 +445,9 @@ class QX_API CQXOptimization {
   /// Sources: K. Levenberg (1944); D. W. Marquardt (1963); J. J. More, The Levenberg-Marquardt algorithm (1978); H. B.
   /// Nielsen, Damping parameter in Marquardt's method (1999).
   /// @param[in,out] x start of at least n elements, moved onto the bounds first; in the end the point reached
-  /// @param residuals,jacobian the functions; with null for the Jacobian it is estimated by differences, n evaluations
-  ///        each time, at points within the bounds unless these are closer than the step of a difference
+  /// @param residuals,jacobian the functions; null for the Jacobian: it is estimated by differences
   /// @param[out] info how it ended; QX_OPT_INVALID for bad arguments and refused memory, before any evaluation and with
-  /// x
-  ///        as it came, and for residuals at the start that are not finite
+  ///        x as it came, and for residuals at the start that are not finite
   /// @return the sum of the losses at @p x, not a number for bad arguments.
   template <qxReal T>
   static T LevenbergMarquardt(std::int32_t n, std::int32_t m, CQXVectorN<T>& x,
@@ -466,6 +464,8 @@ class QX_API CQXOptimization {
                               Both::template CallFirst<void, const CQXVectorN<T>&, CQXVectorN<T>&>,
                               Both::template CallSecond<void, const CQXVectorN<T>&, CQXMatrixMN<T>&>, info);
   }
+  /// The same with the Jacobian estimated by differences: n evaluations of the residuals for each, at points within the
+  /// bounds unless these are closer than the step of a difference.
   template <qxReal T, typename R>
   static T LevenbergMarquardt(std::int32_t n, std::int32_t m, CQXVectorN<T>& x,
                               const CQXLeastSquaresOptions<qxNonDeduced<T>>& options, R&& residuals,
