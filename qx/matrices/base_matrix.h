@@ -40,12 +40,17 @@ class QX_API CQXBaseMatrix {
 
   /// Copies the elements; the sizes stay. There is no move assignment.
   virtual CQXBaseMatrix& operator=(const CQXBaseMatrix& other);
+  /// Multiplies every element by @p factor.
   virtual CQXBaseMatrix& operator*=(T factor) noexcept;
 
+  /// Number of rows.
   [[nodiscard]] std::int32_t RowsNb() const noexcept { return m_rows; }
+  /// Number of columns.
   [[nodiscard]] std::int32_t ColsNb() const noexcept { return m_columns; }
+  /// 1 when there are as many rows as columns.
   [[nodiscard]] std::int32_t IsSquare() const noexcept { return m_rows == m_columns; }
 
+  /// The element in row @p r and column @p c, from 0; neither is tested.
   [[nodiscard]] T& operator()(std::int32_t r, std::int32_t c) noexcept { return Data()[Position(r, c)]; }
   [[nodiscard]] const T& operator()(std::int32_t r, std::int32_t c) const noexcept { return Data()[Position(r, c)]; }
   /// Element @p i of the flat row-major block.
@@ -55,8 +60,11 @@ class QX_API CQXBaseMatrix {
   [[nodiscard]] T* Data() noexcept { return m_data.get(); }
   [[nodiscard]] const T* Data() const noexcept { return m_data.get(); }
 
+  /// Sets the element in row @p r and column @p c.
   void SetElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) = value; }
+  /// Multiplies the element in row @p r and column @p c by @p value.
   void MulElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) *= value; }
+  /// Adds @p value to the element in row @p r and column @p c.
   void AddToElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) += value; }
 
   /// Resets all elements to 0.
@@ -80,13 +88,19 @@ class QX_API CQXBaseMatrix {
   void Row(std::int32_t r, T* target) const noexcept;
   /// Copies column @p c to @p target, RowsNb() elements.
   void Column(std::int32_t c, T* target) const noexcept;
+  /// Sets row @p r from an array.
   void SetRow(std::int32_t r, const T* source) noexcept;
+  /// Sets column @p c from an array.
   void SetColumn(std::int32_t c, const T* source) noexcept;
+  /// Row @p r.
   [[nodiscard]] CQXBaseVector<T> RowVector(std::int32_t r) const;
+  /// Column @p c.
   [[nodiscard]] CQXBaseVector<T> ColVector(std::int32_t c) const;
+  /// Sets row @p r.
   void SetRowVector(std::int32_t r, const CQXBaseVector<T>& v) noexcept {
     if (v.Data() != nullptr) SetRow(r, v.Data());
   }
+  /// Sets column @p c.
   void SetColVector(std::int32_t c, const CQXBaseVector<T>& v) noexcept {
     if (v.Data() != nullptr) SetColumn(c, v.Data());
   }
@@ -124,20 +138,32 @@ class QX_API CQXBaseMatrix {
   void PrintPartOfMatrix(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow,
                          std::int32_t lastColumn) const;
 
+  /// Adds @p m, element by element.
   void Add(const CQXBaseMatrix& m) noexcept;
+  /// Subtracts @p m, element by element.
   void Sub(const CQXBaseMatrix& m) noexcept;
+  /// Multiplies every element by @p factor.
   void Mul(T factor) noexcept;
   /// Plain division; complex elements overflow to QX_OVERFLOW_VALUE for a divisor of almost zero.
   void Div(T divisor) noexcept;
+  /// Adds @p m in place, element by element.
   CQXBaseMatrix& operator+=(const CQXBaseMatrix& m) noexcept;
+  /// Subtracts @p m in place, element by element.
   CQXBaseMatrix& operator-=(const CQXBaseMatrix& m) noexcept;
+  /// Divides every element by @p divisor.
   CQXBaseMatrix& operator/=(T divisor) noexcept;
 
+  /// The sum, element by element.
   [[nodiscard]] CQXBaseMatrix operator+(const CQXBaseMatrix& m) const;
+  /// The difference, element by element.
   [[nodiscard]] CQXBaseMatrix operator-(const CQXBaseMatrix& m) const;
+  /// Every element times @p factor.
   [[nodiscard]] CQXBaseMatrix operator*(T factor) const;
+  /// Every element divided by @p divisor.
   [[nodiscard]] CQXBaseMatrix operator/(T divisor) const;
+  /// Every element with the opposite sign.
   [[nodiscard]] CQXBaseMatrix Negate() const;
+  /// Rows and columns exchanged.
   [[nodiscard]] CQXBaseMatrix Transpose() const;
   /// Matrix product, RowsNb() x m.ColsNb(). Each element is the sum over k, ascending, from zero, in the element type.
   /// @p m must have ColsNb() rows.

@@ -45,8 +45,10 @@ class QX_API CQXBaseVector {
   /// Copies Dim() elements of @p other, which must have as many; the dimension stays. There is no move assignment.
   virtual CQXBaseVector& operator=(const CQXBaseVector& other);
 
+  /// Number of elements.
   [[nodiscard]] std::int32_t Dim() const noexcept { return m_dimension; }
 
+  /// Element @p i, from 0; the index is not tested.
   [[nodiscard]] T& operator[](std::int32_t i) noexcept { return Data()[i]; }
   [[nodiscard]] const T& operator[](std::int32_t i) const noexcept { return Data()[i]; }
 
@@ -76,22 +78,30 @@ class QX_API CQXBaseVector {
   /// memory is refused by an exception the vector is empty.
   void SetDimension(std::int32_t newDimension);
 
+  /// Adds @p v, element by element.
   void Add(const CQXBaseVector& v) noexcept;
+  /// Subtracts @p v, element by element.
   void Sub(const CQXBaseVector& v) noexcept;
+  /// Multiplies every element by @p factor.
   void Mul(T factor) noexcept;
   /// Plain division of every element, without a test of the divisor. Integers: an integer divided by 0 gives -2^31.
   /// Complex numbers: QX_OVERFLOW_VALUE in both parts for a divisor of almost zero.
   void Div(T divisor) noexcept;
 
+  /// Adds @p v in place, element by element.
   CQXBaseVector& operator+=(const CQXBaseVector& v) noexcept;
+  /// Subtracts @p v in place, element by element.
   CQXBaseVector& operator-=(const CQXBaseVector& v) noexcept;
   /// @p factor may be an element of this vector.
   CQXBaseVector& operator*=(const T& factor) noexcept;
   /// As Div(); @p divisor may be an element of this vector.
   CQXBaseVector& operator/=(const T& divisor) noexcept;
 
+  /// The sum, element by element.
   [[nodiscard]] CQXBaseVector operator+(const CQXBaseVector& v) const;
+  /// The difference, element by element.
   [[nodiscard]] CQXBaseVector operator-(const CQXBaseVector& v) const;
+  /// Every element times @p factor.
   [[nodiscard]] CQXBaseVector operator*(const T& factor) const;
   /// As Div(), into a new vector.
   [[nodiscard]] CQXBaseVector operator/(const T& divisor) const;

@@ -31,10 +31,15 @@ class QX_API CQXVectorN : public CQXBaseVector<T> {
   /// Copies Dim() elements; the dimension stays.
   virtual CQXVectorN& operator=(const CQXVectorN& other);
 
+  /// The sum, element by element.
   [[nodiscard]] CQXVectorN operator+(const Base& v) const { return Base::operator+(v); }
+  /// The difference, element by element.
   [[nodiscard]] CQXVectorN operator-(const Base& v) const { return Base::operator-(v); }
+  /// Every element times @p factor.
   [[nodiscard]] CQXVectorN operator*(const T& factor) const { return Base::operator*(factor); }
+  /// Every element divided by @p divisor.
   [[nodiscard]] CQXVectorN operator/(const T& divisor) const { return Base::operator/(divisor); }
+  /// Every element with the opposite sign.
   [[nodiscard]] CQXVectorN Negate() const { return Base::Negate(); }
 
   /// Every element := @p value.

@@ -28,6 +28,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   explicit CQXWaveletDecomposition(qxWaveletType wavelet);
   CQXWaveletDecomposition(const CQXWaveletDecomposition& other);
   CQXWaveletDecomposition(CQXWaveletDecomposition&& other) noexcept = default;
+  /// A copy of the filter and of every channel.
   CQXWaveletDecomposition& operator=(const CQXWaveletDecomposition& other);
   ~CQXWaveletDecomposition() = default;
 
@@ -38,15 +39,19 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// Destroys channels and filter.
   void Destroy() noexcept;
 
+  /// Number of planes.
   [[nodiscard]] std::int32_t GetChannelsNb() const noexcept { return static_cast<std::int32_t>(m_channels.size()); }
+  /// The wavelet of the image.
   [[nodiscard]] const CQXWaveletFilter<T>* GetFilter() const noexcept { return m_filter.get(); }
   /// The wavelet of the filter; -1 without one.
   [[nodiscard]] qxWaveletType GetWaveletType() const noexcept;
+  /// The amplitude of the bands.
   [[nodiscard]] qxWaveletNormalization GetTypeOfNormalization() const noexcept { return m_normalization; }
   /// 1 when a channel is decomposed, else 0.
   [[nodiscard]] std::int32_t IsDecomposed() const noexcept;
   /// Columns and rows of channel 0; 0 without one.
   [[nodiscard]] std::int32_t GetImageWidth() const noexcept;
+  /// Number of rows of the image.
   [[nodiscard]] std::int32_t GetImageHeight() const noexcept;
   /// The channel of a plane; null when there is none.
   [[nodiscard]] CQXChannel<T>* operator[](std::int32_t index) noexcept;
@@ -57,6 +62,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
 
   /// Replaces the channels by the planes of an image at offset (0, 0). @p data may be the samples of an old channel.
   void SetImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const T* data);
+  /// SetImage() of bytes.
   void Set8BitsImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const std::uint8_t* data);
 
   /// Writes the pixels. A decomposed image is taken back first, with this filter and normalization, and stays raw:
@@ -109,10 +115,12 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// The same on this object.
   void FWTInPlace(std::int32_t depth, qxChannelType type);
   void FWTInPlace(const std::int32_t* depths, const qxChannelType* types);
+  /// FWTMaxDepth() on this object.
   void FWTMaxDepthInPlace(qxChannelType type);
 
   /// The inverse transform as a new raw decomposition; this one stays as it is. @return null when a band is missing.
   [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> IFWT() const;
+  /// IFWT() on this object.
   void IFWTInPlace();
 
   // The per-channel arrays below hold one entry for each channel.
@@ -141,6 +149,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// differ or a channel is missing.
   [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> MixByLevels(const CQXWaveletDecomposition& other,
                                                                      const T* weights) const;
+  /// CQXChannel::Combine() of every pair of channels; null as for MixByLevels().
   [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> Combine(const CQXWaveletDecomposition& other, T a, T b) const;
 
   /// 1 when the counts are equal and qxAreChannelsAlmostEqual() holds for each pair, else 0.
@@ -150,6 +159,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// when a channel has no such band.
   [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> GetScaledHighImage(std::int32_t level,
                                                                             std::int32_t band) const;
+  /// CQXChannel::GetScaledLowChannel() of every channel; null when a channel has no such band.
   [[nodiscard]] std::unique_ptr<CQXWaveletDecomposition> GetScaledLowImage() const;
 
  private:

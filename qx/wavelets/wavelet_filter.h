@@ -44,6 +44,7 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
 
   /// Stores the code alone: the arrays, norms and reach keep describing the old wavelet until Set() is called.
   void SetWavelet(qxWaveletType type) noexcept { m_type = type; }
+  /// Which wavelet this is.
   [[nodiscard]] qxWaveletType GetWavelet() const noexcept { return m_type; }
 
   /// Takes new arrays of the present sizes, filled with zeros; prime2 is null when its size is 0. Arrays held before
@@ -51,32 +52,52 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
   void AllocateMemory();
 
   // Each builder sets sizes, arrays, norms and reach of one wavelet; the stored code and the shifts stay.
+  /// Sizes, arrays, norms and reach of QX_WAVELET_1_1.
   void Set1_1();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_1_3.
   void Set1_3();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_1_5.
   void Set1_5();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_2_2.
   void Set2_2();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_2_4.
   void Set2_4();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_2_6.
   void Set2_6();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_3_1.
   void Set3_1();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_3_3.
   void Set3_3();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_3_5.
   void Set3_5();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_4_2.
   void Set4_2();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_4_4.
   void Set4_4();
+  /// Sizes, arrays, norms and reach of QX_WAVELET_4_6.
   void Set4_6();
 
-  /// The stored arrays; null when there is none.
+  /// Coefficients of the prime lifting step; null when there are none.
   [[nodiscard]] const T* PrimeCoefficients() const noexcept { return Array(&Arrays::prime); }
+  /// Coefficients of the dual lifting step; null when there are none.
   [[nodiscard]] const T* DualCoefficients() const noexcept { return Array(&Arrays::dual); }
+  /// Coefficients of the second prime lifting step; null when there are none.
   [[nodiscard]] const T* Prime2Coefficients() const noexcept { return Array(&Arrays::prime2); }
 
+  /// Number of coefficients of the prime step.
   [[nodiscard]] std::int32_t GetPrimeSize() const noexcept { return m_primeSize; }
+  /// Number of coefficients of the dual step.
   [[nodiscard]] std::int32_t GetDualSize() const noexcept { return m_dualSize; }
+  /// Number of coefficients of the second prime step.
   [[nodiscard]] std::int32_t GetPrimeSize2() const noexcept { return m_prime2Size; }
 
-  /// First and last tap of the low-pass synthesis filter and of its dual.
+  /// First tap of the low-pass synthesis filter.
   [[nodiscard]] std::int32_t GetPrimeStartInd() const noexcept { return m_primeStart; }
+  /// Last tap of the low-pass synthesis filter.
   [[nodiscard]] std::int32_t GetPrimeEndInd() const noexcept { return m_primeEnd; }
+  /// First tap of the dual of the low-pass synthesis filter.
   [[nodiscard]] std::int32_t GetDualStartInd() const noexcept { return m_dualStart; }
+  /// Last tap of the dual of the low-pass synthesis filter.
   [[nodiscard]] std::int32_t GetDualEndInd() const noexcept { return m_dualEnd; }
 
   /// Factor of the low band: norm 0 for 0, norm 1 for any other index. Norm 0 keeps the energy, norm 1 the range.
@@ -86,6 +107,7 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
 
   /// Reserved: -1.
   [[nodiscard]] std::int32_t GetLowShift() const noexcept { return m_lowShift; }
+  /// Reserved: -1.
   [[nodiscard]] std::int32_t GetHighShift() const noexcept { return m_highShift; }
 
  private:
