@@ -74,11 +74,14 @@ class QX_API CQXSLDE2 {
   /// @param[out] out room for @p n states; the first is (x, y)
   void CalculateTrajectory(T x, T y, std::int32_t n, CQXVector2<T>* out, T dt, std::int32_t forward) noexcept;
 
+  /// The class of the homogeneous system.
   [[nodiscard]] qxSLDE2GeneralType GetGeneralType() const noexcept { return m_generalType; }
+  /// The class of the forcing.
   [[nodiscard]] qxSLDE2InhomogenType GetInhomogenType() const noexcept { return m_inhomogenType; }
   /// Two real eigenvalues, the one of smaller magnitude first; a double one twice; or the real and the positive
   /// imaginary part of a pair. Those within the precision of zero are exactly 0.
   [[nodiscard]] CQXVector2<T> GetEigenvalues() const noexcept { return m_eigenvalues; }
+  /// The tolerance of this object.
   [[nodiscard]] T GetPrecision() const noexcept { return m_precision; }
   /// Changes later calculations; nothing is classified anew.
   void SetPrecision(T precision) noexcept { m_precision = precision; }

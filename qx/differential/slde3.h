@@ -71,11 +71,14 @@ class QX_API CQXSLDE3 {
   /// @param[out] out room for @p n states; the first is (x, y, z)
   void CalculateTrajectory(T x, T y, T z, std::int32_t n, CQXVector3<T>* out, T dt, std::int32_t forward) noexcept;
 
+  /// The class of the homogeneous system.
   [[nodiscard]] qxSLDE3GeneralType GetGeneralType() const noexcept { return m_generalType; }
+  /// The class of the forcing.
   [[nodiscard]] qxSLDE3InhomogenType GetInhomogenType() const noexcept { return m_inhomogenType; }
   /// Three real eigenvalues by ascending magnitude, equal ones as often as they count; or the real one, and the real
   /// and the positive imaginary part of a pair. Those that count as zero are exactly 0.
   [[nodiscard]] CQXVector3<T> GetEigenvalues() const noexcept { return m_eigenvalues; }
+  /// The tolerance of this object.
   [[nodiscard]] T GetPrecision() const noexcept { return m_precision; }
   /// Changes later calculations; nothing is classified anew.
   void SetPrecision(T precision) noexcept { m_precision = precision; }

@@ -37,9 +37,13 @@ class qxBlock {
   }
   ~qxBlock() { qxReleaseBlock(m_block); }
 
+  /// The block, or null.
   [[nodiscard]] constexpr T* get() const noexcept { return m_block; }
+  /// Element @p i, from 0; the index is not tested.
   [[nodiscard]] constexpr T& operator[](std::size_t i) const noexcept { return m_block[i]; }
+  /// Whether there is no block.
   [[nodiscard]] constexpr bool operator==(std::nullptr_t) const noexcept { return m_block == nullptr; }
+  /// Whether there is a block.
   [[nodiscard]] explicit constexpr operator bool() const noexcept { return m_block != nullptr; }
 
   /// Hands the block over to the caller, who gives it back by qxReleaseBlock().
@@ -53,6 +57,7 @@ class qxBlock {
     qxReleaseBlock(m_block);
     m_block = block;
   }
+  /// Exchanges the blocks.
   void swap(qxBlock& other) noexcept {
     T* const block = m_block;
     m_block = other.m_block;
@@ -101,17 +106,21 @@ struct qxBlockAllocator {
   using value_type = T;
 
   qxBlockAllocator() noexcept = default;
+  /// Allocators of all element types are the same.
   template <typename U>
   qxBlockAllocator(const qxBlockAllocator<U>&) noexcept {}
 
+  /// A block for @p count elements, which are not constructed.
   [[nodiscard]] T* allocate(std::size_t count) {
     constexpr std::size_t largest = std::numeric_limits<std::size_t>::max();
     void* block = qxObtainBlock(count > largest / sizeof(T) ? largest : count * sizeof(T));
     if (block == nullptr) throw std::bad_alloc();
     return static_cast<T*>(block);
   }
+  /// Gives a block back.
   void deallocate(T* block, std::size_t) noexcept { qxReleaseBlock(block); }
 
+  /// Always true: any of them gives back what another obtained.
   template <typename U>
   bool operator==(const qxBlockAllocator<U>&) const noexcept {
     return true;
@@ -120,6 +129,8 @@ struct qxBlockAllocator {
 
 /// Base of classes whose objects stand on the heap: `new` and `delete` of the derived class use the library's blocks.
 struct qxBlockAllocated {
+  /// A block for an object, from where every block comes.
   static void* operator new(std::size_t bytes) { return qxBlockAllocator<std::byte>().allocate(bytes); }
+  /// Gives the block of an object back.
   static void operator delete(void* object) noexcept { qxReleaseBlock(object); }
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <type_traits>
 
 /// @file
@@ -16,7 +18,9 @@ struct qxCallables {
   F& first;
   G& second;
 
+  /// One callable, which must outlive this object.
   explicit qxCallables(F& f) noexcept : first(f), second(f) {}
+  /// Two callables, which must outlive this object.
   qxCallables(F& f, G& g) noexcept : first(f), second(g) {}
 
   /// The plain functions that go with a pointer to this object, with the arguments of the callables.
@@ -24,6 +28,7 @@ struct qxCallables {
   static R CallFirst(A... arguments, void* user) {
     return static_cast<qxCallables*>(user)->first(static_cast<A>(arguments)...);
   }
+  /// The plain function of the second callable.
   template <typename R, typename... A>
   static R CallSecond(A... arguments, void* user) {
     return static_cast<qxCallables*>(user)->second(static_cast<A>(arguments)...);

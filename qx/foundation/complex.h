@@ -73,7 +73,9 @@ class QX_API CQXComplex {
   /// given, a negative one too.
   void SetInTrigForm(T magnitude, T angleInDegrees) noexcept;
 
+  /// The real part.
   [[nodiscard]] constexpr T Real() const noexcept { return m_real; }
+  /// The imaginary part.
   [[nodiscard]] constexpr T Imag() const noexcept { return m_imag; }
 
   /// Magnitude: the stored one when the trigonometric form was calculated (stale after in-place arithmetic), otherwise
@@ -96,10 +98,12 @@ class QX_API CQXComplex {
   /// by 2 pi below the real axis: call CalculateTrigonForm() first when that matters. Nothing is stored.
   [[nodiscard]] T AngleInRadians() const noexcept;
 
+  /// 1 when the trigonometric form is stored.
   [[nodiscard]] constexpr std::int32_t IsTrigCalculated() const noexcept { return m_trigCalculated; }
 
   /// The tolerance of this object: what the distance in `=`, `==` and `!=` is compared with.
   [[nodiscard]] constexpr T GetPrecision() const noexcept { return m_precision; }
+  /// Sets the tolerance of this object.
   constexpr void SetPrecision(T precision) noexcept { m_precision = precision; }
 
   /// 1 when the imaginary part is within QX_TOLERANCE of zero, bounds included; the object's precision plays no part.
@@ -111,6 +115,7 @@ class QX_API CQXComplex {
   /// within QX_TOLERANCE of zero.
   void CalculateTrigonForm() noexcept { FillTrigonForm(); }
 
+  /// The number with the opposite imaginary part.
   [[nodiscard]] constexpr CQXComplex Conjugate() const noexcept { return {m_real, -m_imag}; }
 
   /// 1 / z; both parts are QX_OVERFLOW_VALUE when SquareMagn() is below QX_TOLERANCE.
@@ -143,14 +148,18 @@ class QX_API CQXComplex {
   /// @return 1; 0 when the magnitude is below QX_TOLERANCE, and @p target is untouched.
   std::int32_t Roots(std::int32_t n, CQXComplex* target) const noexcept;
 
+  /// The difference, or the number with the opposite sign.
   [[nodiscard]] constexpr CQXComplex operator-() const noexcept { return {-m_real, -m_imag}; }
 
+  /// The sum.
   [[nodiscard]] constexpr CQXComplex operator+(const CQXComplex& b) const noexcept {
     return {m_real + b.m_real, m_imag + b.m_imag};
   }
+  /// The difference, or the number with the opposite sign.
   [[nodiscard]] constexpr CQXComplex operator-(const CQXComplex& b) const noexcept {
     return {m_real - b.m_real, m_imag - b.m_imag};
   }
+  /// The product.
   [[nodiscard]] constexpr CQXComplex operator*(const CQXComplex& b) const noexcept {
     return {qxProduct(m_real, b.m_real) - qxProduct(m_imag, b.m_imag),
             qxProduct(m_real, b.m_imag) + qxProduct(m_imag, b.m_real)};
@@ -163,8 +172,11 @@ class QX_API CQXComplex {
             (qxProduct(m_imag, b.m_real) - qxProduct(m_real, b.m_imag)) / square};
   }
 
+  /// The sum.
   [[nodiscard]] constexpr CQXComplex operator+(T b) const noexcept { return {m_real + b, m_imag}; }
+  /// The difference, or the number with the opposite sign.
   [[nodiscard]] constexpr CQXComplex operator-(T b) const noexcept { return {m_real - b, m_imag}; }
+  /// The product.
   [[nodiscard]] constexpr CQXComplex operator*(T b) const noexcept { return {m_real * b, m_imag * b}; }
   /// Quotient; both parts are QX_OVERFLOW_VALUE when the divisor is within QX_TOLERANCE of zero, bounds included.
   [[nodiscard]] constexpr CQXComplex operator/(T b) const noexcept {
@@ -173,13 +185,20 @@ class QX_API CQXComplex {
   }
 
   // In-place arithmetic leaves the trigonometric form as it is: see the class.
+  /// Adds in place; the trigonometric form stays as it is.
   constexpr CQXComplex& operator+=(const CQXComplex& b) noexcept { return SetParts(*this + b); }
+  /// Subtracts in place; the trigonometric form stays as it is.
   constexpr CQXComplex& operator-=(const CQXComplex& b) noexcept { return SetParts(*this - b); }
+  /// Multiplies in place; the trigonometric form stays as it is.
   constexpr CQXComplex& operator*=(const CQXComplex& b) noexcept { return SetParts(*this * b); }
+  /// Divides in place; the trigonometric form stays as it is.
   constexpr CQXComplex& operator/=(const CQXComplex& b) noexcept { return SetParts(*this / b); }
 
+  /// Adds in place; the trigonometric form stays as it is.
   constexpr CQXComplex& operator+=(T b) noexcept { return SetParts(*this + b); }
+  /// Subtracts in place; the trigonometric form stays as it is.
   constexpr CQXComplex& operator-=(T b) noexcept { return SetParts(*this - b); }
+  /// Multiplies in place; the trigonometric form stays as it is.
   constexpr CQXComplex& operator*=(T b) noexcept { return SetParts(*this * b); }
   /// Both parts become QX_OVERFLOW_VALUE when abs(b) is below QX_TOLERANCE.
   constexpr CQXComplex& operator/=(T b) noexcept {

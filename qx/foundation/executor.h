@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// Runs the independent pieces of a large operation: in order on the caller's thread by default, on several threads

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 /// @file
 /// Polynomials through given values, in Horner's form. Values may be numbers, fixed vectors or fixed matrices.
 

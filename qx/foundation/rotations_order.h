@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// Sequence in which the three elementary rotations act on a column vector. Angles are always passed about X, about Y,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/api.h>
 #include <qx/foundation/executor.h>
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// What is inside of a polygon that crosses or surrounds itself.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// Where a figure lies relative to another one.

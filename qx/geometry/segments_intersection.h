@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// How two segments of the plane meet.

@@ -32,7 +32,9 @@ class QX_API CQXGrid {
   /// @return 1; 0 when there is no memory: nothing changes.
   [[nodiscard]] std::int32_t SetSize(std::int32_t width, std::int32_t height);
 
+  /// Number of columns.
   [[nodiscard]] std::int32_t Width() const noexcept { return m_width; }
+  /// Number of rows.
   [[nodiscard]] std::int32_t Height() const noexcept { return m_height; }
   /// Number of pixels.
   [[nodiscard]] std::size_t Count() const noexcept { return qxElementCount(m_height, m_width); }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// How the slopes of a curve at its keys are found: CQXInterpolation::FindSlopes().

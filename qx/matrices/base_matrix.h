@@ -49,20 +49,28 @@ class QX_API CQXBaseMatrix : public CQXDynamicArray<T> {
 
   /// Copies as many elements as both have; the sizes stay. A matrix that was moved from becomes a deep copy.
   virtual CQXBaseMatrix& operator=(const CQXBaseMatrix& other);
+  /// Multiplies every element by @p factor.
   virtual CQXBaseMatrix& operator*=(T factor) noexcept;
   /// As the copying assignment, and @p other keeps its elements. A matrix that was moved from takes sizes and block
   /// over.
   virtual CQXBaseMatrix& operator=(CQXBaseMatrix&& other) noexcept;
 
+  /// Number of rows.
   [[nodiscard]] std::int32_t RowsNb() const noexcept { return m_rows; }
+  /// Number of columns.
   [[nodiscard]] std::int32_t ColsNb() const noexcept { return m_columns; }
+  /// 1 when there are as many rows as columns.
   [[nodiscard]] std::int32_t IsSquare() const noexcept { return m_rows == m_columns; }
 
+  /// The element in row @p r and column @p c, from 0; neither is tested.
   [[nodiscard]] T& operator()(std::int32_t r, std::int32_t c) noexcept { return Data()[Position(r, c)]; }
   [[nodiscard]] const T& operator()(std::int32_t r, std::int32_t c) const noexcept { return Data()[Position(r, c)]; }
 
+  /// Sets the element in row @p r and column @p c.
   void SetElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) = value; }
+  /// Multiplies the element in row @p r and column @p c by @p value.
   void MulElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) *= value; }
+  /// Adds @p value to the element in row @p r and column @p c.
   void AddToElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) += value; }
 
   /// All elements := @p value.
@@ -83,11 +91,15 @@ class QX_API CQXBaseMatrix : public CQXDynamicArray<T> {
   void SetRow(std::int32_t r, const T* source) noexcept;
   /// Takes column @p c from @p source, RowsNb() elements, which may lie in this matrix as for SetRow().
   void SetColumn(std::int32_t c, const T* source) noexcept;
+  /// Row @p r.
   [[nodiscard]] CQXBaseVector<T> RowVector(std::int32_t r) const;
+  /// Column @p c.
   [[nodiscard]] CQXBaseVector<T> ColVector(std::int32_t c) const;
+  /// Sets row @p r.
   void SetRowVector(std::int32_t r, const CQXBaseVector<T>& v) noexcept {
     if (v.Data() != nullptr) SetRow(r, v.Data());
   }
+  /// Sets column @p c.
   void SetColVector(std::int32_t c, const CQXBaseVector<T>& v) noexcept {
     if (v.Data() != nullptr) SetColumn(c, v.Data());
   }

@@ -30,7 +30,9 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// Number of rows and columns, as a constant.
   static constexpr std::size_t dimension = N;
 
+  /// Number of rows.
   [[nodiscard]] static constexpr std::int32_t RowsNb() noexcept { return static_cast<std::int32_t>(N); }
+  /// Number of columns.
   [[nodiscard]] static constexpr std::int32_t ColsNb() noexcept { return static_cast<std::int32_t>(N); }
   /// 1.
   [[nodiscard]] static constexpr std::int32_t IsSquare() noexcept { return 1; }
@@ -48,8 +50,11 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
   /// Element @p i of the row-major array.
   [[nodiscard]] constexpr const T& operator[](std::int32_t i) const noexcept { return Self().Data()[i]; }
 
+  /// Sets the element in row @p r and column @p c.
   constexpr void SetElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) = value; }
+  /// Multiplies the element in row @p r and column @p c by @p value.
   constexpr void MulElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) *= value; }
+  /// Adds @p value to the element in row @p r and column @p c.
   constexpr void AddToElement(std::int32_t r, std::int32_t c, T value) noexcept { (*this)(r, c) += value; }
 
   /// Every element := @p value.
@@ -86,13 +91,17 @@ class QX_API CQXFixedMatrix : public CQXFixedArray<Derived, T, N * N> {
     const Vector column = MakeVector([&](std::size_t i) { return source[i]; });
     qxUnroll<N>([&](std::size_t i) { (*this)(static_cast<std::int32_t>(i), c) = column.Data()[i]; });
   }
+  /// Row @p r.
   [[nodiscard]] constexpr Vector RowVector(std::int32_t r) const noexcept {
     return MakeVector([&](std::size_t i) { return (*this)(r, static_cast<std::int32_t>(i)); });
   }
+  /// Column @p c.
   [[nodiscard]] constexpr Vector ColVector(std::int32_t c) const noexcept {
     return MakeVector([&](std::size_t i) { return (*this)(static_cast<std::int32_t>(i), c); });
   }
+  /// Sets row @p r.
   constexpr void SetRowVector(std::int32_t r, const Vector& v) noexcept { SetRow(r, v.Data()); }
+  /// Sets column @p c.
   constexpr void SetColVector(std::int32_t c, const Vector& v) noexcept { SetColumn(c, v.Data()); }
 
   // Parts of rows and columns. Indices are not tested; a count of 0 or less does nothing.

@@ -48,6 +48,7 @@ class QX_API CQXMatrix2 : public CQXFixedMatrix<CQXMatrix2<T>, CQXVector2<T>, T,
     Base::Row(1, row1);
   }
 
+  /// Determinant.
   [[nodiscard]] constexpr T Det() const noexcept { return m_c[0] * m_c[3] - m_c[1] * m_c[2]; }
 
   using Base::Inverse;

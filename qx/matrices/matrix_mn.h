@@ -56,17 +56,25 @@ class QX_API CQXMatrixMN : public CQXBaseMatrix<T> {
   CQXMatrixMN& operator=(Base&& other) noexcept override;
   virtual CQXMatrixMN& operator=(CQXMatrixMN&& other) noexcept;
 
+  /// The sum, element by element.
   [[nodiscard]] CQXMatrixMN operator+(const Base& m) const { return Base::operator+(m); }
+  /// The difference, element by element.
   [[nodiscard]] CQXMatrixMN operator-(const Base& m) const { return Base::operator-(m); }
+  /// The product, with a number element by element.
   [[nodiscard]] CQXMatrixMN operator*(T factor) const { return Base::operator*(factor); }
+  /// Every element divided by @p divisor.
   [[nodiscard]] CQXMatrixMN operator/(T divisor) const { return Base::operator/(divisor); }
+  /// The product, with a number element by element.
   [[nodiscard]] CQXMatrixMN operator*(const Base& m) const { return Base::operator*(m); }
   [[nodiscard]] CQXVectorN<T> operator*(const CQXBaseVector<T>& v) const { return Base::operator*(v); }
+  /// Every element with the opposite sign.
   [[nodiscard]] CQXMatrixMN Negate() const { return Base::Negate(); }
+  /// Rows and columns exchanged.
   [[nodiscard]] CQXMatrixMN Transpose() const { return Base::Transpose(); }
 
   /// The remembered rank; -1 means unknown.
   [[nodiscard]] std::int32_t GetRank() const noexcept { return m_rank; }
+  /// Sets what GetRank() says.
   void SetRank(std::int32_t rank) noexcept { m_rank = rank; }
   /// 1 when the singular numbers are remembered.
   [[nodiscard]] std::int32_t IsSingCalculated() const noexcept { return m_singularFlag; }

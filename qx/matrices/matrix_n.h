@@ -50,15 +50,23 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// number when memory was refused.
   [[nodiscard]] virtual T Det() const;
 
+  /// Number of rows, and of columns.
   [[nodiscard]] std::int32_t Size() const noexcept { return m_size; }
 
   using Base::operator*;
+  /// The sum, element by element.
   [[nodiscard]] CQXMatrixN operator+(const CQXBaseMatrix<T>& m) const { return CQXBaseMatrix<T>::operator+(m); }
+  /// The difference, element by element.
   [[nodiscard]] CQXMatrixN operator-(const CQXBaseMatrix<T>& m) const { return CQXBaseMatrix<T>::operator-(m); }
+  /// The product, with a number element by element.
   [[nodiscard]] CQXMatrixN operator*(T factor) const { return CQXBaseMatrix<T>::operator*(factor); }
+  /// Every element divided by @p divisor.
   [[nodiscard]] CQXMatrixN operator/(T divisor) const { return CQXBaseMatrix<T>::operator/(divisor); }
+  /// The product, with a number element by element.
   [[nodiscard]] CQXMatrixN operator*(const CQXMatrixN& m) const { return CQXBaseMatrix<T>::operator*(m); }
+  /// Every element with the opposite sign.
   [[nodiscard]] CQXMatrixN Negate() const { return CQXBaseMatrix<T>::Negate(); }
+  /// Rows and columns exchanged.
   [[nodiscard]] CQXMatrixN Transpose() const { return CQXBaseMatrix<T>::Transpose(); }
 
   /// this := this @p m, which must have the same size.
@@ -71,6 +79,7 @@ class QX_API CQXMatrixN : public CQXMatrixMN<T> {
   /// when the matrix is singular. When memory is refused the result holds no elements, and `^=` leaves the matrix as it
   /// was. Mind the low precedence of the operator.
   [[nodiscard]] CQXMatrixN operator^(std::int32_t n) const;
+  /// Replaces this by its power, as operator^().
   CQXMatrixN& operator^=(std::int32_t n);
 
   /// Sets the unit matrix.

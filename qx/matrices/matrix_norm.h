@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// Kind of a matrix norm. Every value that stands not here counts as QX_MATRIX_NORM_EUCLIDEAN.

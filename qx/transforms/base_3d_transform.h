@@ -34,6 +34,7 @@ class QX_API CQXBase3DTransform {
   /// QX_TRANSFORM_GENERAL; derived classes return their own kind.
   [[nodiscard]] virtual qxTransformType GetTypeOfTransform() const noexcept;
 
+  /// The matrix.
   [[nodiscard]] const CQXMatrix4<T>& GetMatrix() const noexcept { return m_matrix; }
   /// M := @p matrix.
   void SetTransform(const CQXMatrix4<T>& matrix) noexcept { m_matrix = matrix; }

@@ -46,9 +46,11 @@ class QX_API CQXQuaternion {
 
   /// Makes this the identity (1, 0, 0, 0).
   constexpr void Identity() noexcept { *this = CQXQuaternion(); }
+  /// Sets the four components.
   constexpr void Set(T scalar, T first, T second, T third) noexcept { *this = {scalar, first, second, third}; }
   /// (scalar, vector), not normalised.
   constexpr void Set(T scalar, const CQXVector3<T>& vector) noexcept { *this = {scalar, vector}; }
+  /// Sets the four components.
   constexpr void Set(const CQXQuaternion& source) noexcept { *this = source; }
   /// Makes this the quaternion of a rotation matrix. Of q and -q it is the one whose w is positive; where the trace is
   /// negative, the one whose component of the largest diagonal element is positive, of equal ones x before y before z.
@@ -56,10 +58,15 @@ class QX_API CQXQuaternion {
   /// The result is not normalised. A matrix that is no rotation gives what the formulas give (Shepperd 1978).
   void Set(const CQXMatrix3<T>& rotation) noexcept;
 
+  /// Sets the vector part.
   constexpr void SetVector(const CQXVector3<T>& vector) noexcept { *this = {w, vector}; }
+  /// Sets the scalar part.
   constexpr void SetScalar(T scalar) noexcept { w = scalar; }
+  /// The vector part.
   [[nodiscard]] constexpr CQXVector3<T> GetVector() const noexcept { return {x, y, z}; }
+  /// The scalar part.
   [[nodiscard]] constexpr T GetScalar() const noexcept { return w; }
+  /// Scalar and vector part.
   constexpr void GetComponents(T& scalar, CQXVector3<T>& vector) const noexcept {
     scalar = w;
     vector = GetVector();

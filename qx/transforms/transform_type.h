@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// Kind of a coordinate transform, as the virtual GetTypeOfTransform() of its class tells it.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qx/foundation/api.h>
 #include <qx/foundation/internal/rounded.h>
 #include <qx/foundation/internal/unroll.h>
 #include <qx/foundation/tolerance.h>
@@ -30,18 +31,24 @@ class CQXFixedArray {
     qxUnroll<N>([&](std::size_t i) { target[i] = At(i); });
   }
 
+  /// Adds @p b, element by element.
   constexpr void Add(const Derived& b) noexcept { Self() = *this + b; }
+  /// Subtracts @p b, element by element.
   constexpr void Sub(const Derived& b) noexcept { Self() = *this - b; }
+  /// Multiplies every element by @p factor.
   constexpr void Mul(T factor) noexcept { Self() = *this * factor; }
   /// Divides each element, without a test of the divisor.
   constexpr void Div(T divisor) noexcept { Self() = *this / divisor; }
 
+  /// The sum, element by element.
   [[nodiscard]] constexpr Derived operator+(const Derived& b) const noexcept {
     return Make([&](std::size_t i) { return At(i) + b.Data()[i]; });
   }
+  /// The difference, or every element with the opposite sign.
   [[nodiscard]] constexpr Derived operator-(const Derived& b) const noexcept {
     return Make([&](std::size_t i) { return At(i) - b.Data()[i]; });
   }
+  /// Every element times @p factor.
   [[nodiscard]] constexpr Derived operator*(T factor) const noexcept {
     return Make([&](std::size_t i) { return qxProduct(At(i), factor); });
   }
@@ -50,13 +57,16 @@ class CQXFixedArray {
   [[nodiscard]] constexpr Derived operator/(T divisor) const noexcept {
     return Make([&](std::size_t i) { return At(i) / divisor; });
   }
+  /// The difference, or every element with the opposite sign.
   [[nodiscard]] constexpr Derived operator-() const noexcept { return Negate(); }
   /// A new object with each element negated; this one is unchanged.
   [[nodiscard]] constexpr Derived Negate() const noexcept {
     return Make([&](std::size_t i) { return -At(i); });
   }
 
+  /// Adds @p b in place, element by element.
   constexpr Derived& operator+=(const Derived& b) noexcept { return Self() = *this + b; }
+  /// Subtracts @p b in place, element by element.
   constexpr Derived& operator-=(const Derived& b) noexcept { return Self() = *this - b; }
   /// @p factor may be an element of this object.
   constexpr Derived& operator*=(const T& factor) noexcept { return Self() = *this * factor; }

@@ -36,8 +36,10 @@ class QX_API CQXVector2 : public CQXFixedVector<CQXVector2<T>, T, 2> {
     return *this = CQXVector2(source);
   }
 
+  /// First component.
   [[nodiscard]] constexpr T& X() noexcept { return m_c[0]; }
   [[nodiscard]] constexpr const T& X() const noexcept { return m_c[0]; }
+  /// Second component.
   [[nodiscard]] constexpr T& Y() noexcept { return m_c[1]; }
   [[nodiscard]] constexpr const T& Y() const noexcept { return m_c[1]; }
 

@@ -36,10 +36,13 @@ class QX_API CQXVector3 : public CQXFixedVector<CQXVector3<T>, T, 3> {
     return *this = CQXVector3(source);
   }
 
+  /// First component.
   [[nodiscard]] constexpr T& X() noexcept { return m_c[0]; }
   [[nodiscard]] constexpr const T& X() const noexcept { return m_c[0]; }
+  /// Second component.
   [[nodiscard]] constexpr T& Y() noexcept { return m_c[1]; }
   [[nodiscard]] constexpr const T& Y() const noexcept { return m_c[1]; }
+  /// Third component.
   [[nodiscard]] constexpr T& Z() noexcept { return m_c[2]; }
   [[nodiscard]] constexpr const T& Z() const noexcept { return m_c[2]; }
 

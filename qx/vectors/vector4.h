@@ -37,12 +37,16 @@ class QX_API CQXVector4 : public CQXFixedVector<CQXVector4<T>, T, 4> {
     return *this = CQXVector4(source);
   }
 
+  /// First component.
   [[nodiscard]] constexpr T& X() noexcept { return m_c[0]; }
   [[nodiscard]] constexpr const T& X() const noexcept { return m_c[0]; }
+  /// Second component.
   [[nodiscard]] constexpr T& Y() noexcept { return m_c[1]; }
   [[nodiscard]] constexpr const T& Y() const noexcept { return m_c[1]; }
+  /// Third component.
   [[nodiscard]] constexpr T& Z() noexcept { return m_c[2]; }
   [[nodiscard]] constexpr const T& Z() const noexcept { return m_c[2]; }
+  /// Fourth component.
   [[nodiscard]] constexpr T& W() noexcept { return m_c[3]; }
   [[nodiscard]] constexpr const T& W() const noexcept { return m_c[3]; }
 

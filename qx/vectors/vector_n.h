@@ -33,10 +33,15 @@ class QX_API CQXVectorN : public CQXBaseVector<T> {
   CQXVectorN& operator=(Base&& other) noexcept override;
   CQXVectorN& operator=(CQXVectorN&& other) noexcept;
 
+  /// The sum, element by element.
   [[nodiscard]] CQXVectorN operator+(const Base& v) const { return Base::operator+(v); }
+  /// The difference, element by element.
   [[nodiscard]] CQXVectorN operator-(const Base& v) const { return Base::operator-(v); }
+  /// Every element times @p factor.
   [[nodiscard]] CQXVectorN operator*(const T& factor) const { return Base::operator*(factor); }
+  /// Every element divided by @p divisor.
   [[nodiscard]] CQXVectorN operator/(const T& divisor) const { return Base::operator/(divisor); }
+  /// Every element with the opposite sign.
   [[nodiscard]] CQXVectorN Negate() const { return Base::Negate(); }
 
   /// Every element := @p value.

@@ -44,6 +44,7 @@ class QX_API CQXLifting {
   /// The band on the even and on the odd local positions. The high band is the even one when the offsets of the two
   /// channels along the direction differ.
   [[nodiscard]] T* GetEven() const noexcept { return m_even; }
+  /// The band on the odd local positions.
   [[nodiscard]] T* GetOdd() const noexcept { return m_odd; }
 
   /// Lifting steps: @p target 0 updates the high band from the low one, otherwise the low from the high one.
@@ -52,10 +53,15 @@ class QX_API CQXLifting {
   /// @param type QX_CHANNEL_ROWS lifts along each row, QX_CHANNEL_COLUMNS along each column; any other value does
   /// nothing
   void LiftUsing2Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept;
+  /// LiftUsing2Coef() with four coefficients.
   void LiftUsing4Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept;
+  /// LiftUsing2Coef() with six coefficients.
   void LiftUsing6Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept;
+  /// The inverse of LiftUsing2Coef(): subtracts what it added.
   void InvLiftUsing2Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept;
+  /// The inverse of LiftUsing4Coef(): subtracts what it added.
   void InvLiftUsing4Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept;
+  /// The inverse of LiftUsing6Coef(): subtracts what it added.
   void InvLiftUsing6Coef(std::int32_t target, const T* coefficients, qxChannelType type) noexcept;
 
  private:

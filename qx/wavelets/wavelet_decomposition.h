@@ -34,6 +34,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// A deep copy; without filter and image when the memory was refused with null.
   CQXWaveletDecomposition(const CQXWaveletDecomposition& other);
   CQXWaveletDecomposition(CQXWaveletDecomposition&& other) noexcept = default;
+  /// A copy of the filter and of every channel.
   CQXWaveletDecomposition& operator=(const CQXWaveletDecomposition& other);
   ~CQXWaveletDecomposition() = default;
 
@@ -48,11 +49,13 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   [[nodiscard]] const CQXWaveletFilter<T>* GetFilter() const noexcept { return m_filter.get(); }
   /// The wavelet of the filter; -1 without one.
   [[nodiscard]] qxWaveletType GetWaveletType() const noexcept;
+  /// The amplitude of the bands.
   [[nodiscard]] qxWaveletNormalization GetTypeOfNormalization() const noexcept { return m_normalization; }
   /// 1 when a channel is decomposed, else 0.
   [[nodiscard]] std::int32_t IsDecomposed() const noexcept;
   /// Columns and rows of channel 0; 0 without one.
   [[nodiscard]] std::int32_t GetImageWidth() const noexcept;
+  /// Number of rows of the image.
   [[nodiscard]] std::int32_t GetImageHeight() const noexcept;
   /// The channel of a plane; null when there is none.
   [[nodiscard]] CQXChannel<T>* operator[](std::int32_t index) noexcept;
@@ -63,6 +66,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
 
   /// Replaces the channels by the planes of an image at offset (0, 0). @p data may be the samples of an old channel.
   void SetImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const T* data);
+  /// SetImage() of bytes.
   void Set8BitsImage(std::int32_t width, std::int32_t height, std::int32_t channelsNb, const std::uint8_t* data);
 
   /// Writes the pixels. A decomposed image is taken back first, with this filter and normalization, and stays raw:
@@ -130,6 +134,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// The same on this object.
   void FWTInPlace(std::int32_t depth, qxChannelType type);
   void FWTInPlace(const std::int32_t* depths, const qxChannelType* types);
+  /// FWTMaxDepth() on this object.
   void FWTMaxDepthInPlace(qxChannelType type);
 
   /// The inverse transform as a new raw decomposition; this one stays as it is. @return null when a band is missing.

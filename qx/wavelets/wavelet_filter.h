@@ -42,6 +42,7 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
 
   /// Stores the code alone: the arrays, norms and reach keep describing the old wavelet until Set() is called.
   void SetWavelet(qxWaveletType type) noexcept { m_type = type; }
+  /// Which wavelet this is.
   [[nodiscard]] qxWaveletType GetWavelet() const noexcept { return m_type; }
 
   /// Replaces the arrays by zeros of the present sizes; prime2 is null when its size is 0.
@@ -66,14 +67,20 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
   [[nodiscard]] const T* DualCoefficients() const noexcept { return m_dual; }
   [[nodiscard]] const T* Prime2Coefficients() const noexcept { return m_prime2; }
 
+  /// Number of coefficients of the prime step.
   [[nodiscard]] std::int32_t GetPrimeSize() const noexcept { return m_primeSize; }
+  /// Number of coefficients of the dual step.
   [[nodiscard]] std::int32_t GetDualSize() const noexcept { return m_dualSize; }
+  /// Number of coefficients of the second prime step.
   [[nodiscard]] std::int32_t GetPrimeSize2() const noexcept { return m_prime2Size; }
 
-  /// First and last tap of the low-pass synthesis filter and of its dual.
+  /// First tap of the low-pass synthesis filter.
   [[nodiscard]] std::int32_t GetPrimeStartInd() const noexcept { return m_primeStart; }
+  /// Last tap of the low-pass synthesis filter.
   [[nodiscard]] std::int32_t GetPrimeEndInd() const noexcept { return m_primeEnd; }
+  /// First tap of the dual of the low-pass synthesis filter.
   [[nodiscard]] std::int32_t GetDualStartInd() const noexcept { return m_dualStart; }
+  /// Last tap of the dual of the low-pass synthesis filter.
   [[nodiscard]] std::int32_t GetDualEndInd() const noexcept { return m_dualEnd; }
 
   /// Factor of the low band: norm 0 for 0, norm 1 for any other index. Norm 0 keeps the energy, norm 1 the range.
@@ -83,6 +90,7 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
 
   /// Reserved: -1.
   [[nodiscard]] std::int32_t GetLowShift() const noexcept { return m_lowShift; }
+  /// Reserved: -1.
   [[nodiscard]] std::int32_t GetHighShift() const noexcept { return m_highShift; }
 
  private:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <cstdint>
 
 /// The twelve lifting wavelets; the digits are the numbers of vanishing moments, the first one names the family.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qx/foundation/api.h>
+
 #include <type_traits>
 
 /// @file
