@@ -13,18 +13,26 @@ template <typename T>
 class qxOwner {
  public:
   constexpr qxOwner() noexcept = default;
+  /// Owns nothing.
   constexpr qxOwner(std::nullptr_t) noexcept {}
+  /// Takes an object over.
   explicit qxOwner(T* object) noexcept : m_object(object) {}
+  /// Takes the object of @p other over.
   qxOwner(qxOwner&& other) noexcept : m_object(other.release()) {}
+  /// Takes the object of @p other over; the one that was held goes.
   qxOwner& operator=(qxOwner&& other) noexcept {
     reset(other.release());
     return *this;
   }
   ~qxOwner() { delete m_object; }
 
+  /// The object, or null.
   [[nodiscard]] T* get() const noexcept { return m_object; }
+  /// The object, which must be there.
   [[nodiscard]] T& operator*() const noexcept { return *m_object; }
+  /// The object, which must be there.
   T* operator->() const noexcept { return m_object; }
+  /// Whether an object is held.
   explicit operator bool() const noexcept { return m_object != nullptr; }
 
   /// Gives the object away: the caller deletes it.
@@ -54,7 +62,9 @@ template <typename T>
 class qxOwnerArray {
  public:
   qxOwnerArray() noexcept = default;
+  /// Takes the slots of @p other over.
   qxOwnerArray(qxOwnerArray&& other) noexcept { Swap(other); }
+  /// Takes the slots of @p other over; the objects that were held go.
   qxOwnerArray& operator=(qxOwnerArray&& other) noexcept {
     qxOwnerArray taken(std::move(other));
     Swap(taken);
@@ -79,11 +89,13 @@ class qxOwnerArray {
     m_slots.reset();
     m_count = 0;
   }
+  /// Exchanges all slots.
   void Swap(qxOwnerArray& other) noexcept {
     std::swap(m_slots, other.m_slots);
     std::swap(m_count, other.m_count);
   }
 
+  /// Number of slots.
   [[nodiscard]] std::size_t Count() const noexcept { return m_count; }
   /// The object of a slot, or null; the index is not checked.
   [[nodiscard]] T* operator[](std::size_t index) const noexcept { return m_slots[index]; }

@@ -138,12 +138,16 @@ class QX_API CQXBaseMatrix : public CQXDynamicArray<T> {
   void PrintPartOfMatrix(std::int32_t firstRow, std::int32_t firstColumn, std::int32_t lastRow,
                          std::int32_t lastColumn) const;
 
+  /// Adds @p m, element by element.
   void Add(const CQXBaseMatrix& m) noexcept { Array::AddArray(m); }
+  /// Subtracts @p m, element by element.
   void Sub(const CQXBaseMatrix& m) noexcept { Array::SubtractArray(m); }
+  /// As Add().
   CQXBaseMatrix& operator+=(const CQXBaseMatrix& m) noexcept {
     Add(m);
     return *this;
   }
+  /// As Sub().
   CQXBaseMatrix& operator-=(const CQXBaseMatrix& m) noexcept {
     Sub(m);
     return *this;
@@ -154,11 +158,17 @@ class QX_API CQXBaseMatrix : public CQXDynamicArray<T> {
     return *this;
   }
 
+  /// The sum, element by element, as a new object.
   [[nodiscard]] CQXBaseMatrix operator+(const CQXBaseMatrix& m) const { return CQXBaseMatrix(Array::Sum(m)); }
+  /// The difference, element by element, as a new object.
   [[nodiscard]] CQXBaseMatrix operator-(const CQXBaseMatrix& m) const { return CQXBaseMatrix(Array::Difference(m)); }
+  /// Every element times @p factor, as a new matrix.
   [[nodiscard]] CQXBaseMatrix operator*(T factor) const { return CQXBaseMatrix(Array::Product(factor)); }
+  /// Every element divided by @p divisor, as a new matrix; plain division, as Div().
   [[nodiscard]] CQXBaseMatrix operator/(T divisor) const { return CQXBaseMatrix(Array::Quotient(divisor)); }
+  /// A new matrix of the negated elements; this one is unchanged.
   [[nodiscard]] CQXBaseMatrix Negate() const { return CQXBaseMatrix(Array::Negation()); }
+  /// Rows and columns exchanged, as a new matrix.
   [[nodiscard]] CQXBaseMatrix Transpose() const;
   /// Matrix product, RowsNb() x m.ColsNb(). Each element is the sum over k, ascending, from zero, in the element type.
   /// @p m must have ColsNb() rows; with fewer of them the product is zero.

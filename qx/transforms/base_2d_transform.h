@@ -34,6 +34,7 @@ class QX_API CQXBase2DTransform {
   /// QX_TRANSFORM_GENERAL; derived classes return their own kind.
   [[nodiscard]] virtual qxTransformType GetTypeOfTransform() const noexcept;
 
+  /// The matrix that acts on (x, y, 1).
   [[nodiscard]] const CQXMatrix3<T>& GetMatrix() const noexcept { return m_matrix; }
   /// M := @p matrix.
   void SetTransform(const CQXMatrix3<T>& matrix) noexcept { m_matrix = matrix; }

@@ -33,10 +33,15 @@ struct qxFrame<CQXMatrix3<T>> {
   using Plane = CQXVector3<T>;   ///< the line a x + b y + c = 0
   using Axes = CQXMatrix2<T>;    ///< the axes in the columns
   using Matrix = CQXMatrix3<T>;  ///< frames and transforms
+  /// The axes of a frame.
   static constexpr Axes AxesOf(const Matrix& frame) noexcept { return qxMatrix3To2(frame); }
+  /// The origin of a frame.
   static constexpr Vector OriginOf(const Matrix& frame) noexcept { return {frame[2], frame[5]}; }
+  /// The normal of a line or plane.
   static constexpr Vector NormalOf(const Plane& line) noexcept { return {line.X(), line.Y()}; }
+  /// The line or plane of a normal and a constant.
   static constexpr Plane MakePlane(const Vector& n, T c) noexcept { return {n.X(), n.Y(), c}; }
+  /// The frame of its axes and origin.
   static constexpr Matrix Make(const Axes& a, const Vector& d) noexcept {
     return {a[0], a[1], d.X(), a[2], a[3], d.Y(), 0, 0, 1};
   }
@@ -48,10 +53,15 @@ struct qxFrame<CQXMatrix4<T>> {
   using Plane = CQXVector4<T>;   ///< the plane a x + b y + c z + e = 0
   using Axes = CQXMatrix3<T>;    ///< the axes in the columns
   using Matrix = CQXMatrix4<T>;  ///< frames and transforms
+  /// The axes of a frame.
   static constexpr Axes AxesOf(const Matrix& frame) noexcept { return frame.GetMatrix(); }
+  /// The origin of a frame.
   static constexpr Vector OriginOf(const Matrix& frame) noexcept { return frame.ExtractTranslation(); }
+  /// The normal of a line or plane.
   static constexpr Vector NormalOf(const Plane& plane) noexcept { return {plane.X(), plane.Y(), plane.Z()}; }
+  /// The line or plane of a normal and a constant.
   static constexpr Plane MakePlane(const Vector& n, T e) noexcept { return {n.X(), n.Y(), n.Z(), e}; }
+  /// The frame of its axes and origin.
   static constexpr Matrix Make(const Axes& a, const Vector& d) noexcept {
     return {a[0], a[1], a[2], d.X(), a[3], a[4], a[5], d.Y(), a[6], a[7], a[8], d.Z(), 0, 0, 0, 1};
   }

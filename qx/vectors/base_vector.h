@@ -46,6 +46,7 @@ class QX_API CQXBaseVector : public CQXDynamicArray<T> {
   /// The same, and @p other keeps its elements. A vector that was moved from takes the block over.
   virtual CQXBaseVector& operator=(CQXBaseVector&& other) noexcept;
 
+  /// Number of elements.
   [[nodiscard]] std::int32_t Dim() const noexcept { return m_rows; }
 
   /// Writes source[0 .. n-1] to the elements from @p start on, n being the smaller of @p count and Dim() - start.
@@ -62,13 +63,17 @@ class QX_API CQXBaseVector : public CQXDynamicArray<T> {
   /// memory is refused by an exception the vector is empty.
   void SetDimension(std::int32_t newDimension);
 
+  /// Adds @p v, element by element.
   void Add(const CQXBaseVector& v) noexcept { Array::AddArray(v); }
+  /// Subtracts @p v, element by element.
   void Sub(const CQXBaseVector& v) noexcept { Array::SubtractArray(v); }
 
+  /// As Add().
   CQXBaseVector& operator+=(const CQXBaseVector& v) noexcept {
     Add(v);
     return *this;
   }
+  /// As Sub().
   CQXBaseVector& operator-=(const CQXBaseVector& v) noexcept {
     Sub(v);
     return *this;
@@ -84,8 +89,11 @@ class QX_API CQXBaseVector : public CQXDynamicArray<T> {
     return *this;
   }
 
+  /// The sum, element by element, as a new object.
   [[nodiscard]] CQXBaseVector operator+(const CQXBaseVector& v) const { return CQXBaseVector(Array::Sum(v)); }
+  /// The difference, element by element, as a new object.
   [[nodiscard]] CQXBaseVector operator-(const CQXBaseVector& v) const { return CQXBaseVector(Array::Difference(v)); }
+  /// Every element times @p factor, as a new vector.
   [[nodiscard]] CQXBaseVector operator*(const T& factor) const { return CQXBaseVector(Array::Product(factor)); }
   /// As Div(), into a new vector.
   [[nodiscard]] CQXBaseVector operator/(const T& divisor) const { return CQXBaseVector(Array::Quotient(divisor)); }

@@ -28,6 +28,7 @@ class QX_API CQXDynamicArray {
   /// Element type.
   using Element = T;
 
+  /// The classes on top assign by their own rules.
   CQXDynamicArray& operator=(const CQXDynamicArray&) = delete;
 
   /// Element @p i of the block, of a matrix by rows. Indices count from 0 and are not tested.
@@ -41,9 +42,13 @@ class QX_API CQXDynamicArray {
 
   // The elements as a range, which a std::span takes too.
 
+  /// The elements as a range.
   [[nodiscard]] T* begin() noexcept { return Data(); }
+  /// Behind the last element.
   [[nodiscard]] T* end() noexcept { return Data() + Count(); }
+  /// The elements as a range.
   [[nodiscard]] const T* begin() const noexcept { return Data(); }
+  /// Behind the last element.
   [[nodiscard]] const T* end() const noexcept { return Data() + Count(); }
 
   /// Resets all elements to 0.
@@ -53,6 +58,7 @@ class QX_API CQXDynamicArray {
   /// Copies all elements to @p target, of a matrix by rows.
   void Dump(T* target) const noexcept;
 
+  /// Multiplies every element by @p factor.
   void Mul(T factor) noexcept;
   /// Plain division of every element, without a test of the divisor. Integers: an integer divided by 0 gives -2^31.
   /// Complex numbers: QX_OVERFLOW_VALUE in both parts for a divisor of almost zero.

@@ -18,20 +18,22 @@
 /// `for (float x : v)`, `std::ranges::max(v)`, `std::span<float>(v)` and `auto [x, y, z] = v` work by what is found
 /// here. std::tuple_size and std::tuple_element know the three classes.
 
-// ---- Ranges and structured bindings
-
+/// The components as a range.
 template <qxFixedVector V>
 [[nodiscard]] constexpr auto begin(V& v) noexcept {
   return v.Data();
 }
+/// Behind the last component.
 template <qxFixedVector V>
 [[nodiscard]] constexpr auto end(V& v) noexcept {
   return v.Data() + V::dimension;
 }
+/// The components as a range.
 template <qxFixedVector V>
 [[nodiscard]] constexpr auto begin(const V& v) noexcept {
   return v.Data();
 }
+/// Behind the last component.
 template <qxFixedVector V>
 [[nodiscard]] constexpr auto end(const V& v) noexcept {
   return v.Data() + V::dimension;
@@ -49,6 +51,7 @@ requires qxFixedVector<std::remove_cvref_t<V>>
   }
 }
 
+/// @cond what the language asks for structured bindings
 template <qxReal T>
 struct std::tuple_size<CQXVector2<T>> : std::integral_constant<std::size_t, 2> {};
 template <qxReal T>
@@ -61,11 +64,13 @@ template <std::size_t I, qxReal T>
 struct std::tuple_element<I, CQXVector3<T>> : std::type_identity<T> {};
 template <std::size_t I, qxReal T>
 struct std::tuple_element<I, CQXVector4<T>> : std::type_identity<T> {};
+/// @endcond
 
-// ---- Keys of containers. The operator == has a tolerance, with which no hash can agree.
-
-/// Whether all components are equal; zeros of either sign are, not-a-numbers are not.
+/// Whether all components are equal; zeros of either sign are, not-a-numbers are not. For keys of containers: the
+/// operator
+/// == has a tolerance, with which no hash can agree.
 struct qxExactEqual {
+  /// Compares component by component.
   template <qxFixedVector V>
   [[nodiscard]] constexpr bool operator()(const V& a, const V& b) const noexcept {
     for (std::size_t i = 0; i < V::dimension; ++i) {
@@ -77,6 +82,7 @@ struct qxExactEqual {
 
 /// Hash that agrees with qxExactEqual, the same in every run: `std::unordered_set<V, qxExactHash, qxExactEqual>`.
 struct qxExactHash {
+  /// Hashes the bits of the components, zeros of either sign alike.
   template <qxFixedVector V>
   [[nodiscard]] constexpr std::size_t operator()(const V& v) const noexcept {
     std::uint64_t hash = 0;
@@ -92,8 +98,6 @@ struct qxExactHash {
     return static_cast<std::size_t>(hash);
   }
 };
-
-// ---- Building
 
 /// The vector with another element type: `qxConvert<float>(v)`. Each component is rounded to the nearest.
 template <qxReal T, template <typename> typename Vector, qxReal U>

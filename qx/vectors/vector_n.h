@@ -28,9 +28,13 @@ class QX_API CQXVectorN : public CQXBaseVector<T> {
 
   // Assignment is that of CQXBaseVector.
 
+  /// Assigns by the rules of CQXBaseVector.
   CQXVectorN& operator=(const Base& other) override;
+  /// Assigns by the rules of CQXBaseVector.
   virtual CQXVectorN& operator=(const CQXVectorN& other);
+  /// Assigns by the rules of CQXBaseVector.
   CQXVectorN& operator=(Base&& other) noexcept override;
+  /// Assigns by the rules of CQXBaseVector.
   CQXVectorN& operator=(CQXVectorN&& other) noexcept;
 
   /// The sum, element by element.

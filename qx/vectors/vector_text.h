@@ -7,7 +7,7 @@
 #include <iosfwd>
 
 /// @file
-/// Text of vectors, "(1, 2, 3)", to streams. Who writes to a stream has included <ostream>; this header does not.
+/// Text of vectors, "(1, 2, 3)", to streams. Who writes to a stream has included `ostream`; this header does not.
 
 /// Writes the components by the rules of the stream, the width taken for each of them.
 template <typename Traits, qxFixedVector V>

@@ -55,18 +55,25 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// Frees samples and tree; columns, rows, count and flag become 0. Offsets, filter, type and normalization stay.
   void Destroy() noexcept;
 
+  /// Columns of the channel, decomposed or not.
   [[nodiscard]] std::int32_t GetColsNb() const noexcept { return m_columns; }
+  /// Rows of the channel, decomposed or not.
   [[nodiscard]] std::int32_t GetRowsNb() const noexcept { return m_rows; }
+  /// Absolute column of the first sample.
   [[nodiscard]] std::int32_t GetOffsetX() const noexcept { return m_offsetX; }
+  /// Absolute row of the first sample.
   [[nodiscard]] std::int32_t GetOffsetY() const noexcept { return m_offsetY; }
   /// 0 for a raw channel, 2 or 4 for a decomposed one.
   [[nodiscard]] std::int32_t GetSubChannelsNb() const noexcept { return m_subChannelsNb; }
+  /// The filter, which the channel does not own; null without one.
   [[nodiscard]] const CQXWaveletFilter<T>* GetFilter() const noexcept { return m_filter; }
   /// The wavelet code of the filter; -1 without one.
   [[nodiscard]] qxWaveletType GetFilterType() const noexcept;
   /// How the channel was, or is to be, decomposed. A raw low band carries the type of its tree.
   [[nodiscard]] qxChannelType GetType() const noexcept { return m_type; }
+  /// The normalization that FWT() applies and IFWT() takes back.
   [[nodiscard]] qxWaveletNormalization GetTypeOfNormalization() const noexcept { return m_normalization; }
+  /// 1 for a channel with sub-channels, else 0.
   [[nodiscard]] std::int32_t IsDecomposed() const noexcept { return m_decomposed; }
   /// The samples; null on a decomposed or empty channel.
   [[nodiscard]] T* GetData() noexcept { return m_data.get(); }
@@ -74,8 +81,11 @@ class QX_API CQXChannel : public qxBlockAllocated {
 
   /// Sizes of the low and the high band of the first level; the caller ensures a decomposed channel.
   [[nodiscard]] std::int32_t GetLowRowsNb() const noexcept { return m_subChannels[0]->m_rows; }
+  /// Columns of the low band of the first level.
   [[nodiscard]] std::int32_t GetLowColsNb() const noexcept { return m_subChannels[0]->m_columns; }
+  /// Rows of the high band of the first level.
   [[nodiscard]] std::int32_t GetHighRowsNb() const noexcept { return m_subChannels[1]->m_rows; }
+  /// Columns of the high band of the first level.
   [[nodiscard]] std::int32_t GetHighColsNb() const noexcept { return m_subChannels[1]->m_columns; }
 
   /// Sets the three fields. A tree that was decomposed with another type than @p type is destroyed first, which leaves
@@ -86,6 +96,7 @@ class QX_API CQXChannel : public qxBlockAllocated {
   void SetFilter(const CQXWaveletFilter<T>* filter) noexcept;
   /// Sets the type. A tree that was decomposed with another type is destroyed first.
   void SetType(qxChannelType type) noexcept;
+  /// Sets the field alone: a tree keeps its values.
   void SetTypeOfNormalization(qxWaveletNormalization normalization) noexcept { m_normalization = normalization; }
 
   // Each sets one field and nothing else: the caller keeps the channel consistent.
@@ -180,8 +191,10 @@ class QX_API CQXChannel : public qxBlockAllocated {
   /// CutFromDecomposedChannel() of a tree of type 1, 2 and 3; null for another one.
   [[nodiscard]] qxOwner<CQXChannel> CutRectForRows(std::int32_t x, std::int32_t y, std::int32_t width,
                                                    std::int32_t height) const;
+  /// CutFromDecomposedChannel() of a tree of type 2; null for another one.
   [[nodiscard]] qxOwner<CQXChannel> CutRectForColumns(std::int32_t x, std::int32_t y, std::int32_t width,
                                                       std::int32_t height) const;
+  /// CutFromDecomposedChannel() of a tree of type 3; null for another one.
   [[nodiscard]] qxOwner<CQXChannel> CutRectFor2D(std::int32_t x, std::int32_t y, std::int32_t width,
                                                  std::int32_t height) const;
 
@@ -194,15 +207,20 @@ class QX_API CQXChannel : public qxBlockAllocated {
   void PasteRawChannel(const CQXChannel& source);
   /// Paste() of a tree alone, and of a tree of type 1, 2 and 3 alone.
   void PasteDecomposedChannel(const CQXChannel& source);
+  /// Paste() of a tree of type 1 alone.
   void PasteRectForRows(const CQXChannel& source);
+  /// Paste() of a tree of type 2 alone.
   void PasteRectForColumns(const CQXChannel& source);
+  /// Paste() of a tree of type 3 alone.
   void PasteRectFor2D(const CQXChannel& source);
   /// Paste() of the rectangle of a tree of type 1, 2 and 3, without the copy between; the rectangle is given as in
   /// Cut() of @p source and is clipped to it.
   void CutAndPasteRows(const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width,
                        std::int32_t height);
+  /// Paste() of the rectangle of a tree of type 2, without the copy between.
   void CutAndPasteColumns(const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width,
                           std::int32_t height);
+  /// Paste() of the rectangle of a tree of type 3, without the copy between.
   void CutAndPaste2D(const CQXChannel& source, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
 
   // ---- Print

@@ -45,7 +45,9 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// Destroys channels and filter.
   void Destroy() noexcept;
 
+  /// Number of planes.
   [[nodiscard]] std::int32_t GetChannelsNb() const noexcept { return static_cast<std::int32_t>(m_channels.Count()); }
+  /// The filter of all channels; null without one.
   [[nodiscard]] const CQXWaveletFilter<T>* GetFilter() const noexcept { return m_filter.get(); }
   /// The wavelet of the filter; -1 without one.
   [[nodiscard]] qxWaveletType GetWaveletType() const noexcept;
@@ -139,6 +141,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
 
   /// The inverse transform as a new raw decomposition; this one stays as it is. @return null when a band is missing.
   [[nodiscard]] qxOwner<CQXWaveletDecomposition> IFWT() const;
+  /// The inverse transform in place: CQXChannel::IFWTInPlace() of every channel.
   void IFWTInPlace();
 
   // The per-channel arrays below hold one entry for each channel.
@@ -178,6 +181,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// differ or a channel is missing.
   [[nodiscard]] qxOwner<CQXWaveletDecomposition> MixByLevels(const CQXWaveletDecomposition& other,
                                                              const T* weights) const;
+  /// CQXChannel::Combine() of every pair of channels, as a new decomposition; null when the counts differ.
   [[nodiscard]] qxOwner<CQXWaveletDecomposition> Combine(const CQXWaveletDecomposition& other, T a, T b) const;
 
   /// 1 when the counts are equal and qxAreChannelsAlmostEqual() holds for each pair, else 0.
@@ -187,6 +191,7 @@ class QX_API CQXWaveletDecomposition : public qxBlockAllocated {
   /// CQXChannel::GetScaledHighChannel() and GetScaledLowChannel() of every channel, as a new raw decomposition; null
   /// when a channel has no such band.
   [[nodiscard]] qxOwner<CQXWaveletDecomposition> GetScaledHighImage(std::int32_t level, std::int32_t band) const;
+  /// CQXChannel::GetScaledLowChannel() of every channel, as a new raw decomposition; null when a channel has none.
   [[nodiscard]] qxOwner<CQXWaveletDecomposition> GetScaledLowImage() const;
 
  private:

@@ -48,23 +48,38 @@ class QX_API CQXWaveletFilter : public qxBlockAllocated {
   /// Replaces the arrays by zeros of the present sizes; prime2 is null when its size is 0.
   void AllocateMemory() noexcept;
 
-  // Each builder sets sizes, arrays, norms and reach of one wavelet; the stored code and the shifts stay.
+  // Builders of one wavelet each: they set sizes, arrays, norms and reach.
+
+  /// Builds the wavelet 1_1; the stored code and the shifts stay.
   void Set1_1() noexcept { Build(QX_WAVELET_1_1); }
+  /// Builds the wavelet 1_3; the stored code and the shifts stay.
   void Set1_3() noexcept { Build(QX_WAVELET_1_3); }
+  /// Builds the wavelet 1_5; the stored code and the shifts stay.
   void Set1_5() noexcept { Build(QX_WAVELET_1_5); }
+  /// Builds the wavelet 2_2; the stored code and the shifts stay.
   void Set2_2() noexcept { Build(QX_WAVELET_2_2); }
+  /// Builds the wavelet 2_4; the stored code and the shifts stay.
   void Set2_4() noexcept { Build(QX_WAVELET_2_4); }
+  /// Builds the wavelet 2_6; the stored code and the shifts stay.
   void Set2_6() noexcept { Build(QX_WAVELET_2_6); }
+  /// Builds the wavelet 3_1; the stored code and the shifts stay.
   void Set3_1() noexcept { Build(QX_WAVELET_3_1); }
+  /// Builds the wavelet 3_3; the stored code and the shifts stay.
   void Set3_3() noexcept { Build(QX_WAVELET_3_3); }
+  /// Builds the wavelet 3_5; the stored code and the shifts stay.
   void Set3_5() noexcept { Build(QX_WAVELET_3_5); }
+  /// Builds the wavelet 4_2; the stored code and the shifts stay.
   void Set4_2() noexcept { Build(QX_WAVELET_4_2); }
+  /// Builds the wavelet 4_4; the stored code and the shifts stay.
   void Set4_4() noexcept { Build(QX_WAVELET_4_4); }
+  /// Builds the wavelet 4_6; the stored code and the shifts stay.
   void Set4_6() noexcept { Build(QX_WAVELET_4_6); }
 
   /// The stored arrays; null when there is none.
   [[nodiscard]] const T* PrimeCoefficients() const noexcept { return m_prime; }
+  /// The coefficients of the dual step; null when there are none.
   [[nodiscard]] const T* DualCoefficients() const noexcept { return m_dual; }
+  /// The coefficients of the second prime step; null when there are none.
   [[nodiscard]] const T* Prime2Coefficients() const noexcept { return m_prime2; }
 
   /// Number of coefficients of the prime step.
