@@ -45,7 +45,8 @@ TYPED_TEST(FixedMatrix, ElementsStandByRows) {
   m.SetElement(0, 1, 2);
   m.MulElement(0, 1, 3);
   m.AddToElement(0, 1, 1);
-  EXPECT_EQ(m(0, 1) == 7 && m.Trace() == m.Diagonal().Norm1(), true);
+  EXPECT_EQ(m(0, 1), 7);
+  EXPECT_EQ(m.Trace(), m.Diagonal().Norm1());
   m.SetDiagonal(4);
   EXPECT_EQ(Numbers(m.GetCharacteristicsMatrix(3)), Numbers(this->UnitMatrix()));
 }
@@ -112,10 +113,13 @@ TYPED_TEST(FixedMatrix, InverseSolvesOrLeavesItsTarget) {
   singular.SetRowVector(0, singular.RowVector(1));
   TypeParam target = Ramp<TypeParam>(7);
   auto x = target.RowVector(0);
-  EXPECT_EQ(singular.Inverse(target) == 3 && singular.SolveSystem(x, x) == 0 && singular.IsSingular() == 1, true);
+  EXPECT_EQ(singular.Inverse(target), 3);
+  EXPECT_EQ(singular.SolveSystem(x, x), 0);
+  EXPECT_EQ(singular.IsSingular(), 1);
   EXPECT_EQ(Numbers(target), Numbers(Ramp<TypeParam>(7)));
   EXPECT_EQ(x[0], 7);
-  EXPECT_EQ(unit.Inverse(target, 1) == 0 && unit.IsSingular(1) == 0, true);  // the bound itself inverts
+  EXPECT_EQ(unit.Inverse(target, 1), 0);
+  EXPECT_EQ(unit.IsSingular(1), 0);  // the bound itself inverts
 }
 
 TYPED_TEST(FixedMatrix, InverseWithANormReportsOneAndZero) {
@@ -125,11 +129,13 @@ TYPED_TEST(FixedMatrix, InverseWithANormReportsOneAndZero) {
   T condition = 0;
   auto x = m.RowVector(0);
   EXPECT_EQ(m.SolveSystem(x, x, QX_MATRIX_NORM_COLUMN_SUM, T(1e-6), condition), 1);
-  EXPECT_EQ(condition == 4 && x[0] == 1, true);
+  EXPECT_EQ(condition, 4);
+  EXPECT_EQ(x[0], 1);
   m(1, 1) = 0;
   condition = 0;
   EXPECT_EQ(m.SolveSystem(x, x, QX_MATRIX_NORM_EUCLIDEAN, T(1e-6), condition), 0);
-  EXPECT_EQ(x[0] == 1 && condition == QX_OVERFLOW_VALUE<T>, true);
+  EXPECT_EQ(x[0], 1);
+  EXPECT_EQ(condition, QX_OVERFLOW_VALUE<T>);
 }
 
 TYPED_TEST(FixedMatrix, StatisticsOfTheElements) {
@@ -166,7 +172,9 @@ TYPED_TEST(FixedMatrix, RectanglesAreVisitedInOrderOrRefused) {
   TypeParam parts = m;
   parts.CopyPartRow(1, 0, 2, 0, 0, m);
   parts.CopyPartColumn(0, 0, 2, 1, 0, m);
-  EXPECT_EQ(parts(1, 1) == m(0, 1) && parts(0, 0) == m(0, 1) && parts(1, 0) == m(1, 1), true);
+  EXPECT_EQ(parts(1, 1), m(0, 1));
+  EXPECT_EQ(parts(0, 0), m(0, 1));
+  EXPECT_EQ(parts(1, 0), m(1, 1));
 }
 
 TYPED_TEST(FixedMatrix, PredicatesHaveClosedBounds) {
@@ -174,7 +182,10 @@ TYPED_TEST(FixedMatrix, PredicatesHaveClosedBounds) {
   const T tolerance = T(0.25), above = std::nextafter(tolerance, T(1));
   const TypeParam unit = this->UnitMatrix();
   TypeParam m = unit;
-  EXPECT_EQ(m.IsRotation(0) && m.IsOrthogonal(0) && m.IsScaling(0) && m.IsSymmetric(0), true);
+  EXPECT_TRUE(m.IsRotation(0));
+  EXPECT_TRUE(m.IsOrthogonal(0));
+  EXPECT_TRUE(m.IsScaling(0));
+  EXPECT_TRUE(m.IsSymmetric(0));
   for (const bool isInside : {true, false}) {
     m(0, 1) = isInside ? tolerance : above;
     for (const std::int32_t result :
@@ -188,7 +199,9 @@ TYPED_TEST(FixedMatrix, PredicatesHaveClosedBounds) {
   EXPECT_EQ(m == m, 1);  // no pair differs
   m = unit;
   m(0, 0) = -1;
-  EXPECT_EQ(m.IsOrthogonal() == 1 && m.IsRotation() == 0 && (m * 2).IsOrthogonal() == 0, true);
+  EXPECT_EQ(m.IsOrthogonal(), 1);
+  EXPECT_EQ(m.IsRotation(), 0);
+  EXPECT_EQ((m * 2).IsOrthogonal(), 0);
 }
 
 TYPED_TEST(FixedMatrix, SmallBesideTheDiagonalBecomesZero) {
@@ -198,7 +211,8 @@ TYPED_TEST(FixedMatrix, SmallBesideTheDiagonalBecomesZero) {
   m(0, 1) = T(0.1875);
   m(1, 0) = T(0.25);
   m.AnnulateRelativelyDiagonal(1);  // 1.875 and 2.5 beside the smaller diagonal element 2
-  EXPECT_EQ(m(0, 1) == 0 && m(1, 0) == T(0.25), true);
+  EXPECT_EQ(m(0, 1), 0);
+  EXPECT_EQ(m(1, 0), T(0.25));
   m(1, 1) = 0;
   m.AnnulateRelativelyDiagonal(-300);
   EXPECT_NE(m(1, 0), 0);  // nothing is below a zero on the diagonal
@@ -214,7 +228,9 @@ TYPED_TEST(FixedMatrix, FactorsWithoutExchanges) {
     for (std::int32_t c = 0; c < r; ++c) EXPECT_EQ(upper(r, c) == 0 && lower(c, r) == 0, true);
   }
   m(0, 0) = 0;
-  EXPECT_EQ(!m.LU_Decomposition(lower, upper) && lower.IsAlmostZero(0) && upper.IsAlmostZero(0), true);
+  EXPECT_FALSE(m.LU_Decomposition(lower, upper));
+  EXPECT_TRUE(lower.IsAlmostZero(0));
+  EXPECT_TRUE(upper.IsAlmostZero(0));
 }
 
 TYPED_TEST(FixedMatrix, DiagonalInverseClearsItsTargetFirst) {
@@ -222,10 +238,12 @@ TYPED_TEST(FixedMatrix, DiagonalInverseClearsItsTargetFirst) {
   TypeParam m = this->UnitMatrix() * 4, target = Ramp<TypeParam>(1);
   EXPECT_EQ(m.DiagInverse(target, 4), 1);  // the bound itself inverts
   EXPECT_EQ(Numbers(target), Numbers(this->UnitMatrix() / 4));
-  EXPECT_EQ(target.DiagInverse(target, T(0.3)) == 0 && target.IsAlmostZero(0) == 1, true);
+  EXPECT_EQ(target.DiagInverse(target, T(0.3)), 0);
+  EXPECT_EQ(target.IsAlmostZero(0), 1);
   m(0, 1) = 1;
   target.Unit();
-  EXPECT_EQ(m.DiagInverse(target) == 0 && target.IsAlmostZero(0) == 1, true);
+  EXPECT_EQ(m.DiagInverse(target), 0);
+  EXPECT_EQ(target.IsAlmostZero(0), 1);
 }
 
 TYPED_TEST(FixedMatrix, NormsByCode) {
@@ -234,7 +252,8 @@ TYPED_TEST(FixedMatrix, NormsByCode) {
   m(0, 0) = -3;
   m(0, 1) = 4;
   m(1, 0) = 2;
-  EXPECT_EQ(m.Norm(QX_MATRIX_NORM_COLUMN_SUM) == 5 && m.Norm(QX_MATRIX_NORM_ROW_SUM) == 7, true);
+  EXPECT_EQ(m.Norm(QX_MATRIX_NORM_COLUMN_SUM), 5);
+  EXPECT_EQ(m.Norm(QX_MATRIX_NORM_ROW_SUM), 7);
   for (const std::int32_t norm : {2, 4, -1}) EXPECT_EQ(m.Norm(static_cast<qxMatrixNorm>(norm)), std::sqrt(T(29)));
   m(1, 1) = std::numeric_limits<T>::quiet_NaN();
   for (std::int32_t norm = 0; norm < 4; ++norm)

@@ -27,7 +27,8 @@ TYPED_TEST(Matrix2, EigenvaluesAndTheirVectors) {
   T a, b;
   for (const auto& c : cases) {
     EXPECT_EQ(c.m.FindEigenvalues(a, b, c.tolerance), c.code);
-    EXPECT_EQ(a == c.a && b == c.b, true) << a << ' ' << b;
+    EXPECT_EQ(a, c.a) << a << ' ' << b;
+    EXPECT_EQ(b, c.b) << a << ' ' << b;
   }
   for (const M& m : {M(2, 1, 1, 3), M(4, 0, 5, -1), M(4, 5, 0, -1), M(0, 2, 8, 0), M(-1, -6, 2, 6)}) {
     ASSERT_EQ(m.FindEigenvalues(a, b), 2);
@@ -71,7 +72,10 @@ TYPED_TEST(Matrix2, ComplexEigenvectors) {
   }
   EXPECT_EQ(v[1].Real(), 1);  // the last matrix divides by its larger element
   EXPECT_EQ(M(1, 0, 0, 2).FindEigenvectorComplex(Complex(0, 1), v), 0);
-  EXPECT_EQ(v[0].Real() == 1 && v[0].Imag() == 0 && v[1].Real() == 0 && v[1].Imag() == 0, true);
+  EXPECT_EQ(v[0].Real(), 1);
+  EXPECT_EQ(v[0].Imag(), 0);
+  EXPECT_EQ(v[1].Real(), 0);
+  EXPECT_EQ(v[1].Imag(), 0);
 }
 
 TYPED_TEST(Matrix2, PolarDecompositionHasItsOwnSides) {
@@ -82,8 +86,10 @@ TYPED_TEST(Matrix2, PolarDecompositionHasItsOwnSides) {
       u = m;
       ASSERT_EQ(u.PolarDecomposition(u, p, side), 1);
       EXPECT_LT(Difference(side == 0 ? u * p : p * u, m), 32 * eps<TypeParam>);
-      EXPECT_EQ(u.IsOrthogonal(8 * eps<TypeParam>) && p.IsSymmetric(32 * eps<TypeParam>), true);
-      EXPECT_EQ(p.Trace() > 0 && p.Det() > 0, true);
+      EXPECT_TRUE(u.IsOrthogonal(8 * eps<TypeParam>));
+      EXPECT_TRUE(p.IsSymmetric(32 * eps<TypeParam>));
+      EXPECT_GT(p.Trace(), 0);
+      EXPECT_GT(p.Det(), 0);
     }
     EXPECT_EQ(m.ExtractOrthogonal(p), 1);
     EXPECT_EQ(p == u, true);

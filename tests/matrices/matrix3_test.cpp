@@ -55,7 +55,8 @@ TYPED_TEST(Matrix3, EulerAnglesRebuildTheRotationInEveryOrder) {
       EXPECT_LT(Difference(m, factor(2) * factor(1) * factor(0)), 16 * eps<T>);
       V found;
       m.ExtractEulerAngles(order, found[0], found[1], found[2]);
-      EXPECT_EQ(found.GetMinComponent(0) >= -180 && found.GetMaxComponent(0) < 180, true);
+      EXPECT_GE(found.GetMinComponent(0), -180);
+      EXPECT_LT(found.GetMaxComponent(0), 180);
       rebuilt.SetRotationByEulerAngles(found[0], found[1], found[2], order);
       EXPECT_LT(Difference(rebuilt, m), bound);
     };
@@ -103,7 +104,8 @@ TYPED_TEST(Matrix3, AngleAndAxisRebuildTheRotation) {
     m.SetRotationByAngleAxis(degrees, direction);
     EXPECT_LT(Difference(m * direction, direction), 16 * eps<T>);
     m.ExtractRotationAngleAxis(angle, axis);
-    EXPECT_EQ(angle >= -180 && angle < 180, true) << angle;
+    EXPECT_GE(angle, -180) << angle;
+    EXPECT_LT(angle, 180) << angle;
     EXPECT_EQ(axis.IsAlmostUnit(8 * eps<T>), 1);
     rebuilt.SetRotationByAngleAxis(angle, axis);
     EXPECT_LT(Difference(rebuilt, m), bound);
@@ -122,7 +124,8 @@ TYPED_TEST(Matrix3, AngleAndAxisRebuildTheRotation) {
   EXPECT_LT(Difference(m, this->Elementary(2, 90)), 4 * eps<T>);
   m.SetDiagonal(1 + 2 * eps<T>);  // no rotation; the trace is above 3 by rounding
   m.ExtractRotationAngleAxis(angle, axis);
-  EXPECT_EQ(angle == 0 && axis.NormInf() == 0, true);
+  EXPECT_EQ(angle, 0);
+  EXPECT_EQ(axis.NormInf(), 0);
 }
 
 TYPED_TEST(Matrix3, IndicesMinorsAndRows) {
@@ -131,7 +134,10 @@ TYPED_TEST(Matrix3, IndicesMinorsAndRows) {
   for (std::int32_t i = 0; i < 3; ++i) {
     std::int32_t a, b;
     M::GetPairOfIndices(i, a, b);
-    EXPECT_EQ(a < b && a != i && b != i && M::GetThirdIndex(a, b) == i, true);
+    EXPECT_LT(a, b);
+    EXPECT_NE(a, i);
+    EXPECT_NE(b, i);
+    EXPECT_EQ(M::GetThirdIndex(a, b), i);
   }
   EXPECT_EQ(Ramp<M>(1).CalculateMinorSubtrIm(0, 2, 1, 2, 3), 2 * 9 - 3 * 8 - 9);
 
@@ -149,9 +155,12 @@ TYPED_TEST(Matrix3, IndicesMinorsAndRows) {
   const M zeros(0, 0, 0, 1, 2, 3, T(0.5), T(-0.5), 0);
   std::int32_t rows[3];
   T numbers[3];
-  EXPECT_EQ(zeros.FindZeroRows(rows, T(0.5)) == 2 && rows[0] == 0 && rows[1] == 2, true);  // the bound is inside
+  EXPECT_EQ(zeros.FindZeroRows(rows, T(0.5)), 2);
+  EXPECT_EQ(rows[0], 0);
+  EXPECT_EQ(rows[1], 2);  // the bound is inside
   EXPECT_EQ(zeros.FindZeroRows(numbers, T(0.4)), 1);
-  EXPECT_EQ(zeros.TestRowsForDependence(0, 1) == 1 && zeros.TestRowsForDependence(1, 2) == 0, true);
+  EXPECT_EQ(zeros.TestRowsForDependence(0, 1), 1);
+  EXPECT_EQ(zeros.TestRowsForDependence(1, 2), 0);
 }
 
 TYPED_TEST(Matrix3, EigenvectorsOfEveryRank) {
@@ -220,7 +229,8 @@ TYPED_TEST(Matrix3, ComplexEigenvectors) {
   EXPECT_EQ(v[2].Real(), 7);
   const M rows(0, 1, 0, -1, 0, 0, 0, 0, 1);
   // i is an eigenvalue of the first block.
-  EXPECT_EQ(rows.TestComplexRowsForDependence(0, 1, 1) == 1 && rows.TestComplexRowsForDependence(0, 1, 2) == 0, true);
+  EXPECT_EQ(rows.TestComplexRowsForDependence(0, 1, 1), 1);
+  EXPECT_EQ(rows.TestComplexRowsForDependence(0, 1, 2), 0);
 }
 
 TYPED_TEST(Matrix3, AnySolutionKeepsItsCode) {
@@ -246,7 +256,9 @@ TYPED_TEST(Matrix3, MotionsOfThePlaneMultiplyFromEitherSide) {
   m.Scale(2, 3, 0);
   m.Rotate(std::numbers::pi_v<T> / 6, 1);
   EXPECT_LT(Difference(m, this->Elementary(2, 30) * any * M(2, 0, 0, 0, 3, 0, 0, 0, 1)), 32 * eps<T>);
-  EXPECT_EQ(any.IsCoordinateMatrix(0) && translation.IsTranslation(0) && !any.IsTranslation(), true);
+  EXPECT_TRUE(any.IsCoordinateMatrix(0));
+  EXPECT_TRUE(translation.IsTranslation(0));
+  EXPECT_FALSE(any.IsTranslation());
   M inverse;
   ASSERT_EQ(any.InverseCoordinateMatrix(inverse), 0);
   EXPECT_EQ((any * inverse).IsUnit(16 * eps<T>), 1);
@@ -269,8 +281,10 @@ TYPED_TEST(Matrix3, ScaleAndRotationRebuildTheMap) {
     const M m = side != 0 ? q * s : s * q;
     ASSERT_EQ(m.ExtractScaleRotation(out[0], out[1], out[2], side, bound, hasStretch, reflection), 1);
     const M &foundQ = out[side != 0 ? 0 : 2], &v = out[side != 0 ? 2 : 0], &d = out[1];
-    EXPECT_EQ(hasStretch == isStretched && reflection == isReflected, true);
-    EXPECT_EQ(d.IsDiagonal(bound) && v.IsRotation(bound), true);
+    EXPECT_EQ(hasStretch, isStretched);
+    EXPECT_EQ(reflection, isReflected);
+    EXPECT_TRUE(d.IsDiagonal(bound));
+    EXPECT_TRUE(v.IsRotation(bound));
     EXPECT_LT(Difference(foundQ, q), bound);
     EXPECT_LT(Difference(v * d * v.Transpose(), s), 4 * bound);
     EXPECT_EQ(v.IsUnit(0), 1 - isStretched);  // a diagonal keeps the order of the axes

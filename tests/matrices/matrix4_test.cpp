@@ -56,15 +56,19 @@ TYPED_TEST(Matrix4, PredicatesLookAtTheBlockAndItsBorder) {
   CQXMatrix4<T> m = this->Translation(7, 8, 9);
   EXPECT_EQ(m.IsScaling() || m.IsRotation(), false);
   m(3, 3) = T(1.25);
-  EXPECT_EQ(m.IsTranslation(T(0.25)) && m.IsCoordinateMatrix(T(0.25)), true);
+  EXPECT_TRUE(m.IsTranslation(T(0.25)));
+  EXPECT_TRUE(m.IsCoordinateMatrix(T(0.25)));
   EXPECT_EQ(m.IsTranslation(T(0.24)) || m.IsCoordinateMatrix(T(0.24)), false);
   m.Unit();
   m.Scale(2, -3, 0, 1);
   m(3, 0) = T(0.25);
-  EXPECT_EQ(m.IsScaling(T(0.25)) == 1 && m.IsScaling(T(0.24)) == 0, true);
+  EXPECT_EQ(m.IsScaling(T(0.25)), 1);
+  EXPECT_EQ(m.IsScaling(T(0.24)), 0);
   m.Unit();
   m.RotateYAxis(1, 1);
-  EXPECT_EQ(m.IsRotation() == 1 && m.IsScaling() == 0 && m.Reflect().IsRotation() == 0, true);
+  EXPECT_EQ(m.IsRotation(), 1);
+  EXPECT_EQ(m.IsScaling(), 0);
+  EXPECT_EQ(m.Reflect().IsRotation(), 0);
   m(1, 3) = 1;
   EXPECT_EQ(m.IsRotation(), 0);
 }
@@ -73,21 +77,26 @@ TYPED_TEST(Matrix4, CoordinateMatricesInvertByTheirBlock) {
   using T = TypeParam;
   using V = CQXVector3<T>;
   CQXMatrix4<T> m(1, 2, 3, 4, 5, 7, 6, 8, 2, 9, 1, 10, 0, 0, 0, 1), inverse = m;
-  EXPECT_EQ(m.GetMatrix() == CQXMatrix3<T>(1, 2, 3, 5, 7, 6, 2, 9, 1) && qxMatrix4To3(m) == m.GetMatrix(), true);
-  EXPECT_EQ(m.ExtractTranslation() == V(4, 8, 10) && m.Diagonal3() == V(1, 7, 1), true);
+  EXPECT_EQ(m.GetMatrix(), CQXMatrix3<T>(1, 2, 3, 5, 7, 6, 2, 9, 1));
+  EXPECT_EQ(qxMatrix4To3(m), m.GetMatrix());
+  EXPECT_EQ(m.ExtractTranslation(), V(4, 8, 10));
+  EXPECT_EQ(m.Diagonal3(), V(1, 7, 1));
   EXPECT_EQ(this->Translation(4, 8, 10) * qxMatrix3To4(m.GetMatrix()) == m, true);
   ASSERT_EQ(inverse.InverseCoordinateMatrix(inverse), 0);
   EXPECT_EQ((m * inverse).IsUnit(512 * eps<T>), 1);
   EXPECT_EQ(inverse.RowVector(3) == CQXVector4<T>(0, 0, 0, 1), true);
   const V local(1, -2, 3);
   V found = m.GetObjectCoordinates(local);
-  EXPECT_EQ(found == V(10, 17, -3) && m.GetLocalCoordinates(found, found) == 1, true);
+  EXPECT_EQ(found, V(10, 17, -3));
+  EXPECT_EQ(m.GetLocalCoordinates(found, found), 1);
   EXPECT_LT(Difference(found, local), 512 * eps<T>);
   m.SetRowVector(1, m.RowVector(0) * 2);
   const CQXMatrix4<T> before = inverse;
   found = local;
-  EXPECT_EQ(m.InverseCoordinateMatrix(inverse) == 3 && m.GetLocalCoordinates(V(), found) == 0, true);
-  EXPECT_EQ(inverse == before && found == local, true);
+  EXPECT_EQ(m.InverseCoordinateMatrix(inverse), 3);
+  EXPECT_EQ(m.GetLocalCoordinates(V(), found), 0);
+  EXPECT_EQ(inverse, before);
+  EXPECT_EQ(found, local);
 }
 
 }  // namespace

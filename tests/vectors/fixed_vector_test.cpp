@@ -78,16 +78,23 @@ TYPED_TEST(FixedVector, LengthsGoThroughTheGuard) {
   TypeParam v;
   v[0] = 3;
   v[1] = -4;
-  EXPECT_EQ(v.Length() == 5 && v.NormEuclidean() == 5 && v.SquareLength() == 25, true);
-  EXPECT_EQ(v.Norm1() == 7 && v.NormInf() == 4, true);
-  EXPECT_EQ(v.IsAlmostUnit(4) && v.IsAlmostZero(5), true);  // both bounds are inside
+  EXPECT_EQ(v.Length(), 5);
+  EXPECT_EQ(v.NormEuclidean(), 5);
+  EXPECT_EQ(v.SquareLength(), 25);
+  EXPECT_EQ(v.Norm1(), 7);
+  EXPECT_EQ(v.NormInf(), 4);
+  EXPECT_TRUE(v.IsAlmostUnit(4));
+  EXPECT_TRUE(v.IsAlmostZero(5));  // both bounds are inside
   EXPECT_EQ(v.IsAlmostUnit(std::nextafter(T(4), T(0))) || v.IsAlmostZero(std::nextafter(T(5), T(0))), false);
   EXPECT_EQ(v.Normalize(), 1);
   EXPECT_EQ(v[0], 3 * (T(1) / 5));
 
   v = {};
   v[0] = T(1e-5);
-  EXPECT_EQ(v.Length() == 0 && v.IsAlmostZero(0) == 1 && v.Normalize() == 0 && v[0] == T(1e-5), true);
+  EXPECT_EQ(v.Length(), 0);
+  EXPECT_EQ(v.IsAlmostZero(0), 1);
+  EXPECT_EQ(v.Normalize(), 0);
+  EXPECT_EQ(v[0], T(1e-5));
   v[0] = std::numeric_limits<T>::quiet_NaN();
   EXPECT_EQ(v.IsAlmostZero(), 0);
 }
@@ -119,14 +126,16 @@ TYPED_TEST(FixedVector, ComparisonsKeepTheirBoundaries) {
   const T tolerance = QX_TOLERANCE<T>, above = std::nextafter(tolerance, T(1));
   TypeParam v;
   v[1] = tolerance;
-  EXPECT_EQ(v == TypeParam() && !(v != TypeParam()), true);
+  EXPECT_EQ(v, TypeParam());
+  EXPECT_TRUE(!(v != TypeParam()));
   v[1] = above;
   EXPECT_EQ(v == TypeParam() || !(v != TypeParam()), false);
   v[0] = -tolerance;
   v.AnnulateSmallComponents(tolerance);  // the bound itself is kept
   EXPECT_EQ(v[0], -tolerance);
   v.AnnulateSmallComponents(above);
-  EXPECT_EQ(v[0] == 0 && v[1] == above, true);
+  EXPECT_EQ(v[0], 0);
+  EXPECT_EQ(v[1], above);
 }
 
 template <typename T>

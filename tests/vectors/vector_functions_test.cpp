@@ -19,7 +19,8 @@ TYPED_TEST(VectorFunctions, RelationsAreStrictAndScaleWithTheVectors) {
   using V2 = CQXVector2<T>;
   using V3 = CQXVector3<T>;
   const V3 x(1, 0, 0), y(0, 1, 0), origin(7, 7, 7);
-  EXPECT_EQ(qxAreColinear(V3(), V3()) && qxAreOrthogonal(V3(), V3()), true);
+  EXPECT_TRUE(qxAreColinear(V3(), V3()));
+  EXPECT_TRUE(qxAreOrthogonal(V3(), V3()));
   EXPECT_EQ(qxAreColinear(V2(4, 0), V2(4, 1), 1), 0);  // the cross product 4 is at M times the tolerance
   EXPECT_EQ(qxAreColinear(V2(4, 0), V2(4, T(0.99)), 1), 1);
   EXPECT_EQ(qxAreColinear(V2(T(0.5), 0), V2(0, T(0.5)), 1), 1);  // M below the tolerance
@@ -44,7 +45,8 @@ TYPED_TEST(VectorFunctions, AlmostEqualIsAStatementAboutTheGuardedDistance) {
   EXPECT_EQ(qxAreAlmostEqual(V2(), V2(TypeParam(1e-3), 0)), 0);
   EXPECT_EQ(qxAreAlmostEqual(V2(), V2(3, 4), 5), 1);  // the bound is inside
   EXPECT_EQ(qxAreAlmostEqual(CQXVectorN<TypeParam>(3), CQXVectorN<TypeParam>(3, TypeParam(1))), 0);
-  EXPECT_EQ(qxSquareDist(V2(1, 1), V2(4, 5)) == 25 && qxDist(V2(1, 1), V2(4, 5)) == 5, true);
+  EXPECT_EQ(qxSquareDist(V2(1, 1), V2(4, 5)), 25);
+  EXPECT_EQ(qxDist(V2(1, 1), V2(4, 5)), 5);
   EXPECT_EQ(qxGetTriangleArea(V2(0, 0), V2(0, 3), V2(4, 0)), 6);
   EXPECT_EQ(qxGetTriangleArea(V3(0, 0, 1), {0, 3, 1}, {4, 0, 1}), 6);
 }
@@ -87,8 +89,11 @@ TYPED_TEST(VectorFunctions, OrthonormalizingKeepsTheFirstDirectionOrEverything) 
   EXPECT_EQ(qxAreVectorsCoplanar(q, V3(2, 0, 1), V3(1, 1, 1)), 1);
   V3 u(1, 2, 3), v(3, 2, 1), w = u + v;
   EXPECT_EQ(qxOrthonormalize(u, v, w), 0);
-  EXPECT_EQ(u == V3(1, 2, 3) && v == V3(3, 2, 1) && w == V3(4, 4, 4), true);
-  EXPECT_EQ(qxOrthonormalize(u, v) && qxAreOrthonormalized(u, v), true);
+  EXPECT_EQ(u, V3(1, 2, 3));
+  EXPECT_EQ(v, V3(3, 2, 1));
+  EXPECT_EQ(w, V3(4, 4, 4));
+  EXPECT_TRUE(qxOrthonormalize(u, v));
+  EXPECT_TRUE(qxAreOrthonormalized(u, v));
 }
 
 TYPED_TEST(VectorFunctions, CombinationsAndArrays) {
@@ -101,27 +106,35 @@ TYPED_TEST(VectorFunctions, CombinationsAndArrays) {
   EXPECT_EQ(qxCombine4(e[0], e[1], e[2], e[3], 2, 3, 5, 7) == V3(9, 10, 12), 1);
   EXPECT_EQ(qxFindMean(e, 4) == V3(1, 1, 1) / 2, 1);
   EXPECT_EQ(qxFindMidpoint(e[0], e[3]) == V3(2, 1, 1) / 2, 1);
-  EXPECT_EQ(qxMixedProduct(e[0], e[1], e[2]) == 1 && qxCross(e[0], e[1]) == e[2], true);
+  EXPECT_EQ(qxMixedProduct(e[0], e[1], e[2]), 1);
+  EXPECT_EQ(qxCross(e[0], e[1]), e[2]);
 
   V3 array[6] = {e[0], e[1], e[2]};
   std::int32_t count = 3;
   EXPECT_EQ(qxAppendVectorArray(2, e + 2, count, array), 5);
   EXPECT_EQ(qxAppendVectorArray(-1, e, count, array), 5);
   qxCopyVectorArray(5, array, array + 1);  // the arrays overlap: e0 e0 e1 e2 e2 e3
-  EXPECT_EQ(array[1] == e[0] && array[2] == e[1] && array[4] == e[2] && array[5] == e[3], true);
+  EXPECT_EQ(array[1], e[0]);
+  EXPECT_EQ(array[2], e[1]);
+  EXPECT_EQ(array[4], e[2]);
+  EXPECT_EQ(array[5], e[3]);
   qxCopyVectorArray(5, array + 1, array);
   qxSwapVectors(array[0], array[4]);
-  EXPECT_EQ(array[0] == e[3] && array[1] == e[1] && array[4] == e[0], true);
+  EXPECT_EQ(array[0], e[3]);
+  EXPECT_EQ(array[1], e[1]);
+  EXPECT_EQ(array[4], e[0]);
 }
 
 TYPED_TEST(VectorFunctions, PartialProductsOfDynamicVectors) {
   CQXVectorN<TypeParam> a(5), b(4, TypeParam(2));
   for (std::int32_t i = 0; i < 5; ++i) a[i] = static_cast<TypeParam>(i);
-  EXPECT_EQ(qxPartialDotProduct<TypeParam>(2, 0, 3, a, b) == 18 && qxPartialDotProduct<TypeParam>(2, 0, 0, a, b) == 0,
-            true);
+  EXPECT_EQ(qxPartialDotProduct<TypeParam>(2, 0, 3, a, b), 18);
+  EXPECT_EQ(qxPartialDotProduct<TypeParam>(2, 0, 0, a, b), 0);
   CQXBaseVector<TypeParam> products(9);
   qxPartialDotProduct<TypeParam>(3, 1, 2, a, b, products);
-  EXPECT_EQ(products.Dim() == 2 && products[0] == 6 && products[1] == 8, true);
+  EXPECT_EQ(products.Dim(), 2);
+  EXPECT_EQ(products[0], 6);
+  EXPECT_EQ(products[1], 8);
   qxPartialDotProduct<TypeParam>(3, 1, -2, a, b, products);
   EXPECT_EQ(products.Dim(), 0);
 
@@ -140,15 +153,19 @@ TYPED_TEST(VectorFunctions, HomogeneousVectorsAreDividedOrRefused) {
   V3 target(9, 9, 9);
   TypeParam w = 0;
   EXPECT_EQ(qxVector4To3(V4(2, 4, 6, TypeParam(0.5)), 1, target, w), 0);
-  EXPECT_EQ(w == TypeParam(0.5) && target == V3(9, 9, 9), true);
+  EXPECT_EQ(w, TypeParam(0.5));
+  EXPECT_EQ(target, V3(9, 9, 9));
   EXPECT_EQ(qxVector4To3(V4(2, 4, 6, -2), 2, target, w), 1);  // the bound itself divides
   EXPECT_EQ(target == V3(-1, -2, -3), 1);
   V4 own(2, 4, 6, 2);
-  EXPECT_EQ(qxVector4To3(own, own.X()) == V3(1, 2, 3) && own.X() == 2, true);
+  EXPECT_EQ(qxVector4To3(own, own.X()), V3(1, 2, 3));
+  EXPECT_EQ(own.X(), 2);
   V2 flat(9, 9);
   EXPECT_EQ(qxVector3To2(V3(1, 2, 0), 0, flat, w), 1);  // nothing is below a tolerance of 0
-  EXPECT_EQ(flat.X() == std::numeric_limits<TypeParam>::infinity() && qxVector3To2(V3(2, 4, 2), w) == V2(1, 2), true);
-  EXPECT_EQ(qxVector3To4(V3(1, 2, 3)) == V4(1, 2, 3, 1) && qxVector2To3(V2(1, 2)) == V3(1, 2, 1), true);
+  EXPECT_EQ(flat.X(), std::numeric_limits<TypeParam>::infinity());
+  EXPECT_EQ(qxVector3To2(V3(2, 4, 2), w), V2(1, 2));
+  EXPECT_EQ(qxVector3To4(V3(1, 2, 3)), V4(1, 2, 3, 1));
+  EXPECT_EQ(qxVector2To3(V2(1, 2)), V3(1, 2, 1));
 }
 
 }  // namespace
