@@ -6,6 +6,13 @@
 #include <cstdint>
 #include <type_traits>
 
+class qxProgress;
+
+/// What qxProgress() can be made of: called with two counts, and no qxProgress itself.
+template <typename Callable>
+concept qxProgressCallable =
+    std::invocable<Callable&, std::int32_t, std::int32_t> && !std::same_as<std::remove_cvref_t<Callable>, qxProgress>;
+
 /// Reports from a long operation: how many steps are done and how many there are in all; the one who listens may
 /// cancel.
 ///
@@ -21,9 +28,8 @@ class qxProgress {
   constexpr qxProgress(Function function, void* user) noexcept : m_function(function), m_user(user) {}
 
   /// Any callable that takes (done, total). What it returns counts as bool; one that returns nothing never cancels.
-  template <typename Callable>
-  requires std::invocable<Callable&, std::int32_t, std::int32_t> &&
-      (!std::same_as<std::remove_cvref_t<Callable>, qxProgress>)qxProgress(Callable&& callable) noexcept
+  template <qxProgressCallable Callable>
+  qxProgress(Callable&& callable) noexcept  // NOLINT(bugprone-forwarding-reference-overload): copies are no callables
       : m_function(&Call<std::remove_reference_t<Callable>>), m_user(reinterpret_cast<void*>(AddressOf(callable))) {}
 
   /// Reports. @return false when the operation is to be cancelled

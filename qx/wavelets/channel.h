@@ -47,7 +47,7 @@ class QX_API CQXChannel : public qxBlockAllocated {
   CQXChannel& operator=(const CQXChannel& other);
   /// Takes the fields, samples and tree of the other channel, which is left with those of this one. A channel above or
   /// below this one in the same tree is copied.
-  CQXChannel& operator=(CQXChannel&& other);
+  CQXChannel& operator=(CQXChannel&& other);  // NOLINT(performance-noexcept-move-constructor): it may have to copy
   ~CQXChannel() { DestroyTree(); }
 
   /// Takes a block of zeros of the channel's size. The samples that it had stay when the memory was refused.
