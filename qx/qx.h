@@ -38,6 +38,7 @@
 #include <qx/matrices/matrix2.h>
 #include <qx/matrices/matrix3.h>
 #include <qx/matrices/matrix4.h>
+#include <qx/matrices/matrix_access.h>
 #include <qx/matrices/matrix_mn.h>
 #include <qx/matrices/matrix_n.h>
 #include <qx/matrices/matrix_norm.h>
