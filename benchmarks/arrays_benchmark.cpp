@@ -1,3 +1,4 @@
+#include <qx/arrays/gauss.h>
 #include <qx/arrays/random.h>
 #include <qx/arrays/sorting.h>
 #include <qx/arrays/statistics.h>
@@ -9,6 +10,9 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#ifdef QX_LINK_GSL
+#include <gsl/gsl_cdf.h>
+#endif
 
 namespace {
 
@@ -119,5 +123,34 @@ void StdNumbers(benchmark::State& state, Distribution distribution) {
 BENCHMARK_CAPTURE(StdNumbers, uniform, std::uniform_real_distribution<double>(0, 1))->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(StdNumbers, normal, std::normal_distribution<double>(0, 1))->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(StdNumbers, exponential, std::exponential_distribution<double>(1))->Unit(benchmark::kMillisecond);
+
+/// The normal curve and its inverse at a million numbers.
+template <typename Function>
+void NormalCurve(benchmark::State& state, Function function, bool ofProbabilities) {
+  std::vector<double> numbers = MakeNumbers();
+  if (ofProbabilities) {
+    for (double& x : numbers) x = qxCalculateGaussIntegral(x);
+  }
+  for (auto _ : state) {
+    double sum = 0;
+    for (const double x : numbers) sum += function(x);
+    benchmark::DoNotOptimize(sum);
+  }
+  CountItems(state);
+}
+BENCHMARK_CAPTURE(
+    NormalCurve, integral, [](double x) { return qxCalculateGaussIntegral(x); }, false)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(
+    NormalCurve, inverse, [](double p) { return qxCalculateInverseGaussIntegral(p); }, true)
+    ->Unit(benchmark::kMillisecond);
+#ifdef QX_LINK_GSL
+BENCHMARK_CAPTURE(
+    NormalCurve, integral_gsl, [](double x) { return gsl_cdf_ugaussian_P(x); }, false)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(
+    NormalCurve, inverse_gsl, [](double p) { return gsl_cdf_ugaussian_Pinv(p); }, true)
+    ->Unit(benchmark::kMillisecond);
+#endif
 
 }  // namespace

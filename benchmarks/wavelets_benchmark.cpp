@@ -6,6 +6,9 @@
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>
+#ifdef QX_LINK_OPENCV
+#include <opencv2/imgproc.hpp>
+#endif
 
 /// Every row works on a square picture of the given side; the bytes per second are those of the picture, so that a row
 /// stands beside the plain copy of the same picture. Forward and inverse alternate, each timed apart from the other.
@@ -103,6 +106,32 @@ void ReduceNoise(benchmark::State& state) {
   Finish<T>(state);
 }
 
+/// To half the size, where each kernel averages what the smaller grid cannot hold.
+template <qxResampling method>
+void Resample(benchmark::State& state) {
+  const std::vector<float> picture = MakePicture<float>(state.range(0));
+  const CQXChannel<float> channel = MakeChannel(picture, state.range(0));
+  for (auto _ : state) benchmark::DoNotOptimize(channel.ScaleRawChannelTwiceDown(method)->GetData());
+  Finish<float>(state);
+}
+
+#ifdef QX_LINK_OPENCV
+/// The same size by the peer: INTER_AREA averages as our area kernel does, the others do not average.
+template <int method>
+void OpenCvResample(benchmark::State& state) {
+  std::vector<float> picture = MakePicture<float>(state.range(0));
+  const int side = static_cast<int>(state.range(0));
+  const cv::Mat source(side, side, CV_32F, picture.data());
+  cv::Mat target;
+  cv::setNumThreads(1);
+  for (auto _ : state) {
+    cv::resize(source, target, cv::Size(side / 2, side / 2), 0, 0, method);
+    benchmark::DoNotOptimize(target.data);
+  }
+  Finish<float>(state);
+}
+#endif
+
 #define QX_BENCHMARK_SIDES(...) BENCHMARK(__VA_ARGS__)->Arg(512)->Arg(2048)->Arg(4096)->Unit(benchmark::kMillisecond)
 
 QX_BENCHMARK_SIDES(Memcpy<float>);
@@ -118,5 +147,13 @@ QX_BENCHMARK_SIDES(Memcpy<double>);
 QX_BENCHMARK_SIDES(Forward<double, QX_WAVELET_2_2>);
 QX_BENCHMARK_SIDES(Inverse<double, QX_WAVELET_2_2>);
 QX_BENCHMARK_SIDES(ReduceNoise<double, QX_DENOISING_BAND_VARIANCE>);
+QX_BENCHMARK_SIDES(Resample<QX_RESAMPLING_AREA>);
+QX_BENCHMARK_SIDES(Resample<QX_RESAMPLING_CUBIC>);
+QX_BENCHMARK_SIDES(Resample<QX_RESAMPLING_LANCZOS3>);
+#ifdef QX_LINK_OPENCV
+QX_BENCHMARK_SIDES(OpenCvResample<cv::INTER_AREA>);
+QX_BENCHMARK_SIDES(OpenCvResample<cv::INTER_CUBIC>);
+QX_BENCHMARK_SIDES(OpenCvResample<cv::INTER_LANCZOS4>);
+#endif
 
 }  // namespace
