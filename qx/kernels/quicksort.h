@@ -76,7 +76,7 @@ void Partition(Element* elements, std::ptrdiff_t& i, std::ptrdiff_t& j, Key key,
     from = low + 1;
     to = high - 1;
     ups &= ups - 1;
-    downs ^= std::uint64_t{1} << high;
+    downs ^= std::uint64_t{1} << high;  // NOLINT(clang-analyzer-core.UndefinedBinaryOperatorResult): high >= low >= 0
   }
   j = i + to;
   i += from;

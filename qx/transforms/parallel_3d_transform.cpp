@@ -6,7 +6,7 @@ CQXParallel3DTransform<T>::~CQXParallel3DTransform() = default;
 
 template <qxReal T>
 CQXParallel3DTransform<T>& CQXParallel3DTransform<T>::operator=(const Base& other) noexcept {
-  Base::operator=(other);
+  View::operator=(other);
   return *this;
 }
 

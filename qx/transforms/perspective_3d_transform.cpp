@@ -9,7 +9,7 @@ CQXPerspective3DTransform<T>::~CQXPerspective3DTransform() = default;
 
 template <qxReal T>
 CQXPerspective3DTransform<T>& CQXPerspective3DTransform<T>::operator=(const Base& other) noexcept {
-  Base::operator=(other);
+  View::operator=(other);
   return *this;
 }
 

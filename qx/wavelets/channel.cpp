@@ -19,7 +19,6 @@ using qxInternal::CountOf;
 using qxInternal::Extent;
 using qxInternal::LowestLow;
 using qxInternal::NextInTree;
-using qxInternal::Rect;
 using qxInternal::RectAt;
 
 // ---- Construction, fields and tree
@@ -44,11 +43,12 @@ CQXChannel<T>::CQXChannel(const CQXChannel& other) : CQXChannel() {
 
 template <qxReal T>
 CQXChannel<T>& CQXChannel<T>::operator=(const CQXChannel& other) {
-  CopyDecomposedChannel(other);
+  if (this != &other) CopyDecomposedChannel(other);
   return *this;
 }
 
 template <qxReal T>
+// NOLINTNEXTLINE(performance-noexcept-move-constructor): it may have to copy
 CQXChannel<T>& CQXChannel<T>::operator=(CQXChannel&& other) {
   if (IsBelow(other) || other.IsBelow(*this)) {
     CopyDecomposedChannel(other);

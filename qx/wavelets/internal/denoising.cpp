@@ -19,21 +19,21 @@ constexpr double rootOfTwo = 1.4142135623730951;
 
 /// How a method finds its thresholds: one that goes on from level to level, or one of its own for every band.
 struct ThresholdRule {
+  double levelFactor;  // from level to level; 0: the caller's ratio
   bool needsNoise;
   bool isUniversal;     // begins with sigma sqrt(2 ln N)
-  double levelFactor;   // from level to level; 0: the caller's ratio
   bool byBand;          // from the variance of the band
   bool subtractsNoise;  // less that of the noise
   bool looksAtNeighbours;
 };
 
 constexpr ThresholdRule rules[] = {
-    {false, false, 0, false, false, false},        // QX_DENOISING_GIVEN
-    {true, true, 1, false, false, false},          // QX_DENOISING_UNIVERSAL
-    {true, true, rootOfTwo, false, false, false},  // QX_DENOISING_LEVEL_DEPENDENT
-    {true, false, 1, true, false, false},          // QX_DENOISING_BAND_VARIANCE
-    {true, false, 1, true, true, false},           // QX_DENOISING_BAND_SIGNAL
-    {true, false, 1, true, true, true},            // QX_DENOISING_BAND_SIGNAL_MASKED
+    {0, false, false, false, false, false},        // QX_DENOISING_GIVEN
+    {1, true, true, false, false, false},          // QX_DENOISING_UNIVERSAL
+    {rootOfTwo, true, true, false, false, false},  // QX_DENOISING_LEVEL_DEPENDENT
+    {1, true, false, true, false, false},          // QX_DENOISING_BAND_VARIANCE
+    {1, true, false, true, true, false},           // QX_DENOISING_BAND_SIGNAL
+    {1, true, false, true, true, true},            // QX_DENOISING_BAND_SIGNAL_MASKED
 };
 
 template <qxReal T>
