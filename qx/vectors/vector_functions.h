@@ -112,13 +112,21 @@ template <qxReal T>
 }
 
 /// Sum of a[firstA + i] b[firstB + i] for i from 0 below @p count; 0 when @p count < 1. Indices are not tested, complex
-/// numbers are not conjugated.
+/// numbers are not conjugated, integers wrap around on overflow.
 template <typename T>
 [[nodiscard]] T qxPartialDotProduct(std::int32_t firstA, std::int32_t firstB, std::int32_t count,
                                     const CQXBaseVector<T>& a, const CQXBaseVector<T>& b) noexcept {
-  T sum = 0;
-  for (std::int32_t i = 0; i < count; ++i) sum += qxProduct(a[firstA + i], b[firstB + i]);
-  return sum;
+  if constexpr (std::is_integral_v<T>) {
+    std::make_unsigned_t<T> sum = 0;
+    for (std::int32_t i = 0; i < count; ++i) {
+      sum += static_cast<std::make_unsigned_t<T>>(qxProduct(a[firstA + i], b[firstB + i]));
+    }
+    return static_cast<T>(sum);
+  } else {
+    T sum = 0;
+    for (std::int32_t i = 0; i < count; ++i) sum += qxProduct(a[firstA + i], b[firstB + i]);
+    return sum;
+  }
 }
 
 /// Makes @p products the vector of the @p count products a[firstA + i] b[firstB + i], of dimension 0 when
@@ -131,7 +139,7 @@ void qxPartialDotProduct(std::int32_t firstA, std::int32_t firstB, std::int32_t 
   if (products.Data() == nullptr) return;
   for (std::int32_t i = 0; i < count; ++i) {
     // In place on a zero, since the assignment of complex numbers would keep the zero instead of a close value.
-    products[i] += a[firstA + i] * b[firstB + i];
+    products[i] += qxProduct(a[firstA + i], b[firstB + i]);
   }
 }
 

@@ -118,7 +118,8 @@ void RandomRows() {
         std::int64_t longs[64];
         random.GetArrayIntegerNumbers32(-100, 1000000, 64, words);
         random.GetArrayIntegerNumbers64(-100, 1000000000000, 64, longs);
-        h(words, longs, random.GetBoolean(), random.GetIntegerNumber32(0, 9), random.GetIntegerNumber64(-9, 9));
+        h(words), h(longs), h(random.GetBoolean()), h(random.GetIntegerNumber32(0, 9)),
+            h(random.GetIntegerNumber64(-9, 9));
         std::uint32_t w[4];
         std::uint64_t s[4];
         T lags[32], borrow = 0;
@@ -151,8 +152,8 @@ void RandomRows() {
     for (std::size_t i = 0; i < 500; ++i) integers[i] = static_cast<std::int32_t>((numbers[i] + 1) * 50);
     CQXRandom<T> random;
     random.SetUniform(-1, 1);
-    h(Printed([&] { random.TestFloatRandomArray(500, numbers.data(), 10); }),
-      Printed([&] { random.TestIntegerRandomArray(0, 100, 500, integers.data(), 10); }));
+    h(Printed([&] { random.TestFloatRandomArray(500, numbers.data(), 10); })),
+        h(Printed([&] { random.TestIntegerRandomArray(0, 100, 500, integers.data(), 10); }));
   });
 }
 
@@ -174,8 +175,9 @@ void StatisticsRows() {
   };
   using S = CQXStatistics<T>;
   overData("moments", [](Hash& h, S& s, std::int32_t n, const T* other) {
-    h(s.Mean(), s.Median(), s.Variance(), s.Variance(T(0.1)), s.StandardDeviation(), s.StandardDeviation(T(0.1)),
-      s.Momentum2(), s.MixMomentum(n, other), s.CorrelationCoefficient(n, other));
+    h(s.Mean()), h(s.Median()), h(s.Variance()), h(s.Variance(T(0.1))), h(s.StandardDeviation()),
+        h(s.StandardDeviation(T(0.1))), h(s.Momentum2()), h(s.MixMomentum(n, other)),
+        h(s.CorrelationCoefficient(n, other));
   });
   overData("intervals", [](Hash& h, S& s, std::int32_t, const T*) {
     for (const qxProbability p : {QX_PROBABILITY_90, QX_PROBABILITY_95, QX_PROBABILITY_99, QX_PROBABILITY_995}) {
@@ -190,18 +192,18 @@ void StatisticsRows() {
   });
   overData("LinearRegression", [](Hash& h, S& s, std::int32_t n, const T* other) {
     T a = 0, b = 0, variance = 0;
-    h(s.LinearRegression(n, other, 1, a, b), a, b, s.GetResidualVariance(variance), variance);
+    h(s.LinearRegression(n, other, 1, a, b)), h(a), h(b), h(s.GetResidualVariance(variance)), h(variance);
   });
   overData(
       "tests",
       [](Hash& h, S& s, std::int32_t, const T*) {
         for (const qxSignificanceLevel level : {QX_SIGNIFICANCE_20, QX_SIGNIFICANCE_10, QX_SIGNIFICANCE_5}) {
-          h(s.KolmogorovSmirnovTest(-1, 1, level, 0), s.KolmogorovSmirnovTest(0, 1, level, 1),
-            s.TestEquidistribution(-1, 1, level), s.RunsUpAndDownTest(level), s.TestNormalMean(0, level),
-            s.TestNormalVariance(1, level));
+          h(s.KolmogorovSmirnovTest(-1, 1, level, 0)), h(s.KolmogorovSmirnovTest(0, 1, level, 1)),
+              h(s.TestEquidistribution(-1, 1, level)), h(s.RunsUpAndDownTest(level)), h(s.TestNormalMean(0, level)),
+              h(s.TestNormalVariance(1, level));
           for (const std::int32_t k : {3, 4, 5}) h(s.PermutationTest(k, level));
         }
-        h(s.TestNormality(0, 1), s.TestUniformity(-1, 1));
+        h(s.TestNormality(0, 1)), h(s.TestUniformity(-1, 1));
       },
       true);
   overData("AverageFiltering", [](Hash&, S& s, std::int32_t n, const T*) {

@@ -86,17 +86,17 @@ void CommonRows() {
     o.v = a * b.RowVector(0);
     o.b = a;
     o.b *= b;
-    h(a.Transpose(), a.InnerProduct(b), a.Mean(), a.Trace(), a.Diagonal());
+    h(a.Transpose()), h(a.InnerProduct(b)), h(a.Mean()), h(a.Trace()), h(a.Diagonal());
   });
   Over<M>("predicates", [](Hash& h, const M& a, const M&, O& o) {
-    h(a.IsAlmostZero(), a.IsUnit(), a.IsDiagonal(), a.IsSymmetric(), a.IsOrthogonal(T(0.5)), a.IsSingular(),
-      a.IsScaling(), a.IsRotation(T(0.5)));
+    h(a.IsAlmostZero()), h(a.IsUnit()), h(a.IsDiagonal()), h(a.IsSymmetric()), h(a.IsOrthogonal(T(0.5))),
+        h(a.IsSingular()), h(a.IsScaling()), h(a.IsRotation(T(0.5)));
     o.a = a;
     o.a.AnnulateSmallElements(T(0.01));
   });
-  Over<M>("Det", [](Hash& h, const M& a, const M& b, O&) { h(a.Det(), b.Det(), (a * b).Det()); });
+  Over<M>("Det", [](Hash& h, const M& a, const M& b, O&) { h(a.Det()), h(b.Det()), h((a * b).Det()); });
   Over<M>("Inverse", [](Hash& h, const M& a, const M& b, O& o) {
-    h(a.Inverse(o.a), a.Inverse(o.b, T(1e-12)), a.DiagInverse(o.c), a.SolveSystem(b.RowVector(0), o.v));
+    h(a.Inverse(o.a)), h(a.Inverse(o.b, T(1e-12))), h(a.DiagInverse(o.c)), h(a.SolveSystem(b.RowVector(0), o.v));
   });
   Over<M>("LU_Decomposition", [](Hash& h, const M& a, const M&, O& o) { h(a.LU_Decomposition(o.a, o.b)); });
   Over<M>(
@@ -105,12 +105,12 @@ void CommonRows() {
       "SV_Decomposition", [](Hash& h, const M& a, const M&, O& o) { h(a.SV_Decomposition(o.a, o.b, o.v)); }, false);
   Over<M>(
       "singular numbers",
-      [](Hash& h, const M& a, const M&, O& o) { h(a.CalculateSingularNumbers(o.v), a.CalculateRank()); }, false);
+      [](Hash& h, const M& a, const M&, O& o) { h(a.CalculateSingularNumbers(o.v)), h(a.CalculateRank()); }, false);
   Over<M>(
       "Norm",
       [](Hash& h, const M& a, const M& b, O& o) {
         for (const qxMatrixNorm norm : norms) {
-          h(a.Norm(norm), a.ConditionNumber(norm), a.Inverse(o.a, norm, T(1e-6), o.x), o.a, o.x);
+          h(a.Norm(norm)), h(a.ConditionNumber(norm)), h(a.Inverse(o.a, norm, T(1e-6), o.x)), h(o.a), h(o.x);
           h(a.SolveSystem(b.RowVector(0), o.v, norm, T(1e-6), o.y), o.v, o.y);
         }
       },
@@ -119,7 +119,7 @@ void CommonRows() {
       "SymmetricEigensolve",
       [](Hash& h, const M& a, const M&, O& o) {
         h(a.SymmetricEigensolve(o.v, o.a));
-        h(a.SpectralDecomposition(o.b, o.c, 0), o.b, o.c, a.SpectralDecomposition(o.b, o.c, 1));
+        h(a.SpectralDecomposition(o.b, o.c, 0)), h(o.b), h(o.c), h(a.SpectralDecomposition(o.b, o.c, 1));
       },
       false);
   Over<M>(
@@ -184,18 +184,18 @@ void Matrix3Rows() {
   Over<M>("helpers of eigenvectors", [](Hash& h, const M& a, const M& b, O& o) {
     std::int32_t i = 0, j = 0, rows[3] = {};
     T vectors[9] = {};
-    h(a.CalculateMinor(0, 2, 1, 2), a.CalculateMinorSubtrIm(0, 1, 0, 1, b[0]), a.TestRowsForDependence(0, 2),
-      a.TestComplexRowsForDependence(0, 1, b[0]), a.FindZeroRows(rows), rows);
+    h(a.CalculateMinor(0, 2, 1, 2)), h(a.CalculateMinorSubtrIm(0, 1, 0, 1, b[0])), h(a.TestRowsForDependence(0, 2)),
+        h(a.TestComplexRowsForDependence(0, 1, b[0])), h(a.FindZeroRows(rows)), h(rows);
     a.GetMainMinorColumns(0, 2, i, j);
     a.FindEigenvectorsFromRow(1, vectors);
     h(i, j, vectors);
     a.FindEigenvectorsReal(1, vectors);
     CQXBaseVector<CQXComplex<T>> v(3);
-    h(vectors, a.FindEigenvectorComplex({b[0], b[1]}, v), v, a.FindAnySolution(b.RowVector(1), o.v));
+    h(vectors), h(a.FindEigenvectorComplex({b[0], b[1]}, v)), h(v), h(a.FindAnySolution(b.RowVector(1), o.v));
   });
   Over<M>("coordinate matrix", [](Hash& h, const M& a, const M& b, O& o) {
-    h(a.InverseCoordinateMatrix(o.a), a.IsTranslation(), a.IsCoordinateMatrix(), qxMatrix3To2(a),
-      qxMatrix2To3(qxMatrix3To2(b)));
+    h(a.InverseCoordinateMatrix(o.a)), h(a.IsTranslation()), h(a.IsCoordinateMatrix()), h(qxMatrix3To2(a)),
+        h(qxMatrix2To3(qxMatrix3To2(b)));
     o.b = o.c = a;
     for (const std::int32_t flag : {0, 1}) {
       o.b.Scale(b[0], b[1], flag);
@@ -239,9 +239,9 @@ void Matrix4Rows() {
   using O = Outputs<M>;
   Over<M>("coordinate matrix", [](Hash& h, const M& a, const M& b, O& o) {
     CQXVector3<T> local;
-    h(a.InverseCoordinateMatrix(o.a), a.IsTranslation(), a.IsCoordinateMatrix(), a.GetMatrix(), a.Reflect(),
-      a.Combine(b, 0), a.Combine(b, 1), a.GetObjectCoordinates(b.Diagonal3()),
-      a.GetLocalCoordinates(b.Diagonal3(), local), local, qxMatrix3To4(b.GetMatrix()));
+    h(a.InverseCoordinateMatrix(o.a)), h(a.IsTranslation()), h(a.IsCoordinateMatrix()), h(a.GetMatrix()),
+        h(a.Reflect()), h(a.Combine(b, 0)), h(a.Combine(b, 1)), h(a.GetObjectCoordinates(b.Diagonal3())),
+        h(a.GetLocalCoordinates(b.Diagonal3(), local)), h(local), h(qxMatrix3To4(b.GetMatrix()));
     o.b = o.c = a;
     for (const std::int32_t flag : {0, 1}) {
       o.b.Scale(b[0], b[1], b[2], flag);

@@ -22,7 +22,7 @@ auto OverPairs(Function f) {
   return [f](Hash& h) {
     const std::vector<CQXComplex<T>> z = ComplexNumbers<T>();
     for (std::size_t i = 0; i + 1 < z.size(); ++i) {
-      h(f(z[i], z[i + 1]), f(z[i], z[z.size() - 1 - i]), f(z[i], z[(7 * i) % z.size()]));
+      h(f(z[i], z[i + 1])), h(f(z[i], z[z.size() - 1 - i])), h(f(z[i], z[(7 * i) % z.size()]));
     }
   };
 }
@@ -34,16 +34,16 @@ void FoundationRows() {
   using C = CQXComplex<T>;
   Row<T>("qxGuardedSqrt", [](Hash& h) {
     for (const T a : edges<T>) {
-      for (const T b : edges<T>) h(qxGuardedSqrt(a), qxGuardedSqrt(a, b));
+      for (const T b : edges<T>) h(qxGuardedSqrt(a)), h(qxGuardedSqrt(a, b));
     }
   });
   Row<T>("qxWrapAngle", [](Hash& h) {
     Numbers<T> next(2);
     for (const T a : edges<T>) h(qxWrapAngle(a, T(360), T(1e-9)));
-    for (int i = 0; i < 200; ++i) h(qxWrapAngle(next() * 1000, T(360), T(1e-9)), qxWrappedRadians(next() * 1000));
+    for (int i = 0; i < 200; ++i) h(qxWrapAngle(next() * 1000, T(360), T(1e-9))), h(qxWrappedRadians(next() * 1000));
   });
   Row<T>("qxToInt", [](Hash& h) {
-    for (const T a : edges<T>) h(qxToInt32(static_cast<double>(a)), qxToInt64(static_cast<double>(a)));
+    for (const T a : edges<T>) h(qxToInt32(static_cast<double>(a))), h(qxToInt64(static_cast<double>(a)));
   });
   Row<T>("Complex +", OverPairs<T>([](C a, C b) { return C(a + b) += b; }));
   Row<T>("Complex -", OverPairs<T>([](C a, C b) { return C(a - b) -= b; }));

@@ -101,8 +101,8 @@ void GeometryRows() {
       },
       true);
   OverPolygons<T>("polygon measures", [](Hash& h, const P& a, const P&, Int n, Int, Numbers<T>) {
-    h(G::CalculatePolygonCenter(n, a.data()), G::CalculatePolygonDiameter(n, a.data()),
-      G::CalculatePolygonInternalRadius(n, a.data()));
+    h(G::CalculatePolygonCenter(n, a.data())), h(G::CalculatePolygonDiameter(n, a.data())),
+        h(G::CalculatePolygonInternalRadius(n, a.data()));
   });
   Row<T>("lines, planes and rectangles", [](Hash& h) {
     Numbers<T> next(91);
@@ -110,8 +110,8 @@ void GeometryRows() {
       const auto c = next.Array(4);
       CQXVector3<T> point;
       const auto p = next.template Make<CQXVector3<T>>(), v = next.template Make<CQXVector3<T>>();
-      h(G::LinePlaneIntersection(p, v, c[0], c[1], c[2], c[3], point), point,
-        G::GetPointOnPlane(c[0], i % 3 ? c[1] : T(0), c[2], c[3]));
+      h(G::LinePlaneIntersection(p, v, c[0], c[1], c[2], c[3], point)), h(point),
+          h(G::GetPointOnPlane(c[0], i % 3 ? c[1] : T(0), c[2], c[3]));
       const V a(p[0] * 2, p[1] * 2), b(v[0] * 2, v[1] * 2), lo(T(-0.5), T(-0.25)), hi(T(0.5), T(0.75));
       V qa, qb, corner;
       h(G::ClipSegmentToRectangle(a, b, lo, hi, qa, qb), qa, qb);

@@ -57,12 +57,13 @@ template <typename T>
 void BaseMatrixRows() {
   OverMatrices<T>("arithmetic", [](Hash& h, auto a, std::int32_t rows, std::int32_t columns) {
     const CQXMatrixMN<T> b = RandomMatrix<T>(rows, columns, 31);
-    h(a + b, a - b, a * T(3), a / T(7), a.Negate(), a == b, a != b, a.Transpose(), a.Diagonal(), a.Trace());
+    h(a + b), h(a - b), h(a * T(3)), h(a / T(7)), h(a.Negate()), h(a == b), h(a != b), h(a.Transpose()),
+        h(a.Diagonal()), h(a.Trace());
     a += b;
     a *= T(1.25);
     a -= b;
     a /= T(3);
-    h(a, a.Mean(), a.InnerProduct(b), a.CorrelationCoefficient(b));
+    h(a), h(a.Mean()), h(a.InnerProduct(b)), h(a.CorrelationCoefficient(b));
   });
   OverMatrices<T>("*", [](Hash& h, auto a, std::int32_t rows, std::int32_t columns) {
     for (const std::int32_t n : {1, 2, 3, 4, 7, 8, 9, 31, 66}) h(a * RandomMatrix<T>(columns, n, 32));
@@ -72,16 +73,17 @@ void BaseMatrixRows() {
     const CQXMatrixMN<T> b = RandomMatrix<T>(rows, columns, 34);
     std::vector<T> buffer(qxElementCount(rows, columns));
     a.DumpPart(rows / 3, columns / 3, rows - 1, columns - 1, buffer.data(), 1);
-    h(buffer, a.RowVector(rows / 2), a.ColVector(columns / 2));
+    h(buffer), h(a.RowVector(rows / 2)), h(a.ColVector(columns / 2));
     a.DumpPart(0, 0, rows / 2, columns - 1, buffer.data(), 0);
     a.FillPart(0, columns / 2, rows - 1, columns - 1, buffer.data(), 0);
     a.CopyPartRow(rows / 2, 0, columns, 0, 0, b);
     a.CopyPartColumn(columns / 2, 0, rows, 0, 0, b);
-    h(buffer, a, a.ExtractLeftCornerMatrix((rows + 1) / 2, (columns + 1) / 2),
-      a.ExtractMatrix(rows / 2, columns / 2, rows - rows / 2, columns - columns / 2));
+    h(buffer), h(a), h(a.ExtractLeftCornerMatrix((rows + 1) / 2, (columns + 1) / 2)),
+        h(a.ExtractMatrix(rows / 2, columns / 2, rows - rows / 2, columns - columns / 2));
     a.InsertMatrix(b, rows / 2, columns / 2, rows - rows / 2, columns - columns / 2);
     a.AnnulateSmallElements(T(0.2));
-    h(a, a.IsAlmostZero(), a.IsDiagonal(), a.IsBidiagonal(), a.IsURTriangular(), a.IsLLTriangular(T(0.3)));
+    h(a), h(a.IsAlmostZero()), h(a.IsDiagonal()), h(a.IsBidiagonal()), h(a.IsURTriangular()),
+        h(a.IsLLTriangular(T(0.3)));
   });
   Row<T>("Matrix of complex", [](Hash& h) {
     using C = CQXComplex<T>;
@@ -93,14 +95,14 @@ void BaseMatrixRows() {
         a[i].Set(x, y);
         b[i].Set(y, next());
       }
-      h(a * b, a.Transpose() + b, a - b.Transpose(), a.Negate(), a * a[0], a / C(T(0.5), T(0.25)), a.Diagonal(),
-        a.Trace(), a == a, a * b.ColVector(0));
+      h(a * b), h(a.Transpose() + b), h(a - b.Transpose()), h(a.Negate()), h(a * a[0]), h(a / C(T(0.5), T(0.25))),
+          h(a.Diagonal()), h(a.Trace()), h(a == a), h(a * b.ColVector(0));
     }
   });
   Row<T>("Matrix printed", [](Hash& h) {
     std::ostringstream stream;
     stream << RandomMatrix<T>(5, 3, 36);
-    h(stream.str(), Printed([] { RandomMatrix<T>(6, 7, 36).PrintPartOfMatrix(1, 2, 4, 5); }));
+    h(stream.str()), h(Printed([] { RandomMatrix<T>(6, 7, 36).PrintPartOfMatrix(1, 2, 4, 5); }));
   });
 }
 
@@ -114,7 +116,7 @@ void DecompositionRows() {
   OverMatrices<T>("SV_Decomposition", [](Hash& h, auto a, std::int32_t m, std::int32_t n) {
     M u(m, m), v(n, n);
     CQXVectorN<T> s(std::min(m, n));
-    h(a.SV_Decomposition(u, v, s), u, v, s, a.GetRank(), a.IsSingCalculated());
+    h(a.SV_Decomposition(u, v, s)), h(u), h(v), h(s), h(a.GetRank()), h(a.IsSingCalculated());
     std::vector<T> numbers(static_cast<std::size_t>(std::min(m, n)));
     a.GetSingularNumbers(numbers.data());
     h(numbers);
@@ -126,7 +128,7 @@ void DecompositionRows() {
     h(a.ThinSVD(u, v, s), u, v, s);
   });
   OverMatrices<T>("CalculateRank",
-                  [](Hash& h, auto a, std::int32_t, std::int32_t) { h(a.CalculateRank(), a.GetRank()); });
+                  [](Hash& h, auto a, std::int32_t, std::int32_t) { h(a.CalculateRank()), h(a.GetRank()); });
   OverMatrices<T>("Inverse", [](Hash& h, auto a, std::int32_t m, std::int32_t n) {
     M inverse(n, m);
     h(a.Inverse(inverse), inverse);
@@ -142,7 +144,7 @@ void DecompositionRows() {
     for (const qxMatrixNorm norm : norms) {
       T condition = 0;
       h(a.PseudoInverse(inverse, norm, condition), inverse, condition);
-      h(a.PseudoSolveSystem(b, x, norm, condition), x, condition, a.Norm(norm));
+      h(a.PseudoSolveSystem(b, x, norm, condition)), h(x), h(condition), h(a.Norm(norm));
     }
   });
   OverMatrices<T>(
@@ -183,7 +185,8 @@ void SquareRows() {
   using M = CQXMatrixN<T>;
   using V = CQXVectorN<T>;
   OverSquares<T>("Det", [](Hash& h, const M& a, std::int32_t, M, M, V) {
-    h(a.Det(), a.DetForTriangular(), a.IsSingular(), a.IsUnit(), a.IsSymmetric(), a.IsOrthogonal(), a.IsPositive());
+    h(a.Det()), h(a.DetForTriangular()), h(a.IsSingular()), h(a.IsUnit()), h(a.IsSymmetric()), h(a.IsOrthogonal()),
+        h(a.IsPositive());
   });
   OverSquares<T>("*", [](Hash& h, const M& a, std::int32_t n, M x, M y, V) {
     x = a * RandomMatrix<T>(n, n, 52);
@@ -196,10 +199,10 @@ void SquareRows() {
   OverSquares<T>("LU_Decomposition",
                  [](Hash& h, const M& a, std::int32_t, M l, M u, V) { h(a.LU_Decomposition(l, u), l, u); });
   OverSquares<T>("Inverse", [](Hash& h, const M& a, std::int32_t, M x, M, V) {
-    h(a.Inverse(x), x, a.DiagInverse(x), x, a.LowLeftInverse(x), x, a.UpperRightInverse(x), x);
+    h(a.Inverse(x)), h(x), h(a.DiagInverse(x)), h(x), h(a.LowLeftInverse(x)), h(x), h(a.UpperRightInverse(x)), h(x);
     for (const qxMatrixNorm norm : norms) {
       T condition = 0;
-      h(a.Inverse(x, norm, T(1e-6), condition), x, condition, a.ConditionNumber(norm), a.Norm(norm));
+      h(a.Inverse(x, norm, T(1e-6), condition)), h(x), h(condition), h(a.ConditionNumber(norm)), h(a.Norm(norm));
     }
   });
   OverSquares<T>("InvPreconditioner",
@@ -207,7 +210,8 @@ void SquareRows() {
   OverSquares<T>("SolveSystem", [](Hash& h, const M& a, std::int32_t n, M, M, V x) {
     const V b = RandomVector<T>(n, 53);
     T condition = 0;
-    h(a.SolveSystem(b, x), x, a.SolveSystem(b, x, QX_MATRIX_NORM_ROW_SUM, T(1e-6), condition), x, condition);
+    h(a.SolveSystem(b, x)), h(x), h(a.SolveSystem(b, x, QX_MATRIX_NORM_ROW_SUM, T(1e-6), condition)), h(x),
+        h(condition);
   });
   OverSquares<T>("SymmetricEigensolve",
                  [](Hash& h, const M& a, std::int32_t, M x, M, V v) { h(a.SymmetricEigensolve(v, x), v, x); });

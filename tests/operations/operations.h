@@ -24,6 +24,7 @@
 /// Hash of everything that it is given, bit by bit; all not-a-numbers count as one.
 class Hash {
  public:
+  /// What has effects stands in a call of its own, h(a()), h(b()): compilers evaluate arguments in their own order.
   template <typename... A>
   Hash& operator()(const A&... values) {
     (Add(values), ...);

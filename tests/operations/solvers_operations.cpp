@@ -81,7 +81,8 @@ void SystemRows() {
         for (const T c : {T(0), T(1), T(-3), T(1e-8), T(1e5)}) {
           T x1 = 9, x2 = 9;
           CQXComplex<T> z1, z2;
-          h(CQXAlgebra::SolveQuadratic(a, b, c, x1, x2), x1, x2, CQXAlgebra::SolveQuadratic(a, b, c, z1, z2), z1, z2);
+          h(CQXAlgebra::SolveQuadratic(a, b, c, x1, x2)), h(x1), h(x2), h(CQXAlgebra::SolveQuadratic(a, b, c, z1, z2)),
+              h(z1), h(z2);
           h(CQXAlgebra::SolveReducedQuadratic(a, b, x1, x2), x1, x2);
         }
       }
@@ -112,12 +113,13 @@ void RootRows() {
   Row<T>("Newton", [&](Hash& h) {
     for (T low = -3; low < 3; low += T(0.25)) {
       T root = 9;
-      h(A::Newton(low, low + 1, tol, root, Cubic<T>, CubicSlope<T>), root,
-        A::SafeNewton(low, low + 1, tol, Cubic<T>, CubicSlope<T>));
+      h(A::Newton(low, low + 1, tol, root, Cubic<T>, CubicSlope<T>)), h(root),
+          h(A::SafeNewton(low, low + 1, tol, Cubic<T>, CubicSlope<T>));
     }
   });
   Row<T>("Brent", [&](Hash& h) {
-    for (T low = -3; low < 3; low += T(0.25)) h(A::Brent(low, low + 1, tol, Cubic<T>), A::Brent(low, 3, tol, Pole<T>));
+    for (T low = -3; low < 3; low += T(0.25))
+      h(A::Brent(low, low + 1, tol, Cubic<T>)), h(A::Brent(low, 3, tol, Pole<T>));
   });
   Row<T>("Secant", [&](Hash& h) {
     for (T low = -3; low < 3; low += T(0.25)) h(A::Secant(low, low + 1, tol, Cubic<T>));

@@ -37,8 +37,8 @@ void QuaternionRows() {
   using Q = CQXQuaternion<T>;
   using V = CQXVector3<T>;
   OverQuaternions<T>("arithmetic", [](Hash& h, Q a, const Q& b, const V& v) {
-    h(a + b, a - b, a * v.X(), std::as_const(a).Conjugate(), std::as_const(a).Negate(), a == b, a != b, a.IsIdentity(),
-      a.IsUnit(), a.IsPure(), a.SquaredLength(), a.Length());
+    h(a + b), h(a - b), h(a * v.X()), h(std::as_const(a).Conjugate()), h(std::as_const(a).Negate()), h(a == b),
+        h(a != b), h(a.IsIdentity()), h(a.IsUnit()), h(a.IsPure()), h(a.SquaredLength()), h(a.Length());
     a += b;
     a -= Q(v.X(), v);
     h(a);
@@ -50,15 +50,16 @@ void QuaternionRows() {
     a *= b;
     h(a);
   });
-  OverQuaternions<T>("Invert",
-                     [](Hash& h, const Q& a, const Q& b, const V&) { h(a.Invert(), b.InvertUnit(), a * b.Invert()); });
-  OverQuaternions<T>("Rotate", [](Hash& h, const Q& a, const Q&, const V& v) { h(a.Rotate(v), a.GetMatrix() * v); });
+  OverQuaternions<T>(
+      "Invert", [](Hash& h, const Q& a, const Q& b, const V&) { h(a.Invert()), h(b.InvertUnit()), h(a * b.Invert()); });
+  OverQuaternions<T>("Rotate", [](Hash& h, const Q& a, const Q&, const V& v) { h(a.Rotate(v)), h(a.GetMatrix() * v); });
   OverQuaternions<T>("matrices", [](Hash& h, const Q& a, const Q& b, const V&) {
-    h(a.GetMatrix(), qxMatrixToQuaternion(b.GetMatrix()), Q(a.GetMatrix() * b.GetMatrix()));
+    h(a.GetMatrix()), h(qxMatrixToQuaternion(b.GetMatrix())), h(Q(a.GetMatrix() * b.GetMatrix()));
   });
   OverQuaternions<T>(
       "Log and Exp",
-      [](Hash& h, const Q& a, const Q& b, const V& v) { h(a.Log(), b.Exp(), a.Pow(v.X()), b.Pow(T(2))); }, true);
+      [](Hash& h, const Q& a, const Q& b, const V& v) { h(a.Log()), h(b.Exp()), h(a.Pow(v.X())), h(b.Pow(T(2))); },
+      true);
   OverQuaternions<T>(
       "angles",
       [](Hash& h, Q a, const Q& b, V v) {
@@ -179,9 +180,9 @@ void AffineRows() {
     CQXMatrix4<T> inverse;
     a.TransformLine(t, s, p, v);
     a.TransformPlane(qxVector3To4(c, T(2)), plane);
-    h(a.TransformPoint(t), a.TransformVector(s), p, v, plane, a.Invert(inverse), inverse, a.GetTypeOfTransform(),
-      a.IsTranslation(), a.IsRotation(), a.IsScaling(), a.IsScalingByOrigin(), a.IsEuclidean(), a.IsOrthogonal(),
-      a.IsAffine());
+    h(a.TransformPoint(t)), h(a.TransformVector(s)), h(p), h(v), h(plane), h(a.Invert(inverse)), h(inverse),
+        h(a.GetTypeOfTransform()), h(a.IsTranslation()), h(a.IsRotation()), h(a.IsScaling()), h(a.IsScalingByOrigin()),
+        h(a.IsEuclidean()), h(a.IsOrthogonal()), h(a.IsAffine());
   });
   OverMotions<T>("Affine extractions", [](Hash& h, A& a, const M& r, const V& c, const V& factors, const V&) {
     const auto extract = [&] {
@@ -196,7 +197,7 @@ void AffineRows() {
       found(a.ExtractTSR(t, s, rotation, u, reflection));
       found(a.ExtractTRS(t, s, rotation, u, reflection));
       found(a.ExtractElementaryTransforms(t, s, rotation, u, stretch, order, reflection));
-      h(a.ExtractClosestScaling(), a.ExtractClosestRotation(reflection), reflection);
+      h(a.ExtractClosestScaling()), h(a.ExtractClosestRotation(reflection)), h(reflection);
     };
     extract();
     a.SetTRS(c, r, V(), factors, V());
@@ -254,7 +255,8 @@ void ProjectionRows() {
         T a, b, c, d, front, back;
         camera.GetProjectionPlane(a, b, c, d);
         camera.GetViewVolumeCoefficients(front, back);
-        h(a, b, c, d, front, back, camera.GetLocalCoordinates(), camera.GetViewWindowCenter(), camera.IsReady());
+        h(a), h(b), h(c), h(d), h(front), h(back), h(camera.GetLocalCoordinates()), h(camera.GetViewWindowCenter()),
+            h(camera.IsReady());
         for (int k = 0; k < 100; ++k) {
           V3 triangle[3];
           for (V3& corner : triangle) corner = prp + normal * T(1.5) + next.template Make<V3>() * T(k % 3 + 1);
@@ -285,11 +287,11 @@ void InterpolationRows() {
   };
   const auto fixed = [](Hash& h, auto a, auto b, auto c, auto d, T t) {
     if constexpr (qxFixedVector<decltype(a)>) {
-      h(I::VectorsLinear(a, b, t), I::VectorsQuadratic(a, b, c, T(0), T(0.4), T(1), t),
-        I::VectorsCubic(a, b, c, d, T(-1), T(0), T(0.7), T(1), t));
+      h(I::VectorsLinear(a, b, t)), h(I::VectorsQuadratic(a, b, c, T(0), T(0.4), T(1), t)),
+          h(I::VectorsCubic(a, b, c, d, T(-1), T(0), T(0.7), T(1), t));
     } else {
-      h(I::MatricesLinear(a, b, t), I::MatricesQuadratic(a, b, c, T(0), T(0.4), T(1), t),
-        I::MatricesCubic(a, b, c, d, T(-1), T(0), T(0.7), T(1), t));
+      h(I::MatricesLinear(a, b, t)), h(I::MatricesQuadratic(a, b, c, T(0), T(0.4), T(1), t)),
+          h(I::MatricesCubic(a, b, c, d, T(-1), T(0), T(0.7), T(1), t));
     }
   };
   const auto four = [&]<typename A>(Hash& h, Numbers<T>& next, T t, std::type_identity<A>) {
@@ -312,10 +314,10 @@ void InterpolationRows() {
         v.push_back(Made(CQXVectorN<T>(n, next.Array(static_cast<std::size_t>(n)).data())));
         m.emplace_back(n, 3, next.Array(static_cast<std::size_t>(3 * n)).data());
       }
-      h(I::VectorsLinear(v[0], v[1], t), I::VectorsQuadratic(v[0], v[1], v[2], T(0), T(0.4), T(1), t),
-        I::VectorsCubic(v[0], v[1], v[2], v[3], T(-1), T(0), T(0.7), T(1), t));
-      h(I::MatricesLinear(m[0], m[1], t), I::MatricesQuadratic(m[0], m[1], m[2], T(0), T(0.4), T(1), t),
-        I::MatricesCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(0.7), T(1), t));
+      h(I::VectorsLinear(v[0], v[1], t)), h(I::VectorsQuadratic(v[0], v[1], v[2], T(0), T(0.4), T(1), t)),
+          h(I::VectorsCubic(v[0], v[1], v[2], v[3], T(-1), T(0), T(0.7), T(1), t));
+      h(I::MatricesLinear(m[0], m[1], t)), h(I::MatricesQuadratic(m[0], m[1], m[2], T(0), T(0.4), T(1), t)),
+          h(I::MatricesCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(0.7), T(1), t));
       auto a = Made(CQXBaseVector<CQXComplex<T>>(n)), b = Made(CQXBaseVector<CQXComplex<T>>(n));
       for (std::int32_t i = 0; i < n; ++i) {
         a[i].Set(v[0][i], v[1][i]);
@@ -333,10 +335,10 @@ void InterpolationRows() {
           key.Set(c[0], c[1], c[2], c[3]);
           key.Normalize();
         }
-        h(I::Slerp(q[0], q[1], t), I::Squad(q[0], q[1], q[2], q[3], t),
-          I::SlerpCubic(q[0], q[1], q[2], q[3], T(-1), T(0), T(1), T(2), t));
+        h(I::Slerp(q[0], q[1], t)), h(I::Squad(q[0], q[1], q[2], q[3], t)),
+            h(I::SlerpCubic(q[0], q[1], q[2], q[3], T(-1), T(0), T(1), T(2), t));
         const CQXMatrix3<T> a = q[0].GetMatrix(), b = q[1].GetMatrix(), c = q[2].GetMatrix(), d = q[3].GetMatrix();
-        h(I::RotationsLinear(a, b, t), I::RotationsCubic(a, b, c, d, T(-1), T(0), T(1), T(2), t));
+        h(I::RotationsLinear(a, b, t)), h(I::RotationsCubic(a, b, c, d, T(-1), T(0), T(1), T(2), t));
         for (const qxRotationsOrder order : orders) {
           T x = 0, y = 0, z = 0;
           I::RotationsLinear<T>(t * 10, 20, 30, 40, t * 50, 60, order, t, x, y, z);
@@ -350,10 +352,11 @@ void InterpolationRows() {
                            CQXVector3<T>(2, 2, 2) + next.template Make<CQXVector3<T>>(), CQXVector3<T>());
           m[k] = transform.GetMatrix();
         }
-        h(I::TranslationsLinear(m[0], m[1], t), I::ScalingsLinear(m[0], m[1], t), I::AffineTransfLinear(m[0], m[1], t),
-          I::TranslationsCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(1), T(2), t),
-          I::ScalingsCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(1), T(2), t),
-          I::AffineTransfCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(1), T(2), t));
+        h(I::TranslationsLinear(m[0], m[1], t)), h(I::ScalingsLinear(m[0], m[1], t)),
+            h(I::AffineTransfLinear(m[0], m[1], t)),
+            h(I::TranslationsCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(1), T(2), t)),
+            h(I::ScalingsCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(1), T(2), t)),
+            h(I::AffineTransfCubic(m[0], m[1], m[2], m[3], T(-1), T(0), T(1), T(2), t));
       },
       true);
 }
@@ -378,7 +381,8 @@ void DifferentialRows() {
       system.SetInitialCondition(x, y, T(0.25));
       system.CalculateGeneralSolution();
       system.CalculateParticularSolution();
-      h(system.GetGeneralType(), system.GetInhomogenType(), system.GetEigenvalues(), system.TestHomogGeneralSolution());
+      h(system.GetGeneralType()), h(system.GetInhomogenType()), h(system.GetEigenvalues()),
+          h(system.TestHomogGeneralSolution());
       for (const T t : {T(-1), T(0), T(0.25), T(2)}) h(system.GetSolutionAtTime(t));
       std::vector<CQXVector2<T>> trajectory(12);
       system.CalculateTrajectory(y, x, 12, trajectory.data(), T(0.125), i % 2);

@@ -51,25 +51,25 @@ void FixedVectorRows(const std::string& name) {
     h(a);
   });
   overAll("measures", [](Hash& h, const V& a, const V& b, const V&) {
-    h(a.Dot(b), a.Length(), a.SquareLength(), a.Norm1(), a.NormInf(), a.IsAlmostZero(), a.IsAlmostUnit(T(0.2)),
-      qxDist(a, b), qxSquareDist(a, b), qxAreAlmostEqual(a, b));
+    h(a.Dot(b)), h(a.Length()), h(a.SquareLength()), h(a.Norm1()), h(a.NormInf()), h(a.IsAlmostZero()),
+        h(a.IsAlmostUnit(T(0.2))), h(qxDist(a, b)), h(qxSquareDist(a, b)), h(qxAreAlmostEqual(a, b));
     for (const std::int32_t flag : {0, 1}) {
-      h(a.GetMinComponent(flag), a.GetMaxComponent(flag), a.GetIndexOfMinComponent(flag),
-        a.GetIndexOfMaxComponent(flag));
+      h(a.GetMinComponent(flag)), h(a.GetMaxComponent(flag)), h(a.GetIndexOfMinComponent(flag)),
+          h(a.GetIndexOfMaxComponent(flag));
     }
   });
   overAll("relations", [](Hash& h, const V& a, const V& b, const V& c) {
-    h(qxAreOrthogonal(a, b), qxAreOrthonormalized(a, b), qxAreOrthonormalized(a, b, c), qxCos(a, b), qxSin(a, b),
-      qxTan(a, b), qxCot(a, b));
+    h(qxAreOrthogonal(a, b)), h(qxAreOrthonormalized(a, b)), h(qxAreOrthonormalized(a, b, c)), h(qxCos(a, b)),
+        h(qxSin(a, b)), h(qxTan(a, b)), h(qxCot(a, b));
   });
   overAll(
       "angles",
-      [](Hash& h, const V& a, const V& b, const V&) { h(qxFindAngleInRadians(a, b), qxFindAngleInDegrees(a, b)); },
+      [](Hash& h, const V& a, const V& b, const V&) { h(qxFindAngleInRadians(a, b)), h(qxFindAngleInDegrees(a, b)); },
       true);
   overAll("combinations", [](Hash& h, const V& a, const V& b, const V& c) {
     const V three[] = {a, b, c};
-    h(qxCombine(2, three, c.Data()), qxCombine2(a, b, T(2), T(-3)), qxCombine3(a, b, c, T(2), T(3), T(4)),
-      qxCombine4(a, b, c, a, T(2), T(3), T(4), T(5)), qxFindMean(three, 3), qxFindMidpoint(a, b));
+    h(qxCombine(2, three, c.Data())), h(qxCombine2(a, b, T(2), T(-3))), h(qxCombine3(a, b, c, T(2), T(3), T(4))),
+        h(qxCombine4(a, b, c, a, T(2), T(3), T(4), T(5))), h(qxFindMean(three, 3)), h(qxFindMidpoint(a, b));
   });
 }
 
@@ -82,7 +82,7 @@ void SpecialVectorRows() {
   const std::vector<V3> threes = FixedVectors<V3>();
   const std::vector<V4> fours = FixedVectors<V4>();
   PlatformRow<T>("Vector2 Angle_0_360", [&](Hash& h) {
-    for (const V2& v : twos) h(v.Angle_0_360(), v.Angle_MINUS_180_180(), v.Rotate90DegsCCW());
+    for (const V2& v : twos) h(v.Angle_0_360()), h(v.Angle_MINUS_180_180()), h(v.Rotate90DegsCCW());
   });
   Row<T>("DecomposeInBasis", [&](Hash& h) {
     for (std::size_t i = 0; i + 4 < twos.size(); ++i) {
@@ -93,18 +93,19 @@ void SpecialVectorRows() {
   });
   Row<T>("Cross", [&](Hash& h) {
     for (std::size_t i = 0; i + 4 < twos.size(); ++i) {
-      h(qxCross2D(twos[i], twos[i + 1]), qxCross(threes[i], threes[i + 1]),
-        qxMixedProduct(threes[i], threes[i + 1], threes[i + 2]), qxGetTriangleArea(twos[i], twos[i + 1], twos[i + 2]),
-        qxGetTriangleArea(threes[i], threes[i + 1], threes[i + 2]));
+      h(qxCross2D(twos[i], twos[i + 1])), h(qxCross(threes[i], threes[i + 1])),
+          h(qxMixedProduct(threes[i], threes[i + 1], threes[i + 2])),
+          h(qxGetTriangleArea(twos[i], twos[i + 1], twos[i + 2])),
+          h(qxGetTriangleArea(threes[i], threes[i + 1], threes[i + 2]));
     }
   });
   Row<T>("qxAreColinear", [&](Hash& h) {
     for (std::size_t i = 0; i + 4 < twos.size(); ++i) {
-      h(qxAreColinear(twos[i], twos[i + 1], T(0.1)), qxAreColinear(threes[i], threes[i] * T(1.00001)),
-        qxAreVectorsCoplanar(threes[i], threes[i + 1], threes[i + 2], T(0.1)),
-        qxArePointsCoplanar(threes[i], threes[i + 1], threes[i + 2], threes[i + 3], T(0.1)),
-        qxArePointsCollinear(twos[i], twos[i + 1], twos[i + 2], T(0.1)),
-        qxArePointsCollinear(threes[i], threes[i + 1], threes[i + 2], T(0.1)));
+      h(qxAreColinear(twos[i], twos[i + 1], T(0.1))), h(qxAreColinear(threes[i], threes[i] * T(1.00001))),
+          h(qxAreVectorsCoplanar(threes[i], threes[i + 1], threes[i + 2], T(0.1))),
+          h(qxArePointsCoplanar(threes[i], threes[i + 1], threes[i + 2], threes[i + 3], T(0.1))),
+          h(qxArePointsCollinear(twos[i], twos[i + 1], twos[i + 2], T(0.1))),
+          h(qxArePointsCollinear(threes[i], threes[i + 1], threes[i + 2], T(0.1)));
     }
   });
   Row<T>("qxOrthonormalize", [&](Hash& h) {
@@ -121,8 +122,9 @@ void SpecialVectorRows() {
       T w = 0;
       V2 two;
       V3 three;
-      h(qxVector2To3(twos[i]), qxVector3To4(threes[i]), qxVector3To2(threes[i], T(1e-6), two, w), two, w);
-      h(qxVector4To3(fours[i], T(1e-6), three, w), three, w, qxVector3To2(threes[i], w), qxVector4To3(fours[i], w));
+      h(qxVector2To3(twos[i])), h(qxVector3To4(threes[i])), h(qxVector3To2(threes[i], T(1e-6), two, w)), h(two), h(w);
+      h(qxVector4To3(fours[i], T(1e-6), three, w)), h(three), h(w), h(qxVector3To2(threes[i], w)),
+          h(qxVector4To3(fours[i], w));
     }
   });
 }
@@ -155,8 +157,8 @@ void BaseVectorRows(const std::string& name, Make make) {
     h(a, n);
   });
   overLengths("Dot", [&](Hash& h, const V& a, const V& b, std::int32_t n) {
-    h(a.Dot(b), qxPartialDotProduct(n / 3, 0, n / 2, a, b));
-    if (n > 2) h(a.DotForPart(1, n - 2, b), a.DotForPart(n / 2, n - 1, b));
+    h(a.Dot(b)), h(qxPartialDotProduct(n / 3, 0, n / 2, a, b));
+    if (n > 2) h(a.DotForPart(1, n - 2, b)), h(a.DotForPart(n / 2, n - 1, b));
     V products;
     qxPartialDotProduct(0, n / 2, n / 2, a, b, products);
     h(products);
@@ -181,13 +183,14 @@ void VectorNRows() {
       for (const T scale : {T(1), T(1e-12), T(1e18), std::numeric_limits<T>::max()}) {
         V v = Made(V(n, Numbers<T>(8).Array(static_cast<std::size_t>(n)).data()));
         v *= scale;
-        h(v.Length(), v.SquareLength(), v.Norm1(), v.NormInf(), v.IsAlmostZero(), v.IsAlmostUnit(T(0.5)));
+        h(v.Length()), h(v.SquareLength()), h(v.Norm1()), h(v.NormInf()), h(v.IsAlmostZero()),
+            h(v.IsAlmostUnit(T(0.5)));
         for (const std::int32_t flag : {0, 1}) {
-          h(v.GetMinComponent(flag), v.GetMaxComponent(flag), v.GetIndexOfMinComponent(flag),
-            v.GetIndexOfMaxComponent(flag));
+          h(v.GetMinComponent(flag)), h(v.GetMaxComponent(flag)), h(v.GetIndexOfMinComponent(flag)),
+              h(v.GetIndexOfMaxComponent(flag));
         }
         const V w = Made(v * T(0.5));
-        if (n > 0) h(qxDist(v, w), qxCos(v, w), qxAreOrthogonal(v, w), qxAreAlmostEqual(v, w));
+        if (n > 0) h(qxDist(v, w)), h(qxCos(v, w)), h(qxAreOrthogonal(v, w)), h(qxAreAlmostEqual(v, w));
         h(v.Normalize(), v);
         v.AnnulateSmallComponents(T(0.1));
         h(v);
@@ -198,8 +201,8 @@ void VectorNRows() {
     for (std::size_t n = 0; n <= edges<T>.size(); ++n) {
       V v(static_cast<std::int32_t>(n), edges<T>.data() + (edges<T>.size() - n));
       const V w(static_cast<std::int32_t>(n), edges<T>.data());
-      h(v.Length(), v.Norm1(), v.NormInf(), v.GetMinComponent(0), v.GetIndexOfMaxComponent(1), v + w, v - w, v * T(2),
-        v / T(3), v.Dot(w), v == w);
+      h(v.Length()), h(v.Norm1()), h(v.NormInf()), h(v.GetMinComponent(0)), h(v.GetIndexOfMaxComponent(1)), h(v + w),
+          h(v - w), h(v * T(2)), h(v / T(3)), h(v.Dot(w)), h(v == w);
       h(v.Normalize(), v);
     }
   });
@@ -207,7 +210,7 @@ void VectorNRows() {
     for (const std::int32_t n : lengths) {
       const auto size = static_cast<std::size_t>(n);
       const V v = Made(V(n, Numbers<T>(8).Array(size).data())), w = Made(V(n, Numbers<T>(9).Array(size).data()));
-      h(qxFindAngleInDegrees(v, w), qxFindAngleInRadians(w, v));
+      h(qxFindAngleInDegrees(v, w)), h(qxFindAngleInRadians(w, v));
     }
   });
 }

@@ -31,16 +31,16 @@ void TransformRows(std::int32_t code) {
   const CQXWaveletFilter<T> filter(static_cast<qxWaveletType>(code));
   const std::string wavelet = "Wavelet " + std::to_string(code) + ' ';
   Row<T>(wavelet + "filter", [&](Hash& h) {
-    for (const std::int32_t i : {0, 1}) h(filter.GetLowNorm(i), filter.GetHighNorm(i));
+    for (const std::int32_t i : {0, 1}) h(filter.GetLowNorm(i)), h(filter.GetHighNorm(i));
     for (std::int32_t i = 0; i < filter.GetPrimeSize(); ++i) h(Made(filter.PrimeCoefficients())[i]);
     for (std::int32_t i = 0; i < filter.GetDualSize(); ++i) h(Made(filter.DualCoefficients())[i]);
     for (std::int32_t i = 0; i < filter.GetPrimeSize2(); ++i) h(Made(filter.Prime2Coefficients())[i]);
-    h(filter.GetPrimeStartInd(), filter.GetPrimeEndInd(), filter.GetDualStartInd(), filter.GetDualEndInd());
+    h(filter.GetPrimeStartInd()), h(filter.GetPrimeEndInd()), h(filter.GetDualStartInd()), h(filter.GetDualEndInd());
   });
   Row<T>(wavelet + "FWT", [&](Hash& h) { OverTrees<T>(filter, [&](const auto& tree, auto...) { h(tree); }); });
   Row<T>(wavelet + "IFWT", [&](Hash& h) {
     OverTrees<T>(filter, [&](auto& tree, std::int32_t columns, std::int32_t rows) {
-      h(tree.IFWT(), tree.IFWT(columns / 3, rows / 4, (columns + 1) / 2, (rows + 1) / 2));
+      h(tree.IFWT()), h(tree.IFWT(columns / 3, rows / 4, (columns + 1) / 2, (rows + 1) / 2));
       tree.IFWTInPlace();
       h(tree);
     });
@@ -57,7 +57,7 @@ void TransformRows(std::int32_t code) {
     OverTrees<T>(filter, [&](auto& tree, auto...) {
       tree.SetTypeOfNormalization(QX_NORMALIZATION_2);
       tree.Normalize();
-      h(tree, tree.GetScaledLowChannel(), tree.GetScaledHighChannel(1, 1));
+      h(tree), h(tree.GetScaledLowChannel()), h(tree.GetScaledHighChannel(1, 1));
       tree.Denormalize(2, QX_NORMALIZATION_1);
       tree.Normalize(1, QX_NORMALIZATION_2, T(1.5), T(0.75));
       h(tree);
@@ -85,7 +85,7 @@ void ChannelRows() {
     Made(copy.get())->EnhanceRawData(T(2));
     copy->Clean();
     if (part != nullptr) copy->Paste(*part);
-    h(copy, qxAreChannelsAlmostEqual(tree, *copy, T(1e-3)), tree.DestroyingIFWT());
+    h(copy), h(qxAreChannelsAlmostEqual(tree, *copy, T(1e-3))), h(tree.DestroyingIFWT());
     copy->DestroyLowestSubChannel();
     h(copy);
   });
@@ -97,7 +97,8 @@ void ChannelRows() {
     tree.EnhanceHRLevel(T(0.75), 2);
     h(tree);
     tree.EditByLevels(weights.data());
-    h(tree, tree.MixByLevels(other.get(), weights.data(), nullptr), tree.Combine(other.get(), T(2), T(-3), nullptr));
+    h(tree), h(tree.MixByLevels(other.get(), weights.data(), nullptr)),
+        h(tree.Combine(other.get(), T(2), T(-3), nullptr));
   });
   overTrees("printed", [](Hash& h, auto& tree, std::int32_t columns, auto) {
     if (columns < 10) h(Printed([&] { tree.Print(); }));
@@ -105,8 +106,8 @@ void ChannelRows() {
   overTrees("EstimateNoise", [](Hash& h, auto& tree, auto...) {
     T threshold = 0, ratio = 0;
     tree.EstimateThreshold(threshold, ratio);
-    h(tree.EstimateNoise(), threshold, ratio, tree.CleanDirectly(T(20), T(0.75), 0),
-      tree.CleanDirectly(T(20), T(2), 1));
+    h(tree.EstimateNoise()), h(threshold), h(ratio), h(tree.CleanDirectly(T(20), T(0.75), 0)),
+        h(tree.CleanDirectly(T(20), T(2), 1));
   });
   for (std::int32_t method = 0; method <= 5; ++method) {
     overTrees(
@@ -171,15 +172,16 @@ void DecompositionRows() {
         image.GetImageIn8BitsFormat(bytes.data());
         auto tree = image.FWT(2, QX_CHANNEL_2D);
         Made(tree.get());
-        h(tree, bytes, tree->GetImageInPackedForm(), tree->GetScaledLowImage(), tree->GetScaledHighImage(1, 1));
+        h(tree), h(bytes), h(tree->GetImageInPackedForm()), h(tree->GetScaledLowImage()),
+            h(tree->GetScaledHighImage(1, 1));
         std::vector<T> thresholds(3, T(10)), ratios(3, T(1.5));
         tree->EstimateThresholds(thresholds.data(), ratios.data());
         for (std::int32_t method = 0; method <= 5; ++method) {
           h(tree->ReduceNoise(thresholds.data(), ratios.data(), method % 2, static_cast<qxWaveletDenoising>(method)),
             thresholds, ratios);
         }
-        h(tree->ReduceNoiseDirectly(thresholds.data(), ratios.data(), 1), tree->MixByLevels(*tree, pixels.data()),
-          tree->Combine(*tree, T(2), T(3)));
+        h(tree->ReduceNoiseDirectly(thresholds.data(), ratios.data(), 1)), h(tree->MixByLevels(*tree, pixels.data())),
+            h(tree->Combine(*tree, T(2), T(3)));
         tree->EnhanceSharpFeatures(T(1.5));
         tree->EnhanceSharpFeatures(T(1.5), 1);
         tree->EnhanceSharpFeatures(T(1.5), 1, 1);
