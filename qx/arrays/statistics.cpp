@@ -263,7 +263,7 @@ void CQXStatistics<T>::GaussFiltering(std::int32_t width) {
 
 template <qxReal T>
 void CQXStatistics<T>::GaussFiltering(std::int32_t width, std::int32_t first, std::int32_t last) {
-  const double sigma = (width / 2) / 3.0;
+  const double sigma = (width / 2) / 3.0;  // NOLINT(bugprone-integer-division): a third of the whole half width
   Smooth(width, first, last, [sigma](double d) { return std::exp(-0.5 * (d / sigma) * (d / sigma)); });
 }
 
